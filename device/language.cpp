@@ -1,0 +1,32 @@
+#include "device/language.h"
+
+#include <atomic>
+
+namespace {
+std::atomic<unsigned> currentCode{SimplifiedChinese};
+}
+
+unsigned languageCode() { return currentCode.load(std::memory_order_relaxed); }
+
+void setLanguageCode(unsigned code) { currentCode.store(code, std::memory_order_relaxed); }
+
+QString text3(unsigned code, const char *simplified, const char *traditional, const char *english)
+{
+    switch (code) {
+    case TraditionalChinese:
+        return QString::fromUtf8(traditional);
+    case English:
+        return QString::fromUtf8(english);
+    default:
+        return QString::fromUtf8(simplified);
+    }
+}
+
+QString text3(const char *simplified, const char *traditional, const char *english)
+{
+    return text3(languageCode(), simplified, traditional, english);
+}
+
+QString warningTitle() { return text3("警告", "警告", "warning"); }
+
+QString tipTitle() { return text3("提示", "提示", "warning"); }

@@ -1,0 +1,19 @@
+// The language code and the one way to write a text in the three languages.
+#pragma once
+
+#include <QString>
+
+enum Language : unsigned { SimplifiedChinese = 0, TraditionalChinese = 1, English = 2, LanguageCount = 3 };
+
+// The current code; any thread.
+unsigned languageCode();
+void setLanguageCode(unsigned code);
+
+// The text of the current language (or of the given code); a code above English reads as Simplified Chinese.
+// The three are UTF-8. Any thread.
+QString text3(const char *simplified, const char *traditional, const char *english);
+QString text3(unsigned code, const char *simplified, const char *traditional, const char *english);
+
+// Titles of the message boxes.
+QString warningTitle(); // failures
+QString tipTitle();     // notices that read "warning" in English

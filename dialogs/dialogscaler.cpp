@@ -1,0 +1,47 @@
+#include "dialogs/dialogscaler.h"
+
+#include <QGuiApplication>
+#include <QLayout>
+#include <QScreen>
+#include <QWidget>
+
+namespace {
+constexpr qreal kDesignDpi = 96.0;
+} // namespace
+
+DialogScaler::DialogScaler(QWidget *dialog) : QObject(dialog), dialog_(dialog), designSize_(dialog->size())
+{
+    const auto children = dialog->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
+    for (QWidget *child : children)
+        if (!child->isWindow())
+            designGeometry_.insert(child, child->geometry());
+    followScreen();
+}
+
+void DialogScaler::followScreen()
+{
+    const QScreen *screen = QGuiApplication::primaryScreen();
+    if (!screen)
+        return;
+    connect(screen, &QScreen::logicalDotsPerInchChanged, this, &DialogScaler::scaleTo);
+    scaleTo(screen->logicalDotsPerInch());
+}
+
+void DialogScaler::scaleTo(qreal logicalDpi)
+{
+    const qreal factor = logicalDpi / kDesignDpi;
+    QFont font = dialog_->font();
+    font.setPixelSize(qMax(1, qRound(kDesignFontPixels * factor)));
+    dialog_->setFont(font);
+    if (!dialog_->layout()) {
+        for (auto child = designGeometry_.cbegin(); child != designGeometry_.cend(); ++child) {
+            const QRect &design = child.value();
+            child.key()->setGeometry(qRound(design.x() * factor), qRound(design.y() * factor),
+                                     qRound(design.width() * factor), qRound(design.height() * factor));
+        }
+    }
+    QSize size(qRound(designSize_.width() * factor), qRound(designSize_.height() * factor));
+    if (const QLayout *layout = dialog_->layout())
+        size = size.expandedTo(layout->totalMinimumSize());
+    dialog_->resize(size);
+}

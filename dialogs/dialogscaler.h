@@ -1,0 +1,32 @@
+// Keeps a dialog as large as it was designed: its size, its direct children and its font follow the screen's logical
+// DPI, by the factor DPI / 96, when it is built and whenever the DPI changes.
+#pragma once
+
+#include <QHash>
+#include <QObject>
+#include <QRect>
+
+class QWidget;
+
+class DialogScaler : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Call at the end of the dialog's constructor; the dialog owns the scaler. A child inside a layout is placed by
+    // the layout; the dialog never gets smaller than its layout needs.
+    explicit DialogScaler(QWidget *dialog);
+
+    // Scales for the given logical DPI (screens tell it; tests may).
+    void scaleTo(qreal logicalDpi);
+
+private:
+    void followScreen();
+
+    QWidget *dialog_;
+    QSize designSize_;
+    QHash<QWidget *, QRect> designGeometry_; // direct children, as designed at 96 DPI
+};
+
+// Font size in pixels at 96 DPI of everything the program shows.
+constexpr int kDesignFontPixels = 13;

@@ -1,0 +1,9 @@
+// The program's message boxes: modal, one OK button, texts already in the current language. They return once answered;
+// timers go on meanwhile, so look at the state again afterwards.
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+void showWarning(QWidget *parent, const QString &title, const QString &text);

@@ -1,0 +1,88 @@
+// A driver that does what the test says and remembers every call in order.
+#pragma once
+
+#include "device/driver/driver.h"
+
+#include <QMutex>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class FakeDriver : public Driver
+{
+public:
+    FakeDriver();
+    ~FakeDriver() override;
+
+    // Installs a new fake behind the device layer and returns it; the layer owns it.
+    static FakeDriver *install();
+
+    // Calls so far as "Name(argument,...)", receives left out; thread-safe. takeCalls also forgets them.
+    QStringList calls() const;
+    QStringList takeCalls();
+
+    // Answers, free to change at any time from the test's thread while no worker runs.
+    std::vector<Handle> openAnswers;    // one per OpenDevice, then deviceHandle
+    Handle deviceHandle = 7;
+    std::uint32_t status = kStatusPresent;
+    std::uint32_t infoAnswer = kDriverSuccess;
+    DeviceInfoRecord info{};
+    bool hasProperties = true;
+    QStringList failing;                // operation names, or property paths, that answer 0
+    std::function<std::uint32_t(unsigned channel, const CanTransmitRecord *, std::uint32_t)> onTransmitCan;
+    std::function<std::uint32_t(unsigned channel, const CanFdTransmitRecord *, std::uint32_t)> onTransmitCanFd;
+    std::vector<std::string> names{"Fake 0"};
+    std::vector<DriverNotice> notices;
+
+    // Frames that the next receive calls of a channel hand out, at most `capacity` per call; thread-safe.
+    void feed(unsigned channel, const std::vector<CanReceiveRecord> &records);
+    void feedFd(unsigned channel, const std::vector<CanFdReceiveRecord> &records);
+    // When set, every receive answers this instead (an absurd count, say) and fills nothing.
+    std::uint32_t receiveAnswer = 0;
+    // Every record ever transmitted, per channel; thread-safe copies.
+    std::vector<CanTransmitRecord> sentCan(unsigned channel) const;
+    std::vector<CanFdTransmitRecord> sentFd(unsigned channel) const;
+    // The init record of the last InitChannel.
+    ChannelInitRecord lastInit{};
+
+    static constexpr Handle channelHandle(unsigned channel) { return 101 + channel; }
+
+    std::vector<std::string> deviceNames() override { return names; }
+    std::vector<DriverNotice> takeNotices() override { return std::exchange(notices, {}); }
+    Handle OpenDevice(std::uint32_t type, std::uint32_t index, std::uint32_t reserved) override;
+    std::uint32_t CloseDevice(Handle device) override;
+    std::uint32_t GetDeviceInfo(Handle device, DeviceInfoRecord *record) override;
+    std::uint32_t GetDeviceStatus(Handle device) override;
+    Handle InitChannel(Handle device, std::uint32_t channel, const ChannelInitRecord *record) override;
+    std::uint32_t StartChannel(Handle channel) override;
+    std::uint32_t ResetChannel(Handle channel) override;
+    std::uint32_t TransmitCan(Handle channel, const CanTransmitRecord *records, std::uint32_t count) override;
+    std::uint32_t ReceiveCan(Handle channel, CanReceiveRecord *records, std::uint32_t capacity,
+                             std::uint32_t waitMs) override;
+    std::uint32_t TransmitCanFd(Handle channel, const CanFdTransmitRecord *records, std::uint32_t count) override;
+    std::uint32_t ReceiveCanFd(Handle channel, CanFdReceiveRecord *records, std::uint32_t capacity,
+                               std::uint32_t waitMs) override;
+    const PropertyInterface *GetPropertyInterface(Handle device) override;
+    std::uint32_t UpdateDevice(Handle device) override;
+    std::uint32_t SetArbitrationBaud(Handle device, std::uint32_t channel, std::uint32_t value) override;
+    std::uint32_t SetDataBaud(Handle device, std::uint32_t channel, std::uint32_t value) override;
+    std::uint32_t SetCanFdStandard(Handle device, std::uint32_t channel, std::uint32_t value) override;
+    std::uint32_t ResetDriver() override;
+
+private:
+    static std::uint32_t OSTREL_PROPERTY_CALL setValue(const char *path, const char *value);
+    void note(const QString &call);
+    std::uint32_t answer(const char *name) const { return failing.contains(QLatin1String(name)) ? 0 : kDriverSuccess; }
+    static unsigned channelOf(Handle handle) { return handle - channelHandle(0); }
+
+    mutable QMutex lock_;
+    QStringList calls_;
+    std::size_t opened_ = 0;
+    std::vector<CanReceiveRecord> queue_[kChannelCount];
+    std::vector<CanFdReceiveRecord> queueFd_[kChannelCount];
+    std::vector<CanTransmitRecord> sent_[kChannelCount];
+    std::vector<CanFdTransmitRecord> sentFd_[kChannelCount];
+    PropertyInterface properties_{};
+};

@@ -1,0 +1,97 @@
+#include "device/settingsstore.h"
+#include "testfolder.h"
+
+#include <QtTest>
+
+#include <thread>
+
+class TestSettingsStore : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void fileIsWhollyValidOrIgnored_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QString>("a");
+        QTest::newRow("valid") << QByteArray("a,1;b,2") << "1";
+        QTest::newRow("only the first line counts") << QByteArray("a,1\nb,2;c") << "1";
+        QTest::newRow("carriage return") << QByteArray("b,2;a,1\r\n") << "1";
+        QTest::newRow("last duplicate wins") << QByteArray("a,0;a,1") << "1";
+        QTest::newRow("trailing semicolon") << QByteArray("a,1;") << "default";
+        QTest::newRow("part without comma") << QByteArray("a,1;b") << "default";
+        QTest::newRow("part with two commas") << QByteArray("a,1;b,2,3") << "default";
+        QTest::newRow("empty") << QByteArray() << "default";
+    }
+    void fileIsWhollyValidOrIgnored()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(QString, a);
+        const TestFolder folder;
+        folder.write("config/setdb.txt", line);
+        settings::load(folder.settingsPath());
+        QCOMPARE(settings::value("a", "default"), a);
+        QCOMPARE(folder.read("config/setdb.txt"), line); // reading never writes
+    }
+
+    void defaultsStayInMemoryAndWritesAreOrdered()
+    {
+        const TestFolder folder;
+        QCOMPARE(settings::value("b", "2"), QString("2"));
+        QCOMPARE(settings::value("b", "3"), QString("2")); // the first default was remembered
+        QVERIFY(folder.read("config/setdb.txt").isEmpty());
+        settings::setValue("c", "", false);
+        settings::setValue("B", QString::fromUtf8("值"), true);
+        QCOMPARE(folder.read("config/setdb.txt"), QByteArray("B,值;b,2;c,"));
+        folder.write("config/setdb.txt", "");
+        settings::setValue("c", "", true); // unchanged, but still written
+        QCOMPARE(folder.read("config/setdb.txt"), QByteArray("B,值;b,2;c,"));
+        QCOMPARE(settings::number("c", "5"), 0u);
+    }
+
+    void languageComesFromItsFileUnlessTheMapHasIt()
+    {
+        const TestFolder folder;
+        QCOMPARE(settings::value("Language", "CN.qm"), QString("CN.qm"));
+        folder.write("language/config.ini", "[LAST]\nSel=2\n");
+        QCOMPARE(settings::value("Language", "CN.qm"), QString("EN.qm"));
+        for (const char *bad : {"5", "-1", "3"}) {
+            folder.write("language/config.ini", QByteArray("[LAST]\nSel=") + bad + "\n");
+            QCOMPARE(settings::value("Language", "CNF.qm"), QString("CNF.qm"));
+        }
+        settings::save();
+        QVERIFY(!folder.read("config/setdb.txt").contains("Language"));
+        settings::setValue("Language", "EN.qm", true);
+        QCOMPARE(settings::value("Language", "CN.qm"), QString("EN.qm"));
+    }
+
+    void anUnwritableFolderIsSilentAndKeepsTheFile()
+    {
+        const TestFolder folder;
+        settings::load(folder.path("nowhere/setdb.txt"));
+        settings::setValue("a", "1", true);
+        QCOMPARE(settings::value("a", "0"), QString("1"));
+    }
+
+    void readersAndWritersTogether()
+    {
+        const TestFolder folder;
+        std::vector<std::thread> threads;
+        for (int t = 0; t < 3; ++t)
+            threads.emplace_back([t] {
+                for (int i = 0; i < 300; ++i) {
+                    settings::value("timeHex", "1");
+                    settings::setValue(QString("key%1").arg(t), QString::number(i), i % 50 == 0);
+                }
+            });
+        for (std::thread &thread : threads)
+            thread.join();
+        settings::save();
+        settings::load(folder.settingsPath());
+        for (int t = 0; t < 3; ++t)
+            QCOMPARE(settings::value(QString("key%1").arg(t), ""), QString("299"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSettingsStore)
+#include "test_settingsstore.moc"

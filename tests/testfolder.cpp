@@ -1,0 +1,34 @@
+#include "testfolder.h"
+
+#include "device/apppaths.h"
+#include "device/language.h"
+#include "device/settingsstore.h"
+
+#include <QDir>
+#include <QFile>
+
+TestFolder::TestFolder()
+{
+    for (const char *folder : {"config", "language", "help/Chinese", "help/English", "firmware"})
+        QDir(dir_.path()).mkpath(QLatin1String(folder));
+    setApplicationDir(dir_.path());
+    setLanguageCode(SimplifiedChinese);
+    settings::load(settingsPath());
+}
+
+TestFolder::~TestFolder() { setApplicationDir({}); }
+
+QString TestFolder::path(const QString &relative) const { return dir_.filePath(relative); }
+
+void TestFolder::write(const QString &relative, const QByteArray &content) const
+{
+    QFile file(path(relative));
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        qFatal("cannot write %s", qPrintable(file.fileName()));
+}
+
+QByteArray TestFolder::read(const QString &relative) const
+{
+    QFile file(path(relative));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
