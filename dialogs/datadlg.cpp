@@ -121,4 +121,6 @@ void DataDlg::changeEvent(QEvent *event)
     QDialog::changeEvent(event);
     if (event->type() == QEvent::LanguageChange)
         ui_->retranslateUi(this);
+    else if (event->type() == QEvent::FontChange)
+        ui_->tableWidget->horizontalHeader()->setFont(font()); // once it has columns a header inherits no font
 }
