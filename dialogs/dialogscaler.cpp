@@ -5,7 +5,8 @@
 #include <QScreen>
 #include <QWidget>
 
-namespace {
+namespace
+{
 constexpr qreal kDesignDpi = 96.0;
 } // namespace
 
@@ -44,4 +45,5 @@ void DialogScaler::scaleTo(qreal logicalDpi)
     if (const QLayout *layout = dialog_->layout())
         size = size.expandedTo(layout->totalMinimumSize());
     dialog_->resize(size);
+    emit scaled();
 }
