@@ -16,6 +16,7 @@
 
 namespace
 {
+constexpr QSize kWindowSize(1366, 768);
 constexpr int kTrafficMs = 5000;
 constexpr int kPatienceMs = 10000;
 constexpr int kBurst = 50;
@@ -125,6 +126,7 @@ int main(int argc, char *argv[])
     bool done = false;
     {
         MainWindow window;
+        window.resize(kWindowSize); // whatever the off-screen display's is
         window.show();
         done = Tour(window, folder).run();
     }
