@@ -16,9 +16,15 @@ TestFolder::TestFolder()
     settings::load(settingsPath());
 }
 
-TestFolder::~TestFolder() { setApplicationDir({}); }
+TestFolder::~TestFolder()
+{
+    setApplicationDir({});
+}
 
-QString TestFolder::path(const QString &relative) const { return dir_.filePath(relative); }
+QString TestFolder::path(const QString &relative) const
+{
+    return dir_.filePath(relative);
+}
 
 void TestFolder::write(const QString &relative, const QByteArray &content) const
 {
@@ -31,4 +37,11 @@ QByteArray TestFolder::read(const QString &relative) const
 {
     QFile file(path(relative));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void TestFolder::copyCatalogues() const
+{
+    for (const QString &name : settings::catalogueNames())
+        if (!QFile::copy(QStringLiteral(OSTREL_CATALOGUE_DIR "/") + name, path(QStringLiteral("language/") + name)))
+            qFatal("no catalogue %s", qPrintable(name));
 }
