@@ -2,7 +2,8 @@
 
 #include <QCoreApplication>
 
-namespace {
+namespace
+{
 QString &chosenDir()
 {
     static QString dir;
@@ -10,6 +11,12 @@ QString &chosenDir()
 }
 } // namespace
 
-QString applicationDir() { return chosenDir().isEmpty() ? QCoreApplication::applicationDirPath() : chosenDir(); }
+QString applicationDir()
+{
+    return chosenDir().isEmpty() ? QCoreApplication::applicationDirPath() : chosenDir();
+}
 
-void setApplicationDir(const QString &path) { chosenDir() = path; }
+void setApplicationDir(const QString &path)
+{
+    chosenDir() = path;
+}

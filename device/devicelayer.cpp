@@ -9,7 +9,8 @@
 #include <algorithm>
 #include <utility>
 
-namespace {
+namespace
+{
 
 constexpr unsigned long kRetryPauseMs = 10;
 constexpr std::uint32_t kChannelTypeCanFd = 1;
@@ -28,10 +29,19 @@ Layer &layer()
     return theLayer;
 }
 
-Driver *driver() { return layer().driver.get(); }
-DeviceState &state() { return layer().state; }
+Driver *driver()
+{
+    return layer().driver.get();
+}
+DeviceState &state()
+{
+    return layer().state;
+}
 
-unsigned channelIndex(unsigned channel) { return channel != 0 ? 1 : 0; }
+unsigned channelIndex(unsigned channel)
+{
+    return channel != 0 ? 1 : 0;
+}
 
 bool setProperty(unsigned channel, const char *name, const QByteArray &value)
 {
@@ -73,9 +83,15 @@ std::vector<DriverNotice> takeDriverNotices()
     return driver() ? driver()->takeNotices() : std::vector<DriverNotice>();
 }
 
-bool isDeviceOpen() { return state().device != 0; }
+bool isDeviceOpen()
+{
+    return state().device != 0;
+}
 
-bool isChannelOpen(unsigned channel) { return state().channel[channelIndex(channel)] != 0; }
+bool isChannelOpen(unsigned channel)
+{
+    return state().channel[channelIndex(channel)] != 0;
+}
 
 bool openDevice(unsigned type, unsigned index, unsigned reserved)
 {
@@ -149,13 +165,15 @@ QString deviceInfoText()
 
 QString versionText(unsigned word)
 {
-    return QStringLiteral("V%1.%2%3").arg((word >> 8) & 0xF, 0, 16).arg((word >> 4) & 0xF, 0, 16).arg(word & 0xF, 0, 16);
+    return QStringLiteral("V%1.%2%3")
+        .arg((word >> 8) & 0xF, 0, 16)
+        .arg((word >> 4) & 0xF, 0, 16)
+        .arg(word & 0xF, 0, 16);
 }
 
 bool setCanFdStandard(unsigned channel, unsigned standard)
 {
-    return driver() &&
-           driver()->SetCanFdStandard(state().device, channelIndex(channel), standard) == kDriverSuccess;
+    return driver() && driver()->SetCanFdStandard(state().device, channelIndex(channel), standard) == kDriverSuccess;
 }
 
 bool setBaudRate(unsigned channel, unsigned arbitration, unsigned data)
@@ -176,7 +194,10 @@ bool setTerminalResistance(unsigned channel, unsigned value)
     return setProperty(channel, "/initenal_resistance", QByteArray::number(value));
 }
 
-bool clearFilter(unsigned channel) { return setProperty(channel, "/filter_clear", "0"); }
+bool clearFilter(unsigned channel)
+{
+    return setProperty(channel, "/filter_clear", "0");
+}
 
 bool setFilterRange(unsigned channel, unsigned kind, const QString &start, const QString &end)
 {
@@ -184,7 +205,10 @@ bool setFilterRange(unsigned channel, unsigned kind, const QString &start, const
            setProperty(channel, "/filter_start", start.toUtf8()) && setProperty(channel, "/filter_end", end.toUtf8());
 }
 
-bool ackFilter(unsigned channel) { return setProperty(channel, "/filter_ack", "0"); }
+bool ackFilter(unsigned channel)
+{
+    return setProperty(channel, "/filter_ack", "0");
+}
 
 bool applyFilterRows(unsigned channel, const QString &rowText)
 {
@@ -238,30 +262,26 @@ std::uint32_t makeFrameId(std::uint32_t id, std::uint32_t extended, std::uint32_
 
 bool sendCan(unsigned channel, const CanTransmitRecord *records, std::uint32_t count)
 {
-    return withChannel(channel, [&](Driver::Handle handle) {
-               return driver()->TransmitCan(handle, records, count);
-           }) == 1;
+    return withChannel(channel, [&](Driver::Handle handle) { return driver()->TransmitCan(handle, records, count); }) ==
+           1;
 }
 
 bool sendCanFd(unsigned channel, const CanFdTransmitRecord *records, std::uint32_t count)
 {
-    return withChannel(channel, [&](Driver::Handle handle) {
-               return driver()->TransmitCanFd(handle, records, count);
-           }) == 1;
+    return withChannel(channel,
+                       [&](Driver::Handle handle) { return driver()->TransmitCanFd(handle, records, count); }) == 1;
 }
 
 std::uint32_t receiveCan(unsigned channel, CanReceiveRecord *buffer, std::uint32_t capacity, std::uint32_t waitMs)
 {
-    const std::uint32_t filled = withChannel(channel, [&](Driver::Handle handle) {
-        return driver()->ReceiveCan(handle, buffer, capacity, waitMs);
-    });
+    const std::uint32_t filled = withChannel(
+        channel, [&](Driver::Handle handle) { return driver()->ReceiveCan(handle, buffer, capacity, waitMs); });
     return filled <= capacity ? filled : 0;
 }
 
 std::uint32_t receiveCanFd(unsigned channel, CanFdReceiveRecord *buffer, std::uint32_t capacity, std::uint32_t waitMs)
 {
-    const std::uint32_t filled = withChannel(channel, [&](Driver::Handle handle) {
-        return driver()->ReceiveCanFd(handle, buffer, capacity, waitMs);
-    });
+    const std::uint32_t filled = withChannel(
+        channel, [&](Driver::Handle handle) { return driver()->ReceiveCanFd(handle, buffer, capacity, waitMs); });
     return filled <= capacity ? filled : 0;
 }

@@ -2,13 +2,20 @@
 
 #include <atomic>
 
-namespace {
+namespace
+{
 std::atomic<unsigned> currentCode{SimplifiedChinese};
 }
 
-unsigned languageCode() { return currentCode.load(std::memory_order_relaxed); }
+unsigned languageCode()
+{
+    return currentCode.load(std::memory_order_relaxed);
+}
 
-void setLanguageCode(unsigned code) { currentCode.store(code, std::memory_order_relaxed); }
+void setLanguageCode(unsigned code)
+{
+    currentCode.store(code, std::memory_order_relaxed);
+}
 
 QString text3(unsigned code, const char *simplified, const char *traditional, const char *english)
 {
@@ -27,6 +34,12 @@ QString text3(const char *simplified, const char *traditional, const char *engli
     return text3(languageCode(), simplified, traditional, english);
 }
 
-QString warningTitle() { return text3("警告", "警告", "warning"); }
+QString warningTitle()
+{
+    return text3("警告", "警告", "warning");
+}
 
-QString tipTitle() { return text3("提示", "提示", "warning"); }
+QString tipTitle()
+{
+    return text3("提示", "提示", "warning");
+}

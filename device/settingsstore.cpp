@@ -10,7 +10,8 @@
 #include <QSettings>
 #include <QTextStream>
 
-namespace {
+namespace
+{
 
 struct Store {
     QMutex mapLock;  // guards path and map; held for look-ups only
@@ -52,7 +53,8 @@ QString languageFromFile(const QString &defaultValue)
 
 } // namespace
 
-namespace settings {
+namespace settings
+{
 
 const QStringList &catalogueNames()
 {
@@ -91,7 +93,10 @@ QString value(const QString &key, const QString &defaultValue)
     return languageFromFile(defaultValue);
 }
 
-unsigned number(const QString &key, const QString &defaultValue) { return value(key, defaultValue).toUInt(); }
+unsigned number(const QString &key, const QString &defaultValue)
+{
+    return value(key, defaultValue).toUInt();
+}
 
 void setValue(const QString &key, const QString &value, bool writeNow)
 {

@@ -5,7 +5,8 @@
 #include <QString>
 #include <QStringList>
 
-namespace settings {
+namespace settings
+{
 
 // Remembers the path and fills the map from the file. A missing file, or one with a part that is not exactly
 // key,value, gives an empty map.

@@ -5,7 +5,8 @@
 #include <QScreen>
 #include <QWidget>
 
-namespace {
+namespace
+{
 constexpr qreal kDesignDpi = 96.0;
 } // namespace
 

@@ -3,7 +3,8 @@
 #include <QMutex>
 #include <QMutexLocker>
 
-namespace {
+namespace
+{
 QMutex pendingFramesLock; // held for an append or a take, never across a driver call
 QList<ModelItem> pendingFrames;
 } // namespace

@@ -15,7 +15,7 @@ class recvThread : public QThread
 
 public:
     explicit recvThread(uint channel, QObject *parent = nullptr); // 0-based channel
-    ~recvThread() override; // stops the thread and waits for it
+    ~recvThread() override;                                       // stops the thread and waits for it
 
     // Both arguments are ignored on purpose: wait time 1, capacity 1000, whatever is asked.
     void setRecvParams(uint scanTime, uint framesPerRead);

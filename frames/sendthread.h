@@ -20,7 +20,7 @@ class sendThread : public QThread
 
 public:
     explicit sendThread(uint channel, QObject *parent = nullptr); // 0-based channel
-    ~sendThread() override; // stops the thread and waits for it
+    ~sendThread() override;                                       // stops the thread and waits for it
 
     // Count mode; while idle. data: 64 bytes are read. count -1: until stopped. interval in milliseconds.
     void setSend(uint id, int idIncrement, uint extended, uint canFd, quint8 bitRateSwitch, const quint8 *data,

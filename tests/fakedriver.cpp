@@ -6,7 +6,8 @@
 
 #include <algorithm>
 
-namespace {
+namespace
+{
 FakeDriver *current = nullptr; // the property interface carries no context
 } // namespace
 
@@ -73,7 +74,10 @@ std::uint32_t FakeDriver::GetDeviceInfo(Handle device, DeviceInfoRecord *record)
     return infoAnswer;
 }
 
-std::uint32_t FakeDriver::GetDeviceStatus(Handle) { return status; }
+std::uint32_t FakeDriver::GetDeviceStatus(Handle)
+{
+    return status;
+}
 
 Driver::Handle FakeDriver::InitChannel(Handle device, std::uint32_t channel, const ChannelInitRecord *record)
 {
@@ -118,9 +122,9 @@ std::vector<CanFdTransmitRecord> FakeDriver::sentFd(unsigned channel) const
     return sentFd_[channel];
 }
 
-namespace {
-template <typename Record>
-std::uint32_t takeFront(std::vector<Record> &queue, Record *records, std::uint32_t capacity)
+namespace
+{
+template <typename Record> std::uint32_t takeFront(std::vector<Record> &queue, Record *records, std::uint32_t capacity)
 {
     const auto count = std::min<std::size_t>(queue.size(), capacity);
     std::copy_n(queue.begin(), count, records);

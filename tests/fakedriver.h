@@ -24,13 +24,13 @@ public:
     QStringList takeCalls();
 
     // Answers, free to change at any time from the test's thread while no worker runs.
-    std::vector<Handle> openAnswers;    // one per OpenDevice, then deviceHandle
+    std::vector<Handle> openAnswers; // one per OpenDevice, then deviceHandle
     Handle deviceHandle = 7;
     std::uint32_t status = kStatusPresent;
     std::uint32_t infoAnswer = kDriverSuccess;
     DeviceInfoRecord info{};
     bool hasProperties = true;
-    QStringList failing;                // operation names, or property paths, that answer 0
+    QStringList failing; // operation names, or property paths, that answer 0
     std::function<std::uint32_t(unsigned channel, const CanTransmitRecord *, std::uint32_t)> onTransmitCan;
     std::function<std::uint32_t(unsigned channel, const CanFdTransmitRecord *, std::uint32_t)> onTransmitCanFd;
     std::vector<std::string> names{"Fake 0"};

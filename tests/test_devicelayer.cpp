@@ -33,8 +33,8 @@ private slots:
         timer.start();
         QVERIFY(openDevice(kDeviceType, 3, 0));
         QVERIFY(timer.elapsed() >= 10);
-        QCOMPARE(fake_->takeCalls(), QStringList({"OpenDevice(41,3,0)", "ResetDriver()", "OpenDevice(41,3,0)",
-                                                  "GetPropertyInterface(9)"}));
+        QCOMPARE(fake_->takeCalls(),
+                 QStringList({"OpenDevice(41,3,0)", "ResetDriver()", "OpenDevice(41,3,0)", "GetPropertyInterface(9)"}));
         QVERIFY(!openDevice(kDeviceType, 0, 0));
         QVERIFY(fake_->takeCalls().isEmpty());
         closeDevice();
@@ -66,9 +66,9 @@ private slots:
         QVERIFY(!setBaudRate(0, 1, 2));
         QVERIFY(setTerminalResistance(1, 120));
         QVERIFY(setCustomBaudRate(0, QString::fromUtf8("率,1")));
-        QCOMPARE(fake_->takeCalls(),
-                 QStringList({"SetArbitrationBaud(7,1,13)", "SetDataBaud(7,1,3)", "SetArbitrationBaud(7,0,1)",
-                              "SetValue(1/initenal_resistance,120)", QString::fromUtf8("SetValue(0/baud_rate_custom,率,1)")}));
+        QCOMPARE(fake_->takeCalls(), QStringList({"SetArbitrationBaud(7,1,13)", "SetDataBaud(7,1,3)",
+                                                  "SetArbitrationBaud(7,0,1)", "SetValue(1/initenal_resistance,120)",
+                                                  QString::fromUtf8("SetValue(0/baud_rate_custom,率,1)")}));
 
         QVERIFY(initChannel(2, 5)); // any non-zero channel is channel 1
         QCOMPARE(fake_->takeCalls(), QStringList{"InitChannel(7,1)"});
@@ -96,14 +96,20 @@ private slots:
         QTest::addColumn<bool>("success");
         QTest::addColumn<QStringList>("writes");
         const QStringList first{"0/filter_clear,0", "0/filter_mode,0", "0/filter_start,0x100", "0/filter_end,0x1FF"};
-        QTest::newRow("two rows") << "0-100-1FF|1-2-3" << "" << true
-                                  << first + QStringList{"0/filter_mode,1", "0/filter_start,0x2", "0/filter_end,0x3",
-                                                         "0/filter_ack,0"};
-        QTest::newRow("none") << "" << "" << true << QStringList{"0/filter_clear,0", "0/filter_ack,0"};
-        QTest::newRow("mode refused") << "0-100-1FF" << "0/filter_mode" << false << first.mid(0, 2);
-        QTest::newRow("clear refused") << "0-100-1FF" << "0/filter_clear" << false << first.mid(0, 1);
-        QTest::newRow("two fields") << "0-100" << "" << false << first.mid(0, 1);
-        QTest::newRow("trailing bar") << "0-100-1FF|" << "" << false << first;
+        QTest::newRow("two rows") << "0-100-1FF|1-2-3"
+                                  << "" << true
+                                  << QStringList(first + QStringList{"0/filter_mode,1", "0/filter_start,0x2",
+                                                                     "0/filter_end,0x3", "0/filter_ack,0"});
+        QTest::newRow("none") << ""
+                              << "" << true << QStringList{"0/filter_clear,0", "0/filter_ack,0"};
+        QTest::newRow("mode refused") << "0-100-1FF"
+                                      << "0/filter_mode" << false << QStringList(first.mid(0, 2));
+        QTest::newRow("clear refused") << "0-100-1FF"
+                                       << "0/filter_clear" << false << QStringList(first.mid(0, 1));
+        QTest::newRow("two fields") << "0-100"
+                                    << "" << false << QStringList(first.mid(0, 1));
+        QTest::newRow("trailing bar") << "0-100-1FF|"
+                                      << "" << false << first;
     }
     void filterRows()
     {
@@ -136,8 +142,8 @@ private slots:
         QVERIFY(sendCan(0, classic, 1));
         QVERIFY(!sendCanFd(5, fd, 2));
         QVERIFY(sendCanFd(5, fd, 1));
-        QCOMPARE(fake_->takeCalls(), QStringList({"TransmitCan(0,3)", "TransmitCan(0,1)", "TransmitCanFd(1,2)",
-                                                  "TransmitCanFd(1,1)"}));
+        QCOMPARE(fake_->takeCalls(),
+                 QStringList({"TransmitCan(0,3)", "TransmitCan(0,1)", "TransmitCanFd(1,2)", "TransmitCanFd(1,1)"}));
         CanReceiveRecord received[2];
         fake_->feed(1, {CanReceiveRecord{}, CanReceiveRecord{}, CanReceiveRecord{}});
         QCOMPARE(receiveCan(1, received, 2, 0), 2u);

@@ -16,9 +16,15 @@ TestFolder::TestFolder()
     settings::load(settingsPath());
 }
 
-TestFolder::~TestFolder() { setApplicationDir({}); }
+TestFolder::~TestFolder()
+{
+    setApplicationDir({});
+}
 
-QString TestFolder::path(const QString &relative) const { return dir_.filePath(relative); }
+QString TestFolder::path(const QString &relative) const
+{
+    return dir_.filePath(relative);
+}
 
 void TestFolder::write(const QString &relative, const QByteArray &content) const
 {

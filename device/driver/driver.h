@@ -15,9 +15,9 @@
 #define OSTREL_PROPERTY_CALL
 #endif
 
-constexpr std::uint32_t kDeviceType = 41;     // the Halden-D2's type code
-constexpr std::uint32_t kStatusPresent = 2;   // GetDeviceStatus: present and answering
-constexpr std::uint32_t kDriverSuccess = 1;   // what most operations answer on success
+constexpr std::uint32_t kDeviceType = 41;   // the Halden-D2's type code
+constexpr std::uint32_t kStatusPresent = 2; // GetDeviceStatus: present and answering
+constexpr std::uint32_t kDriverSuccess = 1; // what most operations answer on success
 constexpr unsigned kChannelCount = 2;
 
 // The table of entry points that GetPropertyInterface answers; the program uses its first entry only.
@@ -29,16 +29,16 @@ struct PropertyInterface {
 // Something a driver wants the user to know; the window words it in the current language.
 struct DriverNotice {
     enum class Kind {
-        LibraryMissing,     // detail: file name
-        LibraryUnusable,    // detail: file name and the system's reason (wrong kind, broken)
-        OrdinalMissing,     // detail: ordinal and operation
-        NotHardware,        // detail: what the frames come from instead of a Halden-D2
-        TraceUnreadable,    // detail: file name of the recorded log that cannot be played
-        InterfaceMissing,   // detail: kernel interface
-        InterfaceDown,      // detail: kernel interface
-        InterfaceNotFd,     // detail: kernel interface
-        InterfaceRefused,   // detail: kernel interface and the system's reason
-        FramesLost,         // channel and count: frames that arrived but found no room since the last notice
+        LibraryMissing,   // detail: file name
+        LibraryUnusable,  // detail: file name and the system's reason (wrong kind, broken)
+        OrdinalMissing,   // detail: ordinal and operation
+        NotHardware,      // detail: what the frames come from instead of a Halden-D2
+        TraceUnreadable,  // detail: file name of the recorded log that cannot be played
+        InterfaceMissing, // detail: kernel interface
+        InterfaceDown,    // detail: kernel interface
+        InterfaceNotFd,   // detail: kernel interface
+        InterfaceRefused, // detail: kernel interface and the system's reason
+        FramesLost,       // channel and count: frames that arrived but found no room since the last notice
     };
     Kind kind;
     std::string detail; // UTF-8

@@ -48,23 +48,35 @@ Driver::Handle DriverList::OpenDevice(std::uint32_t deviceType, std::uint32_t de
     return active_->OpenDevice(deviceType, offers_[deviceIndex].localIndex, reserved);
 }
 
-std::uint32_t DriverList::CloseDevice(Handle device) { return active_->CloseDevice(device); }
+std::uint32_t DriverList::CloseDevice(Handle device)
+{
+    return active_->CloseDevice(device);
+}
 
 std::uint32_t DriverList::GetDeviceInfo(Handle device, DeviceInfoRecord *record)
 {
     return active_->GetDeviceInfo(device, record);
 }
 
-std::uint32_t DriverList::GetDeviceStatus(Handle device) { return active_->GetDeviceStatus(device); }
+std::uint32_t DriverList::GetDeviceStatus(Handle device)
+{
+    return active_->GetDeviceStatus(device);
+}
 
 Driver::Handle DriverList::InitChannel(Handle device, std::uint32_t channel, const ChannelInitRecord *record)
 {
     return active_->InitChannel(device, channel, record);
 }
 
-std::uint32_t DriverList::StartChannel(Handle channel) { return active_->StartChannel(channel); }
+std::uint32_t DriverList::StartChannel(Handle channel)
+{
+    return active_->StartChannel(channel);
+}
 
-std::uint32_t DriverList::ResetChannel(Handle channel) { return active_->ResetChannel(channel); }
+std::uint32_t DriverList::ResetChannel(Handle channel)
+{
+    return active_->ResetChannel(channel);
+}
 
 std::uint32_t DriverList::TransmitCan(Handle channel, const CanTransmitRecord *records, std::uint32_t count)
 {
@@ -93,7 +105,10 @@ const PropertyInterface *DriverList::GetPropertyInterface(Handle device)
     return active_->GetPropertyInterface(device);
 }
 
-std::uint32_t DriverList::UpdateDevice(Handle device) { return active_->UpdateDevice(device); }
+std::uint32_t DriverList::UpdateDevice(Handle device)
+{
+    return active_->UpdateDevice(device);
+}
 
 std::uint32_t DriverList::SetArbitrationBaud(Handle device, std::uint32_t channel, std::uint32_t value)
 {
@@ -110,4 +125,7 @@ std::uint32_t DriverList::SetCanFdStandard(Handle device, std::uint32_t channel,
     return active_->SetCanFdStandard(device, channel, value);
 }
 
-std::uint32_t DriverList::ResetDriver() { return active_->ResetDriver(); }
+std::uint32_t DriverList::ResetDriver()
+{
+    return active_->ResetDriver();
+}

@@ -1,4 +1,5 @@
-// Several drivers offered as one: their devices in a row, and every operation handed to the driver whose device is open.
+// Several drivers offered as one: their devices in a row, and every operation handed to the driver whose device is
+// open.
 #pragma once
 
 #include "device/driver/driver.h"
