@@ -120,7 +120,7 @@ void closeDevice()
         handle = 0;
     const QWriteLocker first(&layer().guard[0]);
     const QWriteLocker second(&layer().guard[1]);
-    if (driver())
+    if (driver() && isDeviceOpen())
         driver()->CloseDevice(state().device);
     state().reset();
 }

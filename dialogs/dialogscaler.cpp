@@ -45,4 +45,5 @@ void DialogScaler::scaleTo(qreal logicalDpi)
     if (const QLayout *layout = dialog_->layout())
         size = size.expandedTo(layout->totalMinimumSize());
     dialog_->resize(size);
+    emit scaled();
 }

@@ -20,6 +20,9 @@ public:
     // Scales for the given logical DPI (screens tell it; tests may).
     void scaleTo(qreal logicalDpi);
 
+signals:
+    void scaled(); // the dialog's font and size are new
+
 private:
     void followScreen();
 

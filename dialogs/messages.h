@@ -7,3 +7,5 @@
 class QWidget;
 
 void showWarning(QWidget *parent, const QString &title, const QString &text);
+void showCritical(QWidget *parent, const QString &title, const QString &text);
+void showInformation(QWidget *parent, const QString &title, const QString &text);

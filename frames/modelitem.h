@@ -44,6 +44,9 @@ struct ModelItem {
 
 Q_DECLARE_METATYPE(QList<ModelItem>)
 
+// Makes lists of items fit for queued signals; the worker threads do it when they are built.
+void registerFrameTypes();
+
 // The eleven texts of one row, in column order.
 using FrameRow = std::array<QString, FrameColumnCount>;
 

@@ -19,8 +19,10 @@ public:
 
     // Both arguments are ignored on purpose: wait time 1, capacity 1000, whatever is asked.
     void setRecvParams(uint scanTime, uint framesPerRead);
-    // Asks the thread to end after the pass under way; does not wait.
+    // Asks the thread to end after the pass under way; does not wait. Before start(): the next run ends at once.
     void stop();
+    // Stops, waits for the end, and leaves the thread fit for start(), whether it was running or not.
+    void stopAndWait();
     // Forgets the identifiers that the continuity check compares with. GUI thread, also while running.
     void clearLastIds();
 
@@ -33,6 +35,17 @@ protected:
     void run() override;
 
 private:
+    void buildBatch(const CanReceiveRecord *records, uint count);
+    void buildBatch(const CanFdReceiveRecord *records, uint count);
+    template <typename Record> void build(const Record *records, uint count, std::atomic<std::uint32_t> &lastId);
+    // Compares one pair of consecutive identifier words when the user has armed the check, and disarms it.
+    void checkContinuity(std::uint32_t id, std::atomic<std::uint32_t> &lastId);
+
     const uint channel_;
     std::atomic<bool> stop_{false};
+    std::atomic<uint> waitTime_; // stored only: receive calls never wait
+    std::atomic<uint> readCapacity_;
+    // Raw identifier words of the last frames that went through the check, 0 = none yet.
+    std::atomic<std::uint32_t> lastClassicId_{0};
+    std::atomic<std::uint32_t> lastFdId_{0};
 };

@@ -1,0 +1,24 @@
+#include "device/deviceinfo.h"
+
+#include "device/channelparameters.h"
+#include "device/devicelayer.h"
+#include "device/infdialog.h"
+#include "device/language.h"
+#include "dialogs/messages.h"
+
+#include <QDebug>
+
+void showDeviceInfo(QWidget *parent)
+{
+    qDebug("getdeviceInfo");
+    if (!isDeviceOpen()) {
+        showWarning(parent, warningTitle(), deviceNotOpenText());
+        return;
+    }
+    const DeviceInfoRecord record = readDeviceInfo();
+    if (record.firmwareVersion == 0) {
+        showWarning(parent, warningTitle(), deviceInfoFailedText());
+        return;
+    }
+    INfDialog(record, parent).exec();
+}

@@ -1,0 +1,149 @@
+#include "device/filterdialog.h"
+
+#include "device/driver/wirerecords.h"
+#include "device/language.h"
+#include "dialogs/dialogscaler.h"
+#include "dialogs/messages.h"
+#include "ui_filterdialog.h"
+
+#include <QEvent>
+
+namespace
+{
+
+enum FilterColumn { KindColumn, StartColumn, EndColumn, FilterColumnCount };
+
+constexpr int kFirstExtendedIndex =
+    2; // of the kind selector; its even indexes are ranges, the odd ones single identifiers
+constexpr int kHexBase = 16;
+
+bool isRange(int selectorIndex)
+{
+    return selectorIndex % 2 == 0;
+}
+
+QString kindText(bool extended, unsigned code = languageCode())
+{
+    return extended ? text3(code, "扩展帧", "擴展幀", "Extended Frame")
+                    : text3(code, "标准帧", "標準幀", "Standard Frame");
+}
+
+QString kindDigit(bool extended)
+{
+    return extended ? QStringLiteral("1") : QStringLiteral("0");
+}
+
+// Puts the stored digit in place of every kind text of every language.
+QString withDigits(QString text)
+{
+    for (unsigned code = 0; code < LanguageCount; ++code)
+        for (const bool extended : {false, true})
+            text.replace(kindText(extended, code), kindDigit(extended));
+    return text;
+}
+
+} // namespace
+
+FilterDialog::FilterDialog(int channelNumber, const QString &rowText, QWidget *parent)
+    : QDialog(parent), ui(std::make_unique<Ui::FilterDialog>()), channelNumber_(channelNumber), rowText_(rowText)
+{
+    ui->setupUi(this);
+    ui->tableWidget->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    on_comboBox_currentIndexChanged(ui->comboBox->currentIndex());
+    fillTable();
+    setLiveTexts();
+    new DialogScaler(this);
+}
+
+FilterDialog::~FilterDialog() = default;
+
+void FilterDialog::fillTable()
+{
+    for (const QString &row : rowText_.split(QLatin1Char('|'))) {
+        const QStringList fields = row.split(QLatin1Char('-'));
+        if (fields.size() != FilterColumnCount)
+            continue;
+        for (const bool extended : {false, true})
+            if (fields.at(KindColumn) == kindDigit(extended))
+                appendRow(kindText(extended), fields.at(StartColumn), fields.at(EndColumn));
+    }
+}
+
+void FilterDialog::appendRow(const QString &kindText, const QString &start, const QString &end)
+{
+    const int row = ui->tableWidget->rowCount();
+    ui->tableWidget->insertRow(row);
+    ui->tableWidget->setItem(row, KindColumn, new QTableWidgetItem(kindText));
+    ui->tableWidget->setItem(row, StartColumn, new QTableWidgetItem(start));
+    ui->tableWidget->setItem(row, EndColumn, new QTableWidgetItem(end));
+}
+
+void FilterDialog::on_comboBox_currentIndexChanged(int index)
+{
+    const int maximum = int(index < kFirstExtendedIndex ? kStandardIdLimit : kExtendedIdLimit) - 1;
+    ui->spinBoxStart->setRange(0, maximum);
+    ui->spinBoxEnd->setRange(0, maximum);
+    ui->spinBoxEnd->setEnabled(isRange(index));
+}
+
+void FilterDialog::on_btnAdd_clicked()
+{
+    ui->spinBoxStart->interpretText();
+    ui->spinBoxEnd->interpretText();
+    const int kind = ui->comboBox->currentIndex();
+    const QString start = ui->spinBoxStart->text().toUpper();
+    const QString end = isRange(kind) ? ui->spinBoxEnd->text().toUpper() : start;
+    if (end.toUInt(nullptr, kHexBase) < start.toUInt(nullptr, kHexBase)) {
+        showWarning(
+            this, text3("错误", "錯誤", "error"),
+            text3("结束ID不可小于起始ID", "結束ID不可小於起始ID", "The end ID cannot be less than the start ID"));
+        return;
+    }
+    appendRow(kindText(kind >= kFirstExtendedIndex), start, end);
+    ui->tableWidget->scrollToBottom();
+}
+
+void FilterDialog::on_btnDelete_clicked()
+{
+    ui->tableWidget->removeRow(ui->tableWidget->currentRow());
+}
+
+void FilterDialog::on_btnConfirm_clicked()
+{
+    QString text;
+    for (int row = 0; row < ui->tableWidget->rowCount(); ++row) {
+        QStringList cells;
+        for (int column = 0; column < FilterColumnCount; ++column)
+            cells.append(ui->tableWidget->item(row, column)->text());
+        // A plain search on purpose: a row whose text begins another one is left out as well.
+        const QString rowText = cells.join(QLatin1Char('-'));
+        if (!text.contains(rowText))
+            text += rowText + QLatin1Char('|');
+    }
+    text.chop(1);
+    rowText_ = withDigits(text);
+    accept();
+}
+
+void FilterDialog::on_btnCancel_clicked()
+{
+    reject();
+}
+
+void FilterDialog::setLiveTexts()
+{
+    setWindowTitle(text3("通道%1滤波设置", "通道%1濾波設置", "Channel%1 filter set").arg(channelNumber_));
+    for (int row = 0; row < ui->tableWidget->rowCount(); ++row) {
+        QTableWidgetItem *kind = ui->tableWidget->item(row, KindColumn);
+        kind->setText(kindText(withDigits(kind->text()) == kindDigit(true)));
+    }
+}
+
+void FilterDialog::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange) {
+        ui->retranslateUi(this);
+        setLiveTexts();
+    }
+    QDialog::changeEvent(event);
+}

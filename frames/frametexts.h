@@ -1,0 +1,21 @@
+// The words that the texts of a frame are made of: written by the builders, recognised when rows are read back.
+#pragma once
+
+#include "device/language.h"
+
+#include <QString>
+
+struct FrameWords {
+    QString standardFrame;
+    QString extendedFrame;
+    QString dataFrame;
+    QString remoteFrame;
+    QString fdWithSwitch; // protocol of an FD frame with bit-rate switch
+};
+
+// The words of a language; a code above English has no words for format and type, and the bare FD protocol.
+const FrameWords &frameWords(unsigned code);
+
+// Decimal text of a small number (up to 64), shared instead of made anew.
+const QString &smallNumberText(unsigned number);
+constexpr unsigned kLargestSmallNumber = 64;

@@ -1,0 +1,121 @@
+#include "frames/recvthread.h"
+
+#include "device/devicelayer.h"
+#include "device/settingsstore.h"
+#include "frames/framebuilder.h"
+#include "frames/pendingframes.h"
+
+namespace
+{
+
+constexpr uint kLargestRead = 1000;
+constexpr uint kInitialWaitMs = 50;
+constexpr uint kWaitMs = 1;
+constexpr unsigned long kPollPauseMs = 1;
+constexpr quint8 kIdlePasses = 9;
+constexpr std::uint32_t kLastStandardId = kStandardIdLimit - 1;
+
+bool inOrder(std::uint32_t last, std::uint32_t current)
+{
+    return current == last + 1 || (last == kLastStandardId && current == 0);
+}
+
+} // namespace
+
+recvThread::recvThread(uint channel, QObject *parent)
+    : QThread(parent), channel_(channel), waitTime_(kInitialWaitMs), readCapacity_(kLargestRead)
+{
+    registerFrameTypes();
+}
+
+recvThread::~recvThread()
+{
+    stop();
+    wait();
+}
+
+void recvThread::setRecvParams(uint, uint)
+{
+    waitTime_ = kWaitMs;
+    readCapacity_ = kLargestRead;
+}
+
+void recvThread::stop()
+{
+    stop_ = true;
+}
+
+void recvThread::stopAndWait()
+{
+    stop();
+    wait();
+    stop_ = false;
+}
+
+void recvThread::clearLastIds()
+{
+    lastClassicId_ = 0;
+    lastFdId_ = 0;
+}
+
+void recvThread::run()
+{
+    CanReceiveRecord classic[kLargestRead];
+    CanFdReceiveRecord fd[kLargestRead];
+    quint8 idle = 0;
+    while (!stop_ && isChannelOpen(channel_)) {
+        const uint classicCount = receiveCan(channel_, classic, readCapacity_, 0);
+        if (classicCount > 0)
+            buildBatch(classic, classicCount);
+        const uint fdCount = receiveCanFd(channel_, fd, readCapacity_, 0);
+        if (fdCount > 0)
+            buildBatch(fd, fdCount);
+        if (classicCount > 0 || fdCount > 0) {
+            idle = 1;
+        } else if (++idle > kIdlePasses) {
+            buildBatch(classic, 0);
+            idle = 0;
+        }
+        msleep(kPollPauseMs);
+    }
+    buildBatch(classic, 0);
+    stop_ = false;
+}
+
+void recvThread::buildBatch(const CanReceiveRecord *records, uint count)
+{
+    build(records, count, lastClassicId_);
+}
+
+void recvThread::buildBatch(const CanFdReceiveRecord *records, uint count)
+{
+    build(records, count, lastFdId_);
+}
+
+template <typename Record> void recvThread::build(const Record *records, uint count, std::atomic<std::uint32_t> &lastId)
+{
+    QList<ModelItem> batch;
+    batch.reserve(static_cast<int>(count));
+    for (const Record *record = records; record != records + count; ++record) {
+        checkContinuity(record->id, lastId);
+        appendItem(batch, *record, channel_);
+    }
+    appendPendingFrames(batch);
+}
+
+void recvThread::checkContinuity(std::uint32_t id, std::atomic<std::uint32_t> &lastId)
+{
+    static const QString key = QStringLiteral("recvIDAdd");
+    static const QString off = QStringLiteral("0");
+    if (settings::number(key, off) != 1)
+        return;
+    const std::uint32_t lastWord = lastId;
+    if (lastWord != 0) {
+        settings::setValue(key, off, true);
+        const std::uint32_t last = lastWord & kIdMask;
+        const std::uint32_t current = id & kIdMask;
+        if (!inOrder(last, current))
+            emit errorID(last, current);
+    }
+    lastId = id;
+}

@@ -1,0 +1,147 @@
+#include "upgrade/updatedlg.h"
+
+#include "device/devicelayer.h"
+#include "device/language.h"
+#include "dialogs/dialogscaler.h"
+#include "dialogs/messages.h"
+#include "ui_updatedlg.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QDebug>
+#include <QProgressBar>
+#include <QTimer>
+
+namespace
+{
+constexpr int kPollMs = 1000;
+constexpr int kPaintFirstMs = 1; // lets the warning be painted before the driver call blocks the window
+constexpr int kLastAttempt = 16; // fails without looking
+} // namespace
+
+UpdateDlg::UpdateDlg(const QString &version, const QString &sourcePath, QWidget *parent)
+    : QDialog(parent),
+      ui(std::make_unique<Ui::UpdateDlg>()),
+      progress_(new QProgressBar(this)),
+      version_(version),
+      sourcePath_(sourcePath),
+      pollMs_(kPollMs)
+{
+    ui->setupUi(this);
+    progress_->setTextVisible(false);
+    progress_->setValue(0);
+    ui->progressLayout->addWidget(progress_);
+    showLiveText();
+    new DialogScaler(this);
+}
+
+UpdateDlg::~UpdateDlg() = default;
+
+void UpdateDlg::showLiveText()
+{
+    if (upgrading_)
+        ui->label->setText(text3("警告：升级固件中，请勿关闭此界面及拔出设备。",
+                                 "警告：升級固件中，請勿關閉此界面及拔除設備。",
+                                 "Warning: Do not close this interface or unplug the device during firmware upgrade."));
+    else
+        ui->label->setText(text3("固件版本(%1)过低，是否升级固件？", "固件版本(%1)過低，是否升級固件？",
+                                 "The firmware version(%1)is too low，Do you want to upgrade the firmware?")
+                               .arg(version_));
+}
+
+void UpdateDlg::on_pushButton_clicked()
+{
+    drivesBefore_ = bootDriveRoots(volumes_());
+    upgrading_ = true;
+    showLiveText();
+    ui->pushButton->setEnabled(false);
+    ui->pushButton_2->setEnabled(false);
+    progress_->setRange(0, 0); // busy; there is nothing to measure
+    QTimer::singleShot(kPaintFirstMs, this, &UpdateDlg::restartDevice);
+}
+
+void UpdateDlg::on_pushButton_2_clicked()
+{
+    close();
+}
+
+void UpdateDlg::restartDevice()
+{
+    // Without the image an adapter in its boot loader would be left with nothing to load.
+    image_ = readFirmwareImage(sourcePath_);
+    if (image_.isEmpty()) {
+        qDebug().noquote() << "cannot read" << sourcePath_;
+        fail();
+        return;
+    }
+    if (!updateDevice(deviceIndex_)) {
+        qDebug("updateDevice error");
+        fail();
+        return;
+    }
+    QTimer::singleShot(pollMs_, this, &UpdateDlg::timer);
+}
+
+void UpdateDlg::timer()
+{
+    ++attempts_;
+    if (attempts_ >= kLastAttempt) {
+        fail();
+        return;
+    }
+    if (!copyImage()) {
+        QTimer::singleShot(pollMs_, this, &UpdateDlg::timer);
+        return;
+    }
+    showInformation(this, text3("提示", "提示", "tip"),
+                    text3("固件升级成功，请重新插拔设备并重启软件！", "固件升級成功，請重新插拔設備並重啓軟件！",
+                          "Firmware upgrade successfully, please reinsert or unplug the device and restart the "
+                          "software!"));
+    leaveProgram();
+}
+
+bool UpdateDlg::copyImage() const
+{
+    for (const QString &root : bootDriveRoots(volumes_()))
+        if (!drivesBefore_.contains(root))
+            return writeFirmware(image_, root);
+    return false;
+}
+
+void UpdateDlg::fail()
+{
+    showCritical(this, text3("错误", "錯誤", "error"),
+                 text3("固件升级失败，请重新插拔设备并重启软件！", "固件升級失敗，請重新插拔設備並重啓軟件！",
+                       "Firmware upgrade failed, please reinsert or unplug the device and restart the software!"));
+    leaveProgram();
+}
+
+void UpdateDlg::leaveProgram()
+{
+    upgrading_ = false;
+    accept();
+    QCoreApplication::quit(); // also ends the loops of the dialogs and windows below this one
+}
+
+void UpdateDlg::reject()
+{
+    if (!upgrading_)
+        QDialog::reject();
+}
+
+void UpdateDlg::closeEvent(QCloseEvent *event)
+{
+    if (upgrading_)
+        event->ignore();
+    else
+        QDialog::closeEvent(event);
+}
+
+void UpdateDlg::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::LanguageChange) {
+        ui->retranslateUi(this);
+        showLiveText();
+    }
+    QDialog::changeEvent(event);
+}

@@ -1,0 +1,37 @@
+#include "upgrade/upgradeaction.h"
+
+#include "device/channelparameters.h"
+#include "device/devicelayer.h"
+#include "device/language.h"
+#include "dialogs/messages.h"
+#include "upgrade/firmwareimage.h"
+#include "upgrade/updatedlg.h"
+
+bool offerFirmwareUpgrade(unsigned firmwareWord, unsigned deviceIndex, QWidget *parent)
+{
+    const FirmwareImage best = bestFirmwareImage();
+    if (firmwareWord >= best.version)
+        return false;
+    UpdateDlg dialog(versionText(firmwareWord), firmwareFolder() + QLatin1Char('/') + best.fileName, parent);
+    dialog.setDeviceIndex(deviceIndex);
+    dialog.exec();
+    return true;
+}
+
+void upgradeFirmware(unsigned deviceIndex, QWidget *parent)
+{
+    if (!isDeviceOpen()) {
+        showWarning(parent, warningTitle(), deviceNotOpenText());
+        return;
+    }
+    const unsigned firmware = refreshDeviceInfo();
+    if (deviceInfoText().isEmpty()) { // no answer: its version is not known
+        showWarning(parent, warningTitle(), deviceInfoFailedText());
+        return;
+    }
+    if (!offerFirmwareUpgrade(firmware, deviceIndex, parent))
+        showInformation(parent, text3("提示", "提示", "tip"),
+                        text3("固件版本(%1)已是最新，无需升级。", "固件版本(%1)已是最新，無需升級。",
+                              "The firmware version (%1) is up to date.")
+                            .arg(versionText(firmware)));
+}
