@@ -1,0 +1,250 @@
+#include "app/receiveview.h"
+
+#include "app/columntitles.h"
+#include "app/displayfilter.h"
+#include "frames/framecounter.h"
+#include "frames/mytablemodel.h"
+#include "frames/pendingframes.h"
+#include "ui_receiveview.h"
+
+#include <QEvent>
+#include <QPointer>
+#include <QScrollBar>
+#include <QTime>
+
+#include <algorithm>
+
+ReceiveView::ReceiveView(QWidget *parent)
+    : QWidget(parent), ui_(std::make_unique<Ui::ReceiveView>()), model_(new MyTableModel(this))
+{
+    ui_->setupUi(this);
+    setHeaderTexts();
+    ui_->tableView->setFrameModel(model_);
+    filter_ = new DisplayFilter(model_, ui_->tableView);
+
+    statistics_.attach(FrameStatistics::Channel1Received, ui_->ch1RecvCount, ui_->ch1RecvRate);
+    statistics_.attach(FrameStatistics::Channel2Received, ui_->ch2RecvCount, ui_->ch2RecvRate);
+    statistics_.attach(FrameStatistics::Channel1Transmitted, ui_->ch1SendCount, ui_->ch1SendRate);
+    statistics_.attach(FrameStatistics::Channel2Transmitted, ui_->ch2SendCount, ui_->ch2SendRate);
+
+    connect(&capture_, &CaptureFile::logLine, this, &ReceiveView::logLine);
+    const auto keepSelection = [this] { selectionKept_ = true; };
+    connect(ui_->tableView, &QAbstractItemView::clicked, this, keepSelection);
+    connect(ui_->tableView, &QAbstractItemView::pressed, this, keepSelection);
+    const QScrollBar *bar = ui_->tableView->verticalScrollBar();
+    connect(bar, &QScrollBar::valueChanged, this,
+            [this, bar](int value) { readingBack_ = bar->isSliderDown() && value < bar->maximum(); });
+    connect(bar, &QScrollBar::sliderReleased, this, [this] { readingBack_ = false; });
+}
+
+ReceiveView::~ReceiveView()
+{
+    capture_.disconnect(this);
+    closeCapture();
+}
+
+void ReceiveView::refresh()
+{
+    runRound(isCapturing());
+}
+
+void ReceiveView::runRound(bool capturing)
+{
+    QList<ModelItem> frames = takePendingFrames();
+    if (frames.isEmpty())
+        return;
+    quint64 number = takeFrameNumbers(static_cast<quint64>(frames.size()));
+    const QString now = QTime::currentTime().toString(QStringLiteral("hh:mm:ss.zzz"));
+    const bool paused = isPaused();
+    FrameStatistics::Counts counts{};
+    Frames shown;
+    for (ModelItem &frame : frames) {
+        frame.indexText = QString::number(number++);
+        frame.systemTime = now;
+        ++counts[FrameStatistics::counterOf(frame.channel, frame.direction)];
+        const bool accepted = model_->acceptsRow(frame);
+        if (capturing && (accepted || !capture_.wantsFilteredOnly()))
+            capture_.add(frame);
+        if (accepted && !paused)
+            shown.push_back(&frame);
+    }
+    if (capturing)
+        capture_.writeRound();
+    show(shown);
+    statistics_.add(counts);
+}
+
+void ReceiveView::recvData(QList<ModelItem> modelList, uint channel)
+{
+    takeBatch(modelList, FrameStatistics::counterOf(channel, Received));
+}
+
+void ReceiveView::sendedData(QList<ModelItem> modelList, uint channel)
+{
+    takeBatch(modelList, FrameStatistics::counterOf(channel, Transmitted));
+}
+
+void ReceiveView::takeBatch(QList<ModelItem> &frames, FrameStatistics::Counter counter)
+{
+    statistics_.add(counter, static_cast<quint32>(frames.size()));
+    quint64 number = takeFrameNumbers(static_cast<quint64>(frames.size()));
+    const bool capturing = isCapturing();
+    Frames shown;
+    for (ModelItem &frame : frames) {
+        frame.indexText = QString::number(number++);
+        frame.idText = QLatin1String("0x") + frame.idText.toUpper();
+        frame.dataText = QLatin1String("x| ") + frame.dataText.toUpper();
+        if (capturing)
+            capture_.add(frame);
+        shown.push_back(&frame);
+    }
+    if (capturing)
+        capture_.writeRound();
+    if (isPaused())
+        return;
+    if (merge_)
+        filter_->clearAll();
+    show(shown);
+}
+
+bool ReceiveView::isCapturing() const
+{
+    return ui_->checkBox->isChecked() && capture_.isOpen();
+}
+
+bool ReceiveView::isPaused() const
+{
+    return ui_->pauseBox->isChecked();
+}
+
+// Moves the texts of the frames into the table; of more than the limit, those of the last ones.
+void ReceiveView::show(const Frames &frames)
+{
+    if (frames.empty())
+        return;
+    const qint64 limit = listLimit_;
+    const qint64 count = std::min<qint64>(static_cast<qint64>(frames.size()), limit);
+    {
+        const FrameTableView::Round round(*ui_->tableView);
+        const qint64 excess = model_->rowCount() + count - limit;
+        if (excess > 0) {
+            model_->removeFirstRows(static_cast<int>(std::min<qint64>(excess, model_->rowCount())));
+            ui_->tableView->clearCurrent();
+        }
+        QList<FrameRow> rows;
+        rows.reserve(merge_ ? 0 : static_cast<int>(count));
+        for (auto frame = frames.end() - count; frame != frames.end(); ++frame) {
+            if (merge_)
+                model_->mergeRow(toFrameRow(std::move(**frame)));
+            else
+                rows.append(toFrameRow(std::move(**frame)));
+        }
+        if (!rows.isEmpty())
+            model_->appendRows(rows);
+    }
+    if (!merge_)
+        scrollToEnd();
+    if (!selectionKept_)
+        selectCurrentRow();
+    selectionKept_ = false;
+}
+
+// The newest frames stay in sight, except while the user holds the scroll bar to look at older ones.
+void ReceiveView::scrollToEnd()
+{
+    if (!readingBack_)
+        ui_->tableView->scrollToBottom();
+}
+
+void ReceiveView::selectCurrentRow()
+{
+    QItemSelectionModel *selection = ui_->tableView->selectionModel();
+    const QModelIndex current = selection->currentIndex();
+    if (current.isValid() && !selection->isSelected(current))
+        selection->select(current, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void ReceiveView::showRates()
+{
+    statistics_.showRates();
+}
+
+void ReceiveView::setListLimit(uint rows)
+{
+    listLimit_ = qMax(1U, rows);
+}
+
+void ReceiveView::setMerge(bool merge)
+{
+    merge_ = merge;
+    if (!merge)
+        return;
+    clearList();
+    filter_->clearAll();
+}
+
+void ReceiveView::setHeaderTexts()
+{
+    model_->setHeader(columnTitles());
+    if (ui_->tableView->model())
+        ui_->tableView->titlesChanged();
+}
+
+void ReceiveView::on_cleanListBtn_clicked()
+{
+    clearList();
+}
+
+void ReceiveView::clearList()
+{
+    resetFrameCounter();
+    model_->clear();
+    ui_->tableView->clearCurrent();
+}
+
+void ReceiveView::on_pushButton_clicked()
+{
+    statistics_.resetTotals();
+}
+
+void ReceiveView::on_pushButton_2_clicked()
+{
+    filter_->clearAll();
+}
+
+void ReceiveView::on_checkBox_clicked()
+{
+    closeCapture();
+    if (ui_->checkBox->isChecked())
+        startCapture();
+}
+
+void ReceiveView::startCapture()
+{
+    const QPointer<savefileDlg> dialog = new savefileDlg(this);
+    dialog->exec();
+    if (!dialog) // the window went away meanwhile
+        return;
+    const QString path = dialog->path();
+    const CaptureMode mode = dialog->mode();
+    delete dialog;
+    if (path.isEmpty())
+        ui_->checkBox->setChecked(false);
+    else
+        capture_.open(path, model_->header(), mode);
+}
+
+void ReceiveView::closeCapture()
+{
+    if (!capture_.isOpen())
+        return;
+    runRound(true);
+    capture_.close();
+}
+
+void ReceiveView::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::LanguageChange)
+        ui_->retranslateUi(this); // counts and rates are not part of the form's texts
+}
