@@ -1,0 +1,192 @@
+#include "device/driver/simulated/virtualbus.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace
+{
+
+constexpr BusTime kNanosecondsPerMs = 1000000;
+// Without bus time the senders wait while a receiver has so many frames to fetch.
+constexpr std::size_t kMostBehind = 8192;
+constexpr BusTime kBehindPause = kNanosecondsPerMs;
+
+} // namespace
+
+VirtualBus::VirtualBus(const SimulatorOptions &options)
+    : channels_{{options.transmitCapacity, options.receiveCapacity},
+                {options.transmitCapacity, options.receiveCapacity}},
+      busTime_(options.busTime),
+      vehicleDelay_(options.vehicleDelayMs * kNanosecondsPerMs)
+{
+}
+
+bool VirtualBus::anyStarted() const
+{
+    return std::any_of(std::begin(channels_), std::end(channels_), [](const BusChannel &c) { return c.started; });
+}
+
+void VirtualBus::settleVehicle(BusTime now)
+{
+    vehiclePresent_ = vehiclePresent_ && anyStarted();
+    const bool heard =
+        vehiclePresent_ && std::any_of(std::begin(channels_), std::end(channels_), [this](const BusChannel &channel) {
+            return channel.started && understands(channel.settings, vehicleSettings_, BusFrame());
+        });
+    if (heard && !vehicleHeard_)
+        traffic_->restart(now + vehicleDelay_, vehicleSettings_);
+    vehicleHeard_ = heard;
+}
+
+void VirtualBus::start(unsigned index, BusTime now)
+{
+    if (channels_[index].started)
+        return;
+    if (traffic_ && !anyStarted()) {
+        vehiclePresent_ = true;
+        vehicleSettings_ = channels_[index].settings;
+    }
+    channels_[index].started = true;
+    settleVehicle(now);
+}
+
+void VirtualBus::initialise(unsigned index, bool listenOnly, BusTime now)
+{
+    channels_[index].initialise(listenOnly);
+    settleVehicle(now);
+}
+
+void VirtualBus::setSettings(unsigned index, const BusSettings &settings, BusTime now)
+{
+    channels_[index].settings = settings;
+    settleVehicle(now);
+}
+
+void VirtualBus::reset()
+{
+    for (BusChannel &channel : channels_) {
+        channel.initialise(false);
+        channel.settings = defaultBusSettings();
+    }
+    settleVehicle(0);
+    free_ = 0;
+}
+
+bool VirtualBus::accepts(unsigned index, const BusFrame &frame) const
+{
+    const BusChannel &sender = channels_[index];
+    if (!sender.acknowledges())
+        return false;
+    if (vehiclePresent_ && understands(vehicleSettings_, sender.settings, frame))
+        return true;
+    return std::any_of(std::begin(channels_), std::end(channels_), [&](const BusChannel &other) {
+        return &other != &sender && other.acknowledges() && understands(other.settings, sender.settings, frame);
+    });
+}
+
+bool VirtualBus::enqueue(unsigned index, const BusFrame &frame, TransmitType type, BusTime now)
+{
+    Transmission *transmission = channels_[index].transmissions.push();
+    if (!transmission)
+        return false;
+    *transmission = {frame, type, now};
+    return true;
+}
+
+// A frame in the queue that has lost those who acknowledged it waits for them; a single-shot one is given up.
+void VirtualBus::dropHopeless(unsigned index)
+{
+    auto &queue = channels_[index].transmissions;
+    while (!queue.empty() && queue.front().single() && !accepts(index, queue.front().frame))
+        queue.pop();
+}
+
+BusTime VirtualBus::readyTime(unsigned node) const
+{
+    if (node == kVehicle)
+        return vehicleHeard_ ? traffic_->due() : kNever;
+    const auto &queue = channels_[node].transmissions;
+    return queue.empty() || !accepts(node, queue.front().frame) ? kNever : queue.front().ready;
+}
+
+const BusFrame &VirtualBus::nextFrame(unsigned node) const
+{
+    return node == kVehicle ? traffic_->frame() : channels_[node].transmissions.front().frame;
+}
+
+const BusSettings &VirtualBus::settingsOf(unsigned node) const
+{
+    return node == kVehicle ? vehicleSettings_ : channels_[node].settings;
+}
+
+// Whoever is ready when the bus gets free competes; the lowest key wins, the lower node among equal ones.
+VirtualBus::Contest VirtualBus::arbitrate() const
+{
+    BusTime ready[kVehicle + 1];
+    BusTime earliest = kNever;
+    for (unsigned node = 0; node <= kVehicle; ++node) {
+        ready[node] = readyTime(node);
+        earliest = std::min(earliest, ready[node]);
+    }
+    Contest contest{kNobody, std::max(free_, earliest)};
+    if (earliest == kNever)
+        return contest;
+    std::uint32_t lowestKey = 0;
+    for (unsigned node = 0; node <= kVehicle; ++node) {
+        if (ready[node] > contest.start)
+            continue;
+        const std::uint32_t key = arbitrationKey(nextFrame(node));
+        if (contest.winner == kNobody || key < lowestKey) {
+            contest.winner = node;
+            lowestKey = key;
+        }
+    }
+    return contest;
+}
+
+bool VirtualBus::receiversAreBehind() const
+{
+    return std::any_of(std::begin(channels_), std::end(channels_), [](const BusChannel &channel) {
+        return channel.classic.size() >= kMostBehind || channel.classic.full() || channel.fd.size() >= kMostBehind ||
+               channel.fd.full();
+    });
+}
+
+void VirtualBus::complete(unsigned node, BusTime end)
+{
+    const BusFrame &frame = nextFrame(node);
+    for (unsigned index = 0; index < kChannelCount; ++index) {
+        BusChannel &channel = channels_[index];
+        const bool addressed = index == node ? channel.transmissions.front().selfReceived() : channel.started;
+        if (addressed && understands(channel.settings, settingsOf(node), frame))
+            channel.receive(frame, end);
+    }
+    if (node == kVehicle) {
+        ++vehicleCounts_[frame.id];
+        traffic_->sent(end);
+    } else {
+        channels_[node].transmissions.pop();
+    }
+    free_ = end;
+}
+
+BusTime VirtualBus::advance(BusTime now, std::size_t budget)
+{
+    for (; budget > 0; --budget) {
+        if (!busTime_ && receiversAreBehind())
+            return now + kBehindPause;
+        for (unsigned index = 0; index < kChannelCount; ++index)
+            dropHopeless(index);
+        const Contest contest = arbitrate();
+        if (contest.winner == kNobody)
+            return kNever;
+        if (contest.start > now)
+            return contest.start;
+        const BusTime end =
+            busTime_ ? contest.start + frameDuration(nextFrame(contest.winner), settingsOf(contest.winner)) : now;
+        if (end > now)
+            return end;
+        complete(contest.winner, end);
+    }
+    return now;
+}

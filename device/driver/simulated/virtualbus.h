@@ -1,0 +1,75 @@
+// The medium between the two channels of the simulated adapter and the vehicle. It knows no clock and no thread: its
+// owner tells it how late it is, and it does everything that has happened on the wire until then.
+#pragma once
+
+#include "device/driver/simulated/buschannel.h"
+#include "device/driver/simulated/simulatoroptions.h"
+#include "device/driver/simulated/trafficsource.h"
+
+#include "device/driver/driver.h"
+
+#include <limits>
+#include <map>
+#include <memory>
+
+constexpr BusTime kNever = std::numeric_limits<BusTime>::max();
+
+// Frames sent so far by identifier word (with the extended and the remote bit).
+using FrameCounts = std::map<std::uint32_t, std::uint64_t>;
+
+class VirtualBus
+{
+public:
+    explicit VirtualBus(const SimulatorOptions &options);
+
+    // Who plays the vehicle; null for nobody. Only while no channel is started.
+    void setTraffic(std::unique_ptr<TrafficSource> traffic) { traffic_ = std::move(traffic); }
+
+    BusChannel &channel(unsigned index) { return channels_[index]; }
+    void start(unsigned index, BusTime now);
+    // Stops the channel and empties it. It may be started again.
+    void initialise(unsigned index, bool listenOnly, BusTime now);
+    void setSettings(unsigned index, const BusSettings &settings, BusTime now);
+    // Both channels as they come out of the factory, the time at 0 again.
+    void reset();
+
+    // Whether anybody would acknowledge the frame on behalf of the channel, which may send at all.
+    bool accepts(unsigned index, const BusFrame &frame) const;
+    // false when the transmit queue has no room.
+    bool enqueue(unsigned index, const BusFrame &frame, TransmitType type, BusTime now);
+
+    // Carries the bus on to `now`, at most `budget` frames. Answers when there is something to do next: `now` when the
+    // budget has ended it, kNever when nobody has anything to send.
+    BusTime advance(BusTime now, std::size_t budget);
+
+    const FrameCounts &vehicleCounts() const { return vehicleCounts_; }
+
+private:
+    static constexpr unsigned kVehicle = kChannelCount; // the node after the channels
+    static constexpr unsigned kNobody = kVehicle + 1;
+
+    struct Contest {
+        unsigned winner;
+        BusTime start;
+    };
+
+    bool anyStarted() const;
+    void settleVehicle(BusTime now);
+    void dropHopeless(unsigned index);
+    BusTime readyTime(unsigned node) const;
+    const BusFrame &nextFrame(unsigned node) const;
+    const BusSettings &settingsOf(unsigned node) const;
+    Contest arbitrate() const;
+    bool receiversAreBehind() const;
+    void complete(unsigned node, BusTime end);
+
+    BusChannel channels_[kChannelCount];
+    std::unique_ptr<TrafficSource> traffic_;
+    const bool busTime_;
+    const BusTime vehicleDelay_;
+    bool vehiclePresent_ = false; // from the first channel's start to the last one's end
+    bool vehicleHeard_ = false;   // it speaks only while a channel understands it
+    BusSettings vehicleSettings_ = defaultBusSettings();
+    FrameCounts vehicleCounts_;
+    BusTime free_ = 0; // the end of the last frame
+};
