@@ -38,3 +38,10 @@ QByteArray TestFolder::read(const QString &relative) const
     QFile file(path(relative));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
+
+void TestFolder::copyCatalogues() const
+{
+    for (const QString &name : settings::catalogueNames())
+        if (!QFile::copy(QStringLiteral(OSTREL_CATALOGUE_DIR "/") + name, path(QStringLiteral("language/") + name)))
+            qFatal("no catalogue %s", qPrintable(name));
+}
