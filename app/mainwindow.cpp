@@ -267,6 +267,8 @@ void MainWindow::openDeviceDialog()
     dialog.exec();
     deviceIndex_ = dialog.deviceIndex();
     logDriverNotices();
+    // At once, not at the next turn of the watch: a sender that starts now would keep it from seeing the device.
+    lookAtDevice();
     for (unsigned channel = 0; channel < kChannelCount; ++channel)
         channelDialogClosed(channel, dialog.channelOpened(channel));
 }
@@ -322,25 +324,29 @@ void MainWindow::upgradeFirmware()
     ::upgradeFirmware(static_cast<unsigned>(deviceIndex_), this);
 }
 
+void MainWindow::lookAtDevice()
+{
+    switch (deviceWatch_.look()) {
+    case DeviceWatch::Change::Gone:
+        deviceClosed();
+        if (openDialog_)
+            openDialog_->initDlg();
+        break;
+    case DeviceWatch::Change::Shown:
+        showTitle();
+        break;
+    case DeviceWatch::Change::None:
+        break;
+    }
+}
+
 void MainWindow::watchDevice()
 {
     bool sending = false;
     for (const Channel &channel : channels_)
         sending = sending || channel.sender->isRunning();
-    if (!sending) {
-        switch (deviceWatch_.look()) {
-        case DeviceWatch::Change::Gone:
-            deviceClosed();
-            if (openDialog_)
-                openDialog_->initDlg();
-            break;
-        case DeviceWatch::Change::Shown:
-            showTitle();
-            break;
-        case DeviceWatch::Change::None:
-            break;
-        }
-    }
+    if (!sending)
+        lookAtDevice();
     receiveView_->showRates();
     logDriverNotices();
     for (const QString &line : lossReport_.secondPassed())

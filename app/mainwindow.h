@@ -77,6 +77,7 @@ private:
     void applyTuning(const QString &text, int index);
     void idNotContinuous(uint lastID, uint ID);
 
+    void lookAtDevice();
     void watchDevice();
     void refreshDisplay();
     void showTitle();

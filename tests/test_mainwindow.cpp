@@ -11,10 +11,12 @@
 #include "testfolder.h"
 #include "windowdriver.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QLineEdit>
+#include <QMenu>
 #include <QTableView>
 #include <QThread>
 #include <QtTest>
@@ -143,7 +145,8 @@ private slots:
         for (int i = 0; i < kFrames; ++i) {
             const bool extended = i % 3 == 1;
             const bool remote = i % 7 == 3;
-            const QString id = QString::number(extended ? 0x10000 + i : i, 16).rightJustified(extended ? 8 : 3, '0').toUpper();
+            const QString id =
+                QString::number(extended ? 0x10000 + i : i, 16).rightJustified(extended ? 8 : 3, '0').toUpper();
             const int length = remote ? 0 : i % 9;
             QString data;
             QString dataText = "x| ";
@@ -169,6 +172,7 @@ private slots:
         Scene scene(options);
         WindowDriver &user = *scene.user;
         const QString path = scene.folder.path("capture.csv");
+        user.click("cleanListBtn"); // numbers start at 1
         user.startCapture(path);
         QVERIFY(user.openEverything());
         QTRY_VERIFY_WITH_TIMEOUT(user.number("ch2RecvCount") > 3 * kFrames, 20000);
@@ -178,7 +182,8 @@ private slots:
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly | QIODevice::Text));
         QByteArray content = file.readAll();
-        QVERIFY(content.startsWith("\xEF\xBB\xBF" "序号,系统时间,"));
+        QVERIFY(content.startsWith("\xEF\xBB\xBF"
+                                   "序号,系统时间,"));
         const QList<QByteArray> lines = content.split('\n');
         int taken[2] = {0, 0};
         int index = 0;

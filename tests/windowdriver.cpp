@@ -30,26 +30,26 @@ void clickIn(QDialog *dialog, const char *name)
 }
 } // namespace
 
-QObject *WindowDriver::tryFind(const char *name) const
+QObject *WindowDriver::tryFind(const QByteArray &name) const
 {
-    return window_.findChild<QObject *>(QLatin1String(name));
+    return window_.findChild<QObject *>(QString::fromLatin1(name));
 }
 
-void WindowDriver::trigger(const char *action) const
+void WindowDriver::trigger(const QByteArray &action) const
 {
     find<QAction>(action)->trigger();
 }
 
-void WindowDriver::click(const char *button) const
+void WindowDriver::click(const QByteArray &button) const
 {
     // As the keyboard does it: a check box answers a click on its indicator only.
     auto *target = find<QAbstractButton>(button);
     if (!target->isEnabled())
-        qFatal("%s is disabled", button);
+        qFatal("%s is disabled", button.constData());
     target->click();
 }
 
-quint64 WindowDriver::number(const char *label) const
+quint64 WindowDriver::number(const QByteArray &label) const
 {
     return find<QLabel>(label)->text().toULongLong();
 }

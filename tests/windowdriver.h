@@ -14,17 +14,17 @@ public:
     explicit WindowDriver(MainWindow &window) : window_(window) {}
 
     // A widget of the window by its name; it must exist.
-    template <typename Widget> Widget *find(const char *name) const
+    template <typename Widget> Widget *find(const QByteArray &name) const
     {
         auto *widget = tryFind(name);
         if (!qobject_cast<Widget *>(widget))
-            qFatal("no %s of the right kind", name);
+            qFatal("no %s of the right kind", name.constData());
         return qobject_cast<Widget *>(widget);
     }
-    void trigger(const char *action) const;
-    void click(const char *button) const;
+    void trigger(const QByteArray &action) const;
+    void click(const QByteArray &button) const;
     // The number that a label begins with.
-    quint64 number(const char *label) const;
+    quint64 number(const QByteArray &label) const;
     QString log() const;
     int rows() const; // of the frame list
 
@@ -39,7 +39,7 @@ public:
     ModalAnswer &modal() { return modal_; }
 
 private:
-    QObject *tryFind(const char *name) const;
+    QObject *tryFind(const QByteArray &name) const;
 
     MainWindow &window_;
     ModalAnswer modal_;
