@@ -2,6 +2,7 @@
 
 #include "app/columntitles.h"
 #include "app/rowheader.h"
+#include "device/driver/wirerecords.h"
 #include "frames/frametexts.h"
 
 #include <QAccessible>
@@ -12,10 +13,11 @@
 
 namespace
 {
-constexpr int kRowPadding = 6;                                   // pixels at 96 DPI, above and below the text together
-constexpr int kDataPrefix = 3;                                   // characters of "x| "
-constexpr int kCharactersPerByte = 3;                            // two digits and a blank
-constexpr int kUsualData = kDataPrefix + 8 * kCharactersPerByte; // room that the data column always has
+constexpr int kRowPadding = 6;        // pixels at 96 DPI, above and below the text together
+constexpr int kDataPrefix = 3;        // characters of "x| "
+constexpr int kCharactersPerByte = 3; // two digits and a blank
+constexpr int kUsualData =
+    kDataPrefix + int(kClassicDataBytes) * kCharactersPerByte; // room that the data column always has
 
 // Texts as long as a column's usually get, in every language: a switch then moves no column.
 QStringList samples(int column)
@@ -68,12 +70,18 @@ int widest(const QFontMetrics &metrics, const QStringList &texts)
 // Width of a data text of so many characters, whatever its digits are.
 int dataTextWidth(const QFontMetrics &metrics, int characters)
 {
-    int digit = 0;
-    for (const char c : "0123456789ABCDEF")
-        digit = qMax(digit, metrics.horizontalAdvance(QLatin1Char(c)));
+    QString widestByte;
+    int width = 0;
+    for (const char c : {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'A', 'B', 'C', 'D', 'E', 'F'}) {
+        const QString byte = QString(2, QLatin1Char(c)) + QLatin1Char(' ');
+        const int advance = metrics.horizontalAdvance(byte.repeated(kClassicDataBytes)); // advances may be fractions
+        if (advance > width) {
+            width = advance;
+            widestByte = byte;
+        }
+    }
     const int bytes = (qMax(characters, kUsualData) - kDataPrefix) / kCharactersPerByte;
-    return metrics.horizontalAdvance(QStringLiteral("x| ")) +
-           bytes * (2 * digit + metrics.horizontalAdvance(QLatin1Char(' ')));
+    return metrics.horizontalAdvance(QLatin1String("x| ") + widestByte.repeated(bytes));
 }
 } // namespace
 

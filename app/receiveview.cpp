@@ -70,7 +70,7 @@ void ReceiveView::runRound(bool capturing)
     }
     if (capturing)
         capture_.writeRound();
-    show(shown);
+    display(shown);
     statistics_.add(counts);
 }
 
@@ -104,7 +104,7 @@ void ReceiveView::takeBatch(QList<ModelItem> &frames, FrameStatistics::Counter c
         return;
     if (merge_)
         filter_->clearAll();
-    show(shown);
+    display(shown);
 }
 
 bool ReceiveView::isCapturing() const
@@ -118,7 +118,7 @@ bool ReceiveView::isPaused() const
 }
 
 // Moves the texts of the frames into the table; of more than the limit, those of the last ones.
-void ReceiveView::show(const Frames &frames)
+void ReceiveView::display(const Frames &frames)
 {
     if (frames.empty())
         return;

@@ -71,7 +71,7 @@ private:
     void takeBatch(QList<ModelItem> &frames, FrameStatistics::Counter counter);
     bool isCapturing() const;
     bool isPaused() const;
-    void show(const Frames &frames);
+    void display(const Frames &frames);
     void scrollToEnd();
     void selectCurrentRow();
     void startCapture();

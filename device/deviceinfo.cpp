@@ -8,6 +8,8 @@
 
 #include <QDebug>
 
+#include <algorithm>
+
 void showDeviceInfo(QWidget *parent)
 {
     qDebug("getdeviceInfo");
@@ -21,4 +23,16 @@ void showDeviceInfo(QWidget *parent)
         return;
     }
     INfDialog(record, parent).exec();
+}
+
+QString printableText(QString text)
+{
+    std::replace_if(
+        text.begin(), text.end(), [](QChar c) { return !c.isPrint(); }, QLatin1Char(' '));
+    return text;
+}
+
+QString deviceInfoTitle()
+{
+    return printableText(deviceInfoText().remove(QChar(0)));
 }

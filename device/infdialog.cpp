@@ -1,5 +1,6 @@
 #include "device/infdialog.h"
 
+#include "device/deviceinfo.h"
 #include "device/devicelayer.h"
 #include "dialogs/dialogscaler.h"
 #include "ui_infdialog.h"
@@ -35,9 +36,9 @@ void INfDialog::showRecord(const DeviceInfoRecord &record)
     ui->labelinVersion->setText(versionText(record.interfaceVersion));
     ui->labelirqNum->setText(QString::number(record.irqNumber));
     ui->labelcanNum->setText(QString::number(record.channelCount));
-    ui->labelSerialNum->setText(QString::fromLatin1(record.serialNumber, sizeof record.serialNumber));
-    ui->labelhwType->setText(terminatedText(record.hardwareType));
-    qDebug().noquote() << terminatedText(record.serialNumber);
+    ui->labelSerialNum->setText(printableText(QString::fromLatin1(record.serialNumber, sizeof record.serialNumber)));
+    ui->labelhwType->setText(printableText(terminatedText(record.hardwareType)));
+    qDebug().noquote() << printableText(terminatedText(record.serialNumber));
 }
 
 void INfDialog::on_pushButton_clicked()

@@ -1,6 +1,7 @@
 #include "device/opendlg.h"
 
 #include "device/channelparameters.h"
+#include "device/deviceinfo.h"
 #include "device/devicelayer.h"
 #include "device/language.h"
 #include "device/paradialog.h"
@@ -42,7 +43,7 @@ bool OpenDlg::channelOpened(unsigned channel) const
 
 void OpenDlg::readInfo()
 {
-    info_ = deviceInfoText().remove(QChar(0));
+    info_ = deviceInfoTitle();
 }
 
 void OpenDlg::initDlg()

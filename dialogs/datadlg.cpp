@@ -41,6 +41,8 @@ DataDlg::DataDlg(const QByteArray &data, uint length, QWidget *parent)
     setWindowFlag(Qt::WindowContextHelpButtonHint, false);
     ui_->lengthLabel->setText(QString::number(length));
     ui_->tableWidget->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    for (int column : {HexColumn, DecimalColumn})
+        ui_->tableWidget->horizontalHeader()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
     ui_->tableWidget->setRowCount(static_cast<int>(length));
     for (int row = 0; row < ui_->tableWidget->rowCount(); ++row) {
         makeRow(row);
@@ -119,4 +121,6 @@ void DataDlg::changeEvent(QEvent *event)
     QDialog::changeEvent(event);
     if (event->type() == QEvent::LanguageChange)
         ui_->retranslateUi(this);
+    else if (event->type() == QEvent::FontChange)
+        ui_->tableWidget->horizontalHeader()->setFont(font()); // once it has columns a header inherits no font
 }

@@ -1,6 +1,7 @@
 #include "dialogs/dialogscaler.h"
 
 #include <QGuiApplication>
+#include <QHeaderView>
 #include <QLayout>
 #include <QScreen>
 #include <QWidget>
@@ -34,6 +35,9 @@ void DialogScaler::scaleTo(qreal logicalDpi)
     QFont font = dialog_->font();
     font.setPixelSize(qMax(1, qRound(kDesignFontPixels * factor)));
     dialog_->setFont(font);
+    // Headers of tables keep the application's font when only a grandparent's changes.
+    for (QHeaderView *header : dialog_->findChildren<QHeaderView *>())
+        header->setFont(font);
     if (!dialog_->layout()) {
         for (auto child = designGeometry_.cbegin(); child != designGeometry_.cend(); ++child) {
             const QRect &design = child.value();

@@ -67,3 +67,11 @@ void ModalAnswer::refuse(QDialog *dialog)
     unexpected_.append(QString::fromLatin1(dialog->metaObject()->className()));
     dialog->reject();
 }
+
+void pressButton(QWidget *window, const char *name)
+{
+    auto *button = window->findChild<QAbstractButton *>(QLatin1String(name));
+    if (!button || !button->isEnabled())
+        qFatal("no enabled button %s", name);
+    button->click();
+}

@@ -55,3 +55,6 @@ private:
     QList<int> icons_;
     QStringList unexpected_;
 };
+
+// Clicks the button with this object name; ends the test program when there is none or it is disabled.
+void pressButton(QWidget *window, const char *name);

@@ -1,0 +1,37 @@
+// Frames as the workers hand them over.
+#pragma once
+
+#include "frames/framebuilder.h"
+#include "frames/mytablemodel.h"
+
+// A classic received frame with one data byte.
+inline ModelItem receivedFrame(std::uint32_t id, std::uint8_t data = 0, unsigned channel = 0)
+{
+    QList<ModelItem> batch;
+    CanReceiveRecord record{};
+    record.id = id;
+    record.length = 1;
+    record.data[0] = data;
+    appendItem(batch, record, channel);
+    return batch.first();
+}
+
+inline ModelItem sentFrame(std::uint32_t id, std::uint8_t data = 0, unsigned channel = 0)
+{
+    QList<ModelItem> batch;
+    CanTransmitRecord record{};
+    record.id = id;
+    record.length = 1;
+    record.data[0] = data;
+    appendItem(batch, record, channel);
+    return batch.first();
+}
+
+// The texts of one column, row by row.
+inline QStringList columnTexts(const MyTableModel &model, int column)
+{
+    QStringList texts;
+    for (int row = 0; row < model.rowCount(); ++row)
+        texts << model.cellText(row, column);
+    return texts;
+}

@@ -1,0 +1,148 @@
+#include "device/filterdialog.h"
+#include "device/language.h"
+#include "modalhelper.h"
+#include "testfolder.h"
+
+#include <QComboBox>
+#include <QSpinBox>
+#include <QTableWidget>
+#include <QtTest>
+
+enum SelectorIndex { StandardRange, StandardSingle, ExtendedRange, ExtendedSingle };
+
+class TestFilterDialog : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<TestFolder> folder_;
+
+    static QSpinBox *spin(const FilterDialog &dialog, const char *name)
+    {
+        return dialog.findChild<QSpinBox *>(QLatin1String(name));
+    }
+    static void add(FilterDialog &dialog, SelectorIndex kind, int start, int end)
+    {
+        dialog.findChild<QComboBox *>("comboBox")->setCurrentIndex(kind);
+        spin(dialog, "spinBoxStart")->setValue(start);
+        spin(dialog, "spinBoxEnd")->setValue(end);
+        pressButton(&dialog, "btnAdd");
+    }
+    static QString confirmed(FilterDialog &dialog)
+    {
+        pressButton(&dialog, "btnConfirm");
+        return dialog.result() == QDialog::Accepted ? dialog.rowText() : QString("not accepted");
+    }
+
+private slots:
+    void init() { folder_ = std::make_unique<TestFolder>(); }
+    void cleanup() { folder_.reset(); }
+
+    void rowTextInAndOut_data()
+    {
+        QTest::addColumn<QString>("in");
+        QTest::addColumn<QString>("out");
+        for (const char *kept : {"", "0-100-1FF|1-18FF0000-18FF00FF", "0-1-1|0-1-10", "0-zz-900"})
+            QTest::newRow(qPrintable("kept: " + QString(kept))) << kept << kept;
+        QTest::newRow("contained in an earlier row") << "0-1-10|0-1-1"
+                                                     << "0-1-10";
+        QTest::newRow("contained, but of the other kind") << "0-1-10|1-1-1"
+                                                          << "0-1-10|1-1-1";
+        QTest::newRow("twice") << "1-2-3|1-2-3|0-2-3"
+                               << "1-2-3|0-2-3";
+        QTest::newRow("broken rows") << "|0|0-1|0-1-2-3|5-1-2|x-1-2|-1-2|0-7-8|"
+                                     << "0-7-8";
+        QTest::newRow("separators only") << "|-|--|"
+                                         << "";
+    }
+    void rowTextInAndOut()
+    {
+        QFETCH(QString, in);
+        QFETCH(QString, out);
+        for (unsigned code = 0; code < LanguageCount; ++code) {
+            setLanguageCode(code);
+            FilterDialog dialog(1, in);
+            QCOMPARE(confirmed(dialog), out);
+        }
+    }
+
+    void textsOfTheThreeLanguages()
+    {
+        const QStringList titles{"通道2滤波设置", "通道2濾波設置", "Channel2 filter set"};
+        const QStringList standard{"标准帧", "標準幀", "Standard Frame"};
+        const QStringList extended{"扩展帧", "擴展幀", "Extended Frame"};
+        const QStringList errors{"错误|结束ID不可小于起始ID", "錯誤|結束ID不可小於起始ID",
+                                 "error|The end ID cannot be less than the start ID"};
+        FilterDialog dialog(2, "0-1-2|1-3-4");
+        const auto *table = dialog.findChild<QTableWidget *>("tableWidget");
+        for (int code = 0; code < int(LanguageCount); ++code) {
+            ModalAnswer answers;
+            setLanguageCode(unsigned(code));
+            QEvent change(QEvent::LanguageChange);
+            QCoreApplication::sendEvent(&dialog, &change);
+            QCOMPARE(dialog.windowTitle(), titles.at(code));
+            QCOMPARE(table->item(0, 0)->text(), standard.at(code));
+            QCOMPARE(table->item(1, 0)->text(), extended.at(code));
+            add(dialog, ExtendedRange, 9, 8);
+            QCOMPARE(answers.messages(), QStringList{errors.at(code)});
+            QCOMPARE(table->rowCount(), 2);
+            QCOMPARE(spin(dialog, "spinBoxStart")->value(), 9);
+        }
+        QCOMPARE(confirmed(dialog), QString("0-1-2|1-3-4"));
+    }
+
+    void addingAndDeleting()
+    {
+        FilterDialog dialog(1, "0-1-2");
+        add(dialog, StandardRange, 0x10, 0x7FF);
+        add(dialog, StandardSingle, 0xAB, 0x1);
+        add(dialog, ExtendedRange, 0x18FF0000, 0x1FFFFFFF);
+        add(dialog, ExtendedSingle, 0x1ABCDEF, 0);
+        auto *table = dialog.findChild<QTableWidget *>("tableWidget");
+        table->setCurrentCell(0, 1);
+        pressButton(&dialog, "btnDelete");
+        QCOMPARE(confirmed(dialog), QString("0-10-7FF|0-AB-AB|1-18FF0000-1FFFFFFF|1-1ABCDEF-1ABCDEF"));
+
+        FilterDialog none(1, "0-1-2");
+        none.findChild<QTableWidget *>("tableWidget")->setCurrentCell(0, 0);
+        pressButton(&none, "btnDelete");
+        pressButton(&none, "btnDelete"); // no row left
+        QCOMPARE(confirmed(none), QString());
+
+        FilterDialog left(1, "0-1-2");
+        add(left, StandardSingle, 5, 5);
+        pressButton(&left, "btnCancel");
+        QCOMPARE(left.result(), int(QDialog::Rejected));
+        QCOMPARE(left.rowText(), QString("0-1-2"));
+    }
+
+    void theKindSetsTheLimits()
+    {
+        FilterDialog dialog(1, "");
+        auto *kind = dialog.findChild<QComboBox *>("comboBox");
+        QSpinBox *start = spin(dialog, "spinBoxStart");
+        QSpinBox *end = spin(dialog, "spinBoxEnd");
+        const int maximum[] = {0x7FF, 0x7FF, 0x1FFFFFFF, 0x1FFFFFFF};
+        for (int index : {3, 2, 1, 0}) {
+            kind->setCurrentIndex(index);
+            QCOMPARE(start->maximum(), maximum[index]);
+            QCOMPARE(end->maximum(), maximum[index]);
+            QCOMPARE(end->isEnabled(), index % 2 == 0);
+        }
+        kind->setCurrentIndex(ExtendedRange);
+        start->setValue(0x1234567);
+        kind->setCurrentIndex(StandardRange);
+        QCOMPARE(start->text(), QString("7FF"));
+        dialog.show();
+        start->selectAll();
+        QTest::keyClicks(start, "3ag");
+        QCOMPARE(start->text().toUpper(), QString("3A"));
+        end->setValue(0x7FF);
+        QTest::keyClicks(start, "ff"); // past the limit: not taken
+        pressButton(&dialog, "btnAdd");
+        QVERIFY(start->value() <= 0x7FF);
+    }
+};
+
+QTEST_MAIN(TestFilterDialog)
+#include "test_filterdialog.moc"

@@ -1,0 +1,345 @@
+#include "app/displayfilter.h"
+#include "app/frametableview.h"
+#include "app/receiveview.h"
+#include "device/language.h"
+#include "frames/framecounter.h"
+#include "frames/pendingframes.h"
+#include "modalhelper.h"
+#include "sampleframes.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTranslator>
+#include <QtTest>
+
+namespace
+{
+// Answers every text of the form, so that a switch visibly replaces them.
+class EveryText : public QTranslator
+{
+public:
+    QString translate(const char *context, const char *, const char *, int) const override
+    {
+        return qstrcmp(context, "ReceiveView") == 0 ? QStringLiteral("translated") : QString();
+    }
+    bool isEmpty() const override { return false; }
+};
+} // namespace
+
+class TestReceiveView : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir dir_;
+    std::unique_ptr<ReceiveView> view_;
+
+    MyTableModel &model() const { return *view_->model(); }
+    FrameTableView *table() const { return view_->findChild<FrameTableView *>("tableView"); }
+    DisplayFilter *filter() const { return view_->findChild<DisplayFilter *>(); }
+    QCheckBox *box(const char *name) const { return view_->findChild<QCheckBox *>(name); }
+    void press(const char *name) const { view_->findChild<QPushButton *>(name)->click(); }
+    QString label(const char *name) const { return view_->findChild<QLabel *>(name)->text(); }
+    QStringList totals() const
+    {
+        return {label("ch1RecvCount"), label("ch2RecvCount"), label("ch1SendCount"), label("ch2SendCount")};
+    }
+    QStringList rates() const
+    {
+        return {label("ch1RecvRate"), label("ch2RecvRate"), label("ch1SendRate"), label("ch2SendRate")};
+    }
+    void frames(const QList<ModelItem> &batch) const
+    {
+        appendPendingFrames(batch);
+        view_->refresh();
+    }
+    static QList<ModelItem> run(int count, std::uint32_t firstId = 0)
+    {
+        QList<ModelItem> batch;
+        for (int i = 0; i < count; ++i)
+            batch << receivedFrame(firstId + static_cast<std::uint32_t>(i), static_cast<std::uint8_t>(i));
+        return batch;
+    }
+    QStringList indexes() const { return columnTexts(model(), IndexColumn); }
+    QStringList ids() const { return columnTexts(model(), IdColumn); }
+
+    void startCapture(const QString &path, int mode) const
+    {
+        ModalAnswer answer;
+        answer.on<savefileDlg>([&](savefileDlg *dialog) {
+            dialog->findChild<QLineEdit *>("pathEdit")->setText(path);
+            dialog->findChild<QComboBox *>("modeBox")->setCurrentIndex(mode);
+            dialog->findChild<QPushButton *>(path.isEmpty() ? "cancelBtn" : "okBtn")->click();
+        });
+        box("checkBox")->click();
+        QCOMPARE(answer.stepsLeft(), 0);
+    }
+    // The index column of a capture's rows; titles as "#".
+    static QString captured(const QString &path)
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+            return "unreadable";
+        QStringList lines = QString::fromUtf8(file.readAll()).split('\n');
+        if (!lines.takeLast().isEmpty())
+            return "torn";
+        for (QString &line : lines)
+            line = line.contains("=\"") ? line.section(',', 0, 0) : "#";
+        return lines.join(' ');
+    }
+
+private slots:
+    void init()
+    {
+        setLanguageCode(SimplifiedChinese);
+        takePendingFrames();
+        resetFrameCounter();
+        view_ = std::make_unique<ReceiveView>();
+        view_->resize(1000, 500);
+        view_->show();
+        QVERIFY(QTest::qWaitForWindowExposed(view_.get()));
+    }
+    void cleanup() { view_.reset(); }
+
+    void aRoundNumbersCountsAndShows()
+    {
+        view_->refresh();
+        QCOMPARE(model().rowCount(), 0);
+        frames({receivedFrame(1), sentFrame(2), receivedFrame(3, 0, 1), sentFrame(4, 0, 1), receivedFrame(5)});
+        QCOMPARE(indexes(), QStringList({"1", "2", "3", "4", "5"}));
+        QCOMPARE(ids(), QStringList({"0x001", "0x002", "0x003", "0x004", "0x005"}));
+        QVERIFY(QTime::fromString(model().cellText(0, SystemTimeColumn), "hh:mm:ss.zzz").isValid());
+        QCOMPARE(totals(), QStringList({"2", "1", "1", "1"}));
+        QCOMPARE(rates(), QStringList({"0/s;", "0/s;", "0/s;", "0/s;"}));
+        view_->showRates();
+        QCOMPARE(rates(), QStringList({"2/s;", "1/s;", "1/s;", "1/s;"}));
+        frames(run(3));
+        press("pushButton");
+        QCOMPARE(totals(), QStringList({"0", "0", "0", "0"}));
+        QCOMPARE(rates().first(), QString("2/s;"));
+        view_->showRates();
+        QCOMPARE(rates(), QStringList({"3/s;", "0/s;", "0/s;", "0/s;"}));
+
+        view_->findChild<QLabel *>("ch1RecvCount")->setText("no number");
+        frames(run(2));
+        QCOMPARE(totals().first(), QString("2"));
+        press("cleanListBtn");
+        QCOMPARE(model().rowCount(), 0);
+        frames(run(1));
+        QCOMPARE(indexes(), QStringList{"1"});
+    }
+
+    void theLimitKeepsTheLastRows()
+    {
+        view_->setListLimit(5);
+        frames(run(3));
+        table()->setCurrentIndex(model().index(2, 0));
+        frames(run(2));
+        QCOMPARE(table()->currentIndex().row(), 2);
+        frames(run(4));
+        QCOMPARE(indexes(), QStringList({"5", "6", "7", "8", "9"}));
+        QVERIFY(!table()->currentIndex().isValid());
+        QVERIFY(!table()->selectionModel()->hasSelection());
+        frames(run(12));
+        QCOMPARE(indexes(), QStringList({"17", "18", "19", "20", "21"}));
+        QCOMPARE(totals().first(), QString("21"));
+        view_->setListLimit(2);
+        frames(run(1));
+        QCOMPARE(indexes(), QStringList({"21", "22"}));
+        view_->setListLimit(0); // is taken as 1
+        frames(run(1));
+        QCOMPARE(indexes(), QStringList{"23"});
+    }
+
+    void pauseCountsButDoesNotShow()
+    {
+        frames(run(2));
+        box("pauseBox")->setChecked(true);
+        frames(run(3));
+        QCOMPARE(model().rowCount(), 2);
+        QCOMPARE(totals().first(), QString("5"));
+        box("pauseBox")->setChecked(false);
+        frames(run(1));
+        QCOMPARE(indexes(), QStringList({"1", "2", "6"}));
+    }
+
+    void theNewestRowStaysInSight()
+    {
+        frames(run(300));
+        QScrollBar *bar = table()->verticalScrollBar();
+        QCOMPARE(table()->rowAt(table()->viewport()->height() - 5), 299);
+        bar->setValue(0);
+        frames(run(1));
+        QCOMPARE(bar->value(), bar->maximum());
+        bar->setSliderDown(true); // the user reads back
+        bar->setSliderPosition(10);
+        frames(run(1));
+        QCOMPARE(bar->value(), 10);
+        bar->setSliderDown(false);
+        frames(run(1));
+        QCOMPARE(bar->value(), bar->maximum());
+    }
+
+    void mergingKeepsOneRowPerIdentifier()
+    {
+        frames(run(4));
+        filter()->setCondition({"0x002"}, IdColumn);
+        view_->setMerge(true);
+        QCOMPARE(model().rowCount(), 0);
+        QVERIFY(model().filter(IdColumn).isEmpty());
+        frames({receivedFrame(1, 1), receivedFrame(2, 2), sentFrame(1, 3), receivedFrame(1, 4, 1)});
+        QCOMPARE(indexes(), QStringList({"1", "2", "3", "4"}));
+        QTest::mouseClick(table()->viewport(), Qt::LeftButton, {}, table()->visualRect(model().index(1, 3)).center());
+        for (int round = 0; round < 3; ++round) {
+            frames({receivedFrame(2, 9), receivedFrame(1, 8)});
+            QVERIFY(table()->selectionModel()->isRowSelected(1, QModelIndex()));
+        }
+        QCOMPARE(columnTexts(model(), DataColumn), QStringList({"x| 08 ", "x| 09 ", "x| 03 ", "x| 04 "}));
+        QCOMPARE(indexes(), QStringList({"10", "9", "3", "4"}));
+        view_->setMerge(false);
+        frames(run(1));
+        QCOMPARE(model().rowCount(), 5);
+    }
+
+    void filteredFramesAreCountedOnly()
+    {
+        frames(run(3));
+        filter()->setCondition({"0x001"}, IdColumn);
+        frames(run(3));
+        QCOMPARE(indexes(), QStringList({"1", "2", "3", "5"}));
+        QCOMPARE(totals().first(), QString("6"));
+        QVERIFY(table()->isRowHidden(0) && !table()->isRowHidden(1) && table()->isRowHidden(2));
+        press("pushButton_2");
+        QVERIFY(!table()->isRowHidden(0));
+        QVERIFY(model().filter(IdColumn).isEmpty());
+    }
+
+    void captureWithAFilter_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("rows");
+        QTest::newRow("all") << 0 << "# 1 2 3 4 5 6 7 8";
+        QTest::newRow("filtered") << 1 << "# 2 5 8";
+    }
+    void captureWithAFilter()
+    {
+        QFETCH(int, mode);
+        QFETCH(QString, rows);
+        const QString path = dir_.filePath(QString("mode%1.csv").arg(mode));
+        startCapture(path, mode);
+        filter()->setCondition({"0x001"}, IdColumn);
+        frames(run(3));
+        box("pauseBox")->setChecked(true);
+        frames(run(3));
+        QCOMPARE(model().rowCount(), 1);
+        appendPendingFrames(run(2)); // what is still pending when the box is unticked belongs to the capture
+        box("checkBox")->click();
+        QCOMPARE(captured(path), rows);
+        QCOMPARE(totals().first(), QString("8"));
+        frames(run(3));
+        QCOMPARE(captured(path), rows);
+    }
+
+    void captureAppendsAndIsDrainedAtTheEnd()
+    {
+        const QString path = dir_.filePath("twice.csv");
+        startCapture(path, 0);
+        frames(run(2));
+        box("checkBox")->click();
+        startCapture(path, 0);
+        appendPendingFrames(run(2));
+        view_->closeCapture();
+        QCOMPARE(captured(path), QString("# 1 2 # 3 4"));
+        box("checkBox")->click();
+        startCapture(path, 0);
+        appendPendingFrames(run(1));
+        view_.reset();
+        QCOMPARE(captured(path), QString("# 1 2 # 3 4 # 5"));
+    }
+
+    void noPathNoCapture()
+    {
+        startCapture(QString(), 1);
+        QVERIFY(!box("checkBox")->isChecked());
+        QSignalSpy log(view_.get(), &ReceiveView::logLine);
+        startCapture(dir_.filePath("missing/x.csv"), 0); // not reported
+        QVERIFY(box("checkBox")->isChecked());
+        frames(run(2));
+        QCOMPARE(model().rowCount(), 2);
+        QCOMPARE(log.count(), 0);
+    }
+
+#ifdef Q_OS_LINUX
+    void aFullDiskIsLogged()
+    {
+        QSignalSpy log(view_.get(), &ReceiveView::logLine);
+        startCapture("/dev/full", 0);
+        frames(run(2));
+        frames(run(2));
+        QCOMPARE(log.count(), 1);
+        QCOMPARE(model().rowCount(), 4);
+    }
+#endif
+
+    void batchSlots()
+    {
+        const QString path = dir_.filePath("batch.csv");
+        startCapture(path, 1);
+        filter()->setCondition({"0x002"}, IdColumn);
+        ModelItem bare = receivedFrame(0x7A);
+        bare.idText = "1a";
+        bare.dataText = "00 1f";
+        view_->recvData({bare, bare}, 1);
+        view_->sendedData({bare}, 0);
+        QCOMPARE(totals(), QStringList({"0", "2", "1", "0"}));
+        QCOMPARE(ids(), QStringList({"0x1A", "0x1A", "0x1A"}));
+        QCOMPARE(model().cellText(0, DataColumn), QString("x| 00 1F"));
+        QCOMPARE(indexes(), QStringList({"1", "2", "3"}));
+        QVERIFY(table()->isRowHidden(0));
+        QCOMPARE(captured(path), QString("# 1 2 3"));
+        box("pauseBox")->setChecked(true);
+        view_->recvData({bare}, 0);
+        QCOMPARE(model().rowCount(), 3);
+        QCOMPARE(captured(path), QString("# 1 2 3 4"));
+        box("pauseBox")->setChecked(false);
+
+        view_->setListLimit(4);
+        view_->recvData({bare, bare}, 0);
+        QCOMPARE(indexes(), QStringList({"2", "3", "5", "6"}));
+        view_->setMerge(true);
+        filter()->setCondition({"0x002"}, IdColumn);
+        view_->recvData({bare, bare}, 0);
+        QVERIFY(model().filter(IdColumn).isEmpty());
+        QCOMPARE(model().rowCount(), 1);
+    }
+
+    void aLanguageSwitchKeepsLiveTexts()
+    {
+        frames(run(3));
+        view_->showRates();
+        box("pauseBox")->setChecked(true);
+        filter()->setCondition({"0x001"}, IdColumn);
+        QCOMPARE(model().header().at(IdColumn), QString("ID*"));
+        EveryText translator;
+        QCoreApplication::installTranslator(&translator);
+        QTRY_COMPARE(box("pauseBox")->text(), QString("translated"));
+        setLanguageCode(English);
+        view_->setHeaderTexts();
+        QCOMPARE(totals().first(), QString("3"));
+        QCOMPARE(rates().first(), QString("3/s;"));
+        QVERIFY(box("pauseBox")->isChecked());
+        QCOMPARE(model().header(), QStringList({"index", "system time", "time stamp", "channel", "Rx/Tx", "ID", "Frame",
+                                                "type", "DLC", "CAN-FD", "data"}));
+        QCOMPARE(table()->isRowHidden(0), true); // the condition holds although its mark went
+        QCoreApplication::removeTranslator(&translator);
+    }
+};
+
+QTEST_MAIN(TestReceiveView)
+#include "test_receiveview.moc"
