@@ -1,4 +1,5 @@
 // The parts of the SocketCAN driver that need no CAN interface.
+#include "device/driver/driverfactory.h"
 #include "device/driver/socketcan/canframes.h"
 #include "device/driver/socketcan/frameclock.h"
 #include "device/driver/socketcan/socketcandriver.h"
@@ -148,6 +149,19 @@ private slots:
         QVERIFY(info.firmwareVersion >= 0xF000);
         QCOMPARE(int(info.irqNumber), 17);
         QCOMPARE(int(info.channelCount), 2);
+    }
+
+    void choices()
+    {
+        const std::string simulated = makeDriver("simulated")->deviceNames().front();
+        QCOMPARE(makeDriver("socketcan:can7,can8")->deviceNames(), std::vector<std::string>{"can7 + can8"});
+        QCOMPARE(makeDriver("socketcan:,can7")->deviceNames(), std::vector<std::string>{"can7"});
+        QCOMPARE(makeDriver("socketcan")->deviceNames().size(), (canInterfaces().size() + 1) / 2);
+        for (const char *choice : {"", "socketcan:can0,can1,can2"}) { // the platform's own list
+            const auto names = makeDriver(choice)->deviceNames();
+            QCOMPARE(names.size(), (canInterfaces().size() + 1) / 2 + 1);
+            QCOMPARE(names.back(), simulated);
+        }
     }
 
     void anInterfaceThatIsNotThere()

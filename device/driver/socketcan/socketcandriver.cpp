@@ -49,14 +49,14 @@ SocketCanDriver::ChannelPointer SocketCanDriver::channelOf(Handle handle) const
 
 // --- devices ----------------------------------------------------------------------------------------------------
 
-void SocketCanDriver::offer()
+void SocketCanDriver::offer(const std::vector<CanInterface> &all)
 {
     offered_.clear();
     if (!chosen_.empty()) {
         offered_.push_back(chosen_);
         return;
     }
-    for (const CanInterface &interface : canInterfaces()) {
+    for (const CanInterface &interface : all) {
         if (offered_.empty() || offered_.back().size() == kChannelCount)
             offered_.emplace_back();
         offered_.back().push_back(interface.name);
@@ -65,8 +65,9 @@ void SocketCanDriver::offer()
 
 std::vector<std::string> SocketCanDriver::deviceNames()
 {
+    const std::vector<CanInterface> all = canInterfaces();
     const std::lock_guard<std::mutex> lock(guard_);
-    offer();
+    offer(all);
     std::vector<std::string> names;
     for (const std::vector<std::string> &interfaceNames : offered_)
         names.push_back(deviceName(interfaceNames));
@@ -90,10 +91,9 @@ std::vector<DriverNotice> SocketCanDriver::takeNotices()
     return notices_.take();
 }
 
-// The open device's interfaces that exist, in channel order.
-std::vector<CanInterface> SocketCanDriver::interfacesNow() const
+// The open device's interfaces among all, in channel order.
+std::vector<CanInterface> SocketCanDriver::ownAmong(const std::vector<CanInterface> &all) const
 {
-    const std::vector<CanInterface> all = canInterfaces();
     std::vector<CanInterface> own;
     for (const std::string &name : names_)
         std::copy_if(all.begin(), all.end(), std::back_inserter(own),
@@ -101,23 +101,24 @@ std::vector<CanInterface> SocketCanDriver::interfacesNow() const
     return own;
 }
 
-bool SocketCanDriver::isPresent() const
+bool SocketCanDriver::isPresent(Handle device, const std::vector<CanInterface> &own) const
 {
-    const std::vector<CanInterface> now = interfacesNow();
-    return !now.empty() && std::all_of(std::begin(slots_), std::end(slots_), [&now](const Slot &slot) {
-        return !slot.channel || isStillThere(slot.channel->interface(), now);
-    });
+    return isOpen(device) && !own.empty() &&
+           std::all_of(std::begin(slots_), std::end(slots_), [&own](const Slot &slot) {
+               return !slot.channel || isStillThere(slot.channel->interface(), own);
+           });
 }
 
 Driver::Handle SocketCanDriver::OpenDevice(std::uint32_t deviceType, std::uint32_t deviceIndex, std::uint32_t)
 {
+    const std::vector<CanInterface> all = canInterfaces();
     const std::lock_guard<std::mutex> lock(guard_);
     if (offered_.empty())
-        offer();
+        offer(all);
     if (deviceType != kDeviceType || deviceIndex >= offered_.size() || device_ != 0)
         return 0;
     names_ = offered_[deviceIndex];
-    const std::vector<CanInterface> interfaces = interfacesNow();
+    const std::vector<CanInterface> interfaces = ownAmong(all);
     if (interfaces.empty()) {
         notices_.put(DriverNotice::Kind::InterfaceMissing, deviceName(names_));
         return 0;
@@ -171,16 +172,19 @@ std::uint32_t SocketCanDriver::ResetDriver()
 
 std::uint32_t SocketCanDriver::GetDeviceStatus(Handle device)
 {
+    const std::vector<CanInterface> all = canInterfaces(); // not under the lock: the workers need it
     const std::lock_guard<std::mutex> lock(guard_);
-    return isOpen(device) && isPresent() ? kStatusPresent : kStatusGone;
+    return isPresent(device, ownAmong(all)) ? kStatusPresent : kStatusGone;
 }
 
 std::uint32_t SocketCanDriver::GetDeviceInfo(Handle device, DeviceInfoRecord *record)
 {
+    const std::vector<CanInterface> all = canInterfaces();
     const std::lock_guard<std::mutex> lock(guard_);
-    if (!isOpen(device) || !record || !isPresent())
+    const std::vector<CanInterface> own = ownAmong(all);
+    if (!record || !isPresent(device, own))
         return kRefused;
-    *record = socketCanDeviceInfo(interfacesNow());
+    *record = socketCanDeviceInfo(own);
     return kDriverSuccess;
 }
 

@@ -55,11 +55,11 @@ private:
         AcceptanceFilter filter;
     };
 
-    void offer();
+    void offer(const std::vector<CanInterface> &all);
     Handle newHandle();
     bool isOpen(Handle device) const { return device != 0 && device == device_; }
-    bool isPresent() const;
-    std::vector<CanInterface> interfacesNow() const;
+    bool isPresent(Handle device, const std::vector<CanInterface> &own) const;
+    std::vector<CanInterface> ownAmong(const std::vector<CanInterface> &all) const;
     ChannelPointer channelOf(Handle handle) const;
     void tellLost(SocketCanChannel &channel, unsigned index);
     void retire(const ChannelPointer &channel, unsigned index);
