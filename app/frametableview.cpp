@@ -205,10 +205,12 @@ void FrameTableView::sync()
     if (frames_->rowCount() == 0)
         setLongestData(0);
     viewport()->update();
+#if QT_CONFIG(accessibility) // a Qt built without it is at hand for Windows
     if (QAccessible::isActive()) {
         QAccessibleTableModelChangeEvent event(this, QAccessibleTableModelChangeEvent::ModelReset);
         QAccessible::updateAccessibility(&event);
     }
+#endif
 }
 
 void FrameTableView::filterChanged()
