@@ -81,14 +81,14 @@ private slots:
         SendBench &b = *bench_;
         constexpr int kRuns = 10;
         int runs = 1;
-        // In the worker: the end is told long before run() returns.
-        connect(&b.thread2, &sendThread::endSend, [] { QThread::msleep(20); });
         connect(&b.thread2, &sendThread::endSend, &b.panel2, [&] {
             if (runs < kRuns) {
                 ++runs;
                 b.button(1, "SendBtn")->click();
             }
         });
+        // In the worker, after the end has been told: run() returns late.
+        connect(&b.thread2, &sendThread::endSend, [] { QThread::msleep(20); });
         b.button(1, "SendBtn")->click();
         QTRY_COMPARE(b.driver->sentCan(1).size(), std::size_t(kRuns));
         QTRY_COMPARE(states(), QString("idle, idle"));
@@ -181,7 +181,6 @@ private slots:
     {
         SendBench &b = *bench_;
         chooseFile(writeFrames(2), 1, 0);
-        connect(&b.thread1, &sendThread::endSend, [] { QThread::msleep(20); });
         bool again = true;
         connect(&b.thread1, &sendThread::endSend, &b.dialog, [&](uint channel) {
             if (channel != 0 || !std::exchange(again, false))
@@ -189,6 +188,7 @@ private slots:
             chooseFile(b.folder.path("frames.csv"), -1, kHourMs);
             dialogButton("pbSend")->click();
         });
+        connect(&b.thread1, &sendThread::endSend, [] { QThread::msleep(20); });
         dialogButton("pbSend")->click();
         QTRY_VERIFY(!again);
         QCoreApplication::processEvents();
