@@ -1,6 +1,7 @@
 #include "app/frametableview.h"
 
 #include "app/columntitles.h"
+#include "app/framecelldelegate.h"
 #include "app/rowheader.h"
 #include "device/driver/wirerecords.h"
 #include "frames/frametexts.h"
@@ -100,6 +101,7 @@ FrameTableView::Round::~Round()
 FrameTableView::FrameTableView(QWidget *parent) : QTableView(parent), rows_(new RowHeader(this))
 {
     setVerticalHeader(rows_);
+    setItemDelegate(new FrameCellDelegate(this));
     setCornerButtonEnabled(false);
     horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     horizontalHeader()->setHighlightSections(false);
@@ -203,10 +205,12 @@ void FrameTableView::sync()
     if (frames_->rowCount() == 0)
         setLongestData(0);
     viewport()->update();
+#if QT_CONFIG(accessibility) // a Qt built without it is at hand for Windows
     if (QAccessible::isActive()) {
         QAccessibleTableModelChangeEvent event(this, QAccessibleTableModelChangeEvent::ModelReset);
         QAccessible::updateAccessibility(&event);
     }
+#endif
 }
 
 void FrameTableView::filterChanged()
