@@ -1,0 +1,132 @@
+#include "device/driver/kestrix/kestrixdriver.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace
+{
+
+constexpr unsigned kDevicesOffered = 4; // the library has no operation that counts them
+
+template <typename Result, typename... Parameters, typename... Arguments>
+Result callIfBound(Result(OSTREL_KESTRIX_CALL *operation)(Parameters...), Arguments... arguments)
+{
+    return operation ? operation(arguments...) : Result();
+}
+
+} // namespace
+
+KestrixDriver::KestrixDriver(std::wstring folder) : folder_(std::move(folder)) {}
+
+std::vector<std::string> KestrixDriver::deviceNames()
+{
+    std::vector<std::string> names;
+    for (unsigned index = 0; index < kDevicesOffered; ++index)
+        names.push_back("Halden-D2 #" + std::to_string(index));
+    return names;
+}
+
+std::vector<DriverNotice> KestrixDriver::takeNotices()
+{
+    return std::exchange(notices_, {});
+}
+
+void KestrixDriver::notify(DriverNotice notice)
+{
+    const bool known = std::any_of(notices_.begin(), notices_.end(), [&](const DriverNotice &other) {
+        return other.kind == notice.kind && other.detail == notice.detail;
+    });
+    if (!known)
+        notices_.push_back(std::move(notice));
+}
+
+Driver::Handle KestrixDriver::OpenDevice(std::uint32_t deviceType, std::uint32_t deviceIndex, std::uint32_t reserved)
+{
+    if (auto failure = library_.load(folder_)) {
+        notify(std::move(*failure));
+        return 0;
+    }
+    return library().OpenDevice(deviceType, deviceIndex, reserved);
+}
+
+std::uint32_t KestrixDriver::CloseDevice(Handle device)
+{
+    return callIfBound(library().CloseDevice, device);
+}
+
+std::uint32_t KestrixDriver::GetDeviceInfo(Handle device, DeviceInfoRecord *record)
+{
+    return callIfBound(library().GetDeviceInfo, device, record);
+}
+
+std::uint32_t KestrixDriver::GetDeviceStatus(Handle device)
+{
+    return callIfBound(library().GetDeviceStatus, device);
+}
+
+Driver::Handle KestrixDriver::InitChannel(Handle device, std::uint32_t channel, const ChannelInitRecord *record)
+{
+    return callIfBound(library().InitChannel, device, channel, record);
+}
+
+std::uint32_t KestrixDriver::StartChannel(Handle channel)
+{
+    return callIfBound(library().StartChannel, channel);
+}
+
+std::uint32_t KestrixDriver::ResetChannel(Handle channel)
+{
+    return callIfBound(library().ResetChannel, channel);
+}
+
+std::uint32_t KestrixDriver::TransmitCan(Handle channel, const CanTransmitRecord *records, std::uint32_t count)
+{
+    return callIfBound(library().TransmitCan, channel, records, count);
+}
+
+std::uint32_t KestrixDriver::ReceiveCan(Handle channel, CanReceiveRecord *records, std::uint32_t capacity,
+                                        std::uint32_t waitMs)
+{
+    return callIfBound(library().ReceiveCan, channel, records, capacity, waitMs);
+}
+
+std::uint32_t KestrixDriver::TransmitCanFd(Handle channel, const CanFdTransmitRecord *records, std::uint32_t count)
+{
+    return callIfBound(library().TransmitCanFd, channel, records, count);
+}
+
+std::uint32_t KestrixDriver::ReceiveCanFd(Handle channel, CanFdReceiveRecord *records, std::uint32_t capacity,
+                                          std::uint32_t waitMs)
+{
+    return callIfBound(library().ReceiveCanFd, channel, records, capacity, waitMs);
+}
+
+const PropertyInterface *KestrixDriver::GetPropertyInterface(Handle device)
+{
+    return callIfBound(library().GetPropertyInterface, device);
+}
+
+std::uint32_t KestrixDriver::UpdateDevice(Handle device)
+{
+    return callIfBound(library().UpdateDevice, device);
+}
+
+std::uint32_t KestrixDriver::SetArbitrationBaud(Handle device, std::uint32_t channel, std::uint32_t value)
+{
+    return callIfBound(library().SetArbitrationBaud, device, channel, value);
+}
+
+std::uint32_t KestrixDriver::SetDataBaud(Handle device, std::uint32_t channel, std::uint32_t value)
+{
+    return callIfBound(library().SetDataBaud, device, channel, value);
+}
+
+std::uint32_t KestrixDriver::SetCanFdStandard(Handle device, std::uint32_t channel, std::uint32_t value)
+{
+    return callIfBound(library().SetCanFdStandard, device, channel, value);
+}
+
+std::uint32_t KestrixDriver::ResetDriver()
+{
+    return callIfBound(library().ResetDriver);
+}

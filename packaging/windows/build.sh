@@ -1,0 +1,69 @@
+#!/bin/bash
+# Builds the program for 32-bit Windows and packs it:
+#   build/windows/Ostrel-VERSION-windows.zip              the portable program
+#   build/windows/Kestrix-simulated-VERSION-windows.zip   the simulated adapter's library, to try it without hardware
+# Environment:
+#   QT_WINDOWS_ROOT   a Qt 5.15 for win32-g++; without it one is built once, from Debian's source package
+#   OSTREL_CACHE      where that Qt is kept; ~/.cache/ostrel when not set
+# Needs: cmake, ninja, g++-mingw-w64-i686-posix, qttools5-dev, qttranslations5-l10n, zip.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+
+triple=i686-w64-mingw32
+build=build/windows
+version=$(sed -n 's/^project(Ostrel VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+
+for tool in cmake ninja zip $triple-g++-posix; do
+    command -v "$tool" >/dev/null || { echo "build.sh: $tool is missing" >&2; exit 1; }
+done
+
+if [ -z "${QT_WINDOWS_ROOT:-}" ]; then
+    QT_WINDOWS_ROOT=${OSTREL_CACHE:-$HOME/.cache/ostrel}/qt-5.15-$triple
+    [ -e "$QT_WINDOWS_ROOT/lib/cmake/Qt5/Qt5Config.cmake" ] || packaging/windows/build-qt.sh "$QT_WINDOWS_ROOT"
+fi
+export QT_WINDOWS_ROOT
+
+cmake --preset windows
+cmake --build --preset windows
+
+# --- the portable folder ---------------------------------------------------------------------------------------------
+
+. packaging/windows/needed-libraries.sh
+program=$build/Ostrel-$version
+rm -rf "$program"
+cmake --install "$build" --prefix "$program" >/dev/null
+# Qt's own texts: the buttons of its boxes and the file dialogs.
+cp /usr/share/qt5/translations/qtbase_{zh_CN,zh_TW,en}.qm "$program/language/"
+mkdir -p "$program"/{platforms,styles,licences}
+cp "$QT_WINDOWS_ROOT/plugins/platforms/qwindows.dll" "$program/platforms/"
+cp "$QT_WINDOWS_ROOT/plugins/styles/qwindowsvistastyle.dll" "$program/styles/"
+copy_needed_libraries "$program"
+find "$program" \( -name '*.exe' -o -name '*.dll' \) -exec $triple-strip --strip-unneeded {} +
+
+documents=/usr/share/doc
+cp packaging/windows/licences/README.txt "$program/licences/"
+for licence in GPL-3 LGPL-3; do
+    cp "/usr/share/common-licenses/$licence" "$program/licences/$licence.txt"
+done
+cp $documents/libqt5core5a/copyright "$program/licences/qt-copyright.txt"
+cp $documents/gcc-mingw-w64-i686-posix/copyright "$program/licences/gcc-copyright.txt"
+cp $documents/mingw-w64-i686-dev/copyright "$program/licences/mingw-w64-copyright.txt"
+
+# --- the zips --------------------------------------------------------------------------------------------------------
+
+library=$build/Kestrix-simulated-$version
+rm -rf "$library"
+mkdir -p "$library"
+cp "$build/packaging/windows/kestrix-sim/Kestrix.dll" packaging/windows/kestrix-sim/README.txt "$library/"
+$triple-strip --strip-unneeded "$library/Kestrix.dll"
+packaging/windows/check-exports.sh "$library/Kestrix.dll"
+
+limit=$((40 * 1024 * 1024))
+for folder in "$program" "$library"; do
+    name=$(basename "$folder")
+    rm -f "$build/$name-windows.zip"
+    (cd "$build" && zip -qr9 "$name-windows.zip" "$name")
+    size=$(stat -c %s "$build/$name-windows.zip")
+    echo "$build/$name-windows.zip: $size bytes"
+    [ "$size" -lt $limit ] || { echo "build.sh: larger than $limit bytes" >&2; exit 1; }
+done

@@ -1,0 +1,48 @@
+#!/bin/bash
+# Runs what build.sh built under Wine: the proof of the library's binding and the test programs without windows.
+# Environment: OSTREL_WINE32, the runner "RUNNER FOLDER PROGRAM.exe [ARGUMENT...]" of 32-bit Windows programs, which
+# shows the folder to the program and makes it its working folder; ../shared/tools/run-in-wine32.sh when not set.
+# Skips, and says so, when there is no runner.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+
+triple=i686-w64-mingw32
+build=build/windows
+runner=${OSTREL_WINE32:-../shared/tools/run-in-wine32.sh}
+[ -x "$runner" ] || { echo "under Wine: skipped, there is no runner (OSTREL_WINE32)"; exit 0; }
+[ -e "$build/core-tests.txt" ] || { echo "under Wine: skipped, there is no Windows build"; exit 0; }
+QT_WINDOWS_ROOT=$(sed -n "s/^QT_WINDOWS_ROOT:PATH=//p" $build/CMakeCache.txt)
+. packaging/windows/needed-libraries.sh
+
+stage=$build/under-wine
+rm -rf "$stage"
+mkdir -p "$stage/abi" "$stage/core"
+failures=0
+
+# The binding: needs no DLL but the library itself.
+cp $build/tests/windows/{test_kestrixabi.exe,Incomplete.dll} $build/packaging/windows/kestrix-sim/Kestrix.dll \
+    "$stage/abi/"
+result=$(timeout 600 "$runner" "$stage/abi" test_kestrixabi.exe 2>"$stage/abi/stderr" | tr -d '\r' || true)
+echo "$result"
+grep -q ' 0 failed$' <<<"$(tail -1 <<<"$result")" || failures=1
+timeout 60 "$runner" "$stage/abi" test_kestrixabi.exe speed 2>/dev/null | tr -d '\r' || true
+
+# The test programs. They write a file: what a test prints does not always reach a pipe under Wine.
+mapfile -t tests < <(grep . "$build/core-tests.txt")
+for name in "${tests[@]}"; do
+    cp "$build/tests/$name.exe" "$stage/core/"
+done
+copy_needed_libraries "$stage/core"
+for name in "${tests[@]}"; do
+    timeout 300 "$runner" "$stage/core" "$name.exe" -o "$name.txt,txt" >/dev/null 2>&1 || true
+    report=$stage/core/$name.txt
+    totals=$(grep -a '^Totals:' "$report" 2>/dev/null | tr -d '\r' || echo "no totals: it ended early")
+    echo "$name under Wine: $totals"
+    if ! grep -q ' 0 failed' <<<"$totals"; then
+        failures=1
+        grep -aA4 '^FAIL\|^QFATAL' "$report" 2>/dev/null || tail -5 "$report" 2>/dev/null || true
+    fi
+done
+
+[ $failures = 0 ] || { echo "under Wine: failed" >&2; exit 1; }
+echo "under Wine: passed"
