@@ -1,6 +1,7 @@
 #include "app/frametableview.h"
 
 #include "app/columntitles.h"
+#include "app/framecelldelegate.h"
 #include "app/rowheader.h"
 #include "device/driver/wirerecords.h"
 #include "frames/frametexts.h"
@@ -100,6 +101,7 @@ FrameTableView::Round::~Round()
 FrameTableView::FrameTableView(QWidget *parent) : QTableView(parent), rows_(new RowHeader(this))
 {
     setVerticalHeader(rows_);
+    setItemDelegate(new FrameCellDelegate(this));
     setCornerButtonEnabled(false);
     horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     horizontalHeader()->setHighlightSections(false);

@@ -64,9 +64,11 @@ int WindowDriver::rows() const
     return find<QTableView>("tableView")->model()->rowCount();
 }
 
-bool WindowDriver::openEverything()
+bool WindowDriver::openEverything(int device)
 {
-    modal_.on<OpenDlg>([this](OpenDlg *dialog) {
+    modal_.on<OpenDlg>([this, device](OpenDlg *dialog) {
+        if (device >= 0)
+            dialog->findChild<QComboBox *>(QStringLiteral("comboBox"))->setCurrentIndex(device);
         if (!isDeviceOpen())
             clickIn(dialog, "pushButton");
         modal_.on<ParaDialog>([](ParaDialog *parameters) { clickIn(parameters, "btnConfirm"); });

@@ -28,8 +28,9 @@ public:
     QString log() const;
     int rows() const; // of the frame list
 
-    // Opens the device and both channels through the open dialog, with the parameters as they are stored.
-    bool openEverything();
+    // Opens the device and both channels through the open dialog, with the parameters as they are stored. device: its
+    // place in the dialog's list, -1 for the one that is selected.
+    bool openEverything(int device = -1);
     // Closes the device through the open dialog.
     void closeDevice();
     // Ticks or unticks "实时保存"; ticking answers its dialog with the path and the mode's index.

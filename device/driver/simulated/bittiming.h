@@ -1,7 +1,7 @@
 // Bit rates of the virtual bus and the time frames take on it.
 #pragma once
 
-#include "device/driver/simulated/busframe.h"
+#include "device/driver/busframe.h"
 
 #include <cstdint>
 #include <string>

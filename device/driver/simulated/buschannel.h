@@ -1,9 +1,9 @@
 // One channel of the simulated adapter: its settings, its filter and its queues.
 #pragma once
 
-#include "device/driver/simulated/acceptancefilter.h"
+#include "device/driver/acceptancefilter.h"
 #include "device/driver/simulated/bittiming.h"
-#include "device/driver/simulated/boundedqueue.h"
+#include "device/driver/boundedqueue.h"
 
 struct Transmission {
     BusFrame frame;

@@ -1,6 +1,6 @@
 #include "device/driver/simulated/candumplog.h"
 
-#include "device/driver/simulated/numbertext.h"
+#include "device/driver/numbertext.h"
 
 #include <algorithm>
 #include <fstream>

@@ -1,7 +1,7 @@
 #include "device/driver/simulated/simulateddriver.h"
 
+#include "device/driver/numbertext.h"
 #include "device/driver/simulated/deviceinfo.h"
-#include "device/driver/simulated/propertyroute.h"
 #include "device/driver/simulated/tracereplay.h"
 
 #include <algorithm>
@@ -20,6 +20,18 @@ constexpr std::uint32_t kRefused = 0;
 constexpr BusTime kSlice = 1000000;
 constexpr std::size_t kFramesPerTurn = 256; // others get at the state after so many
 constexpr std::size_t kMostNotices = 64;    // that wait for somebody to ask
+
+// The paths: those of the filter, baud_rate_custom (parseCustomRates), initenal_resistance (a number; the virtual bus
+// needs no termination). Answers false, with nothing changed, for any other path and for values that cannot be read.
+bool applyProperty(const PropertyWrite &write, AcceptanceFilter *filter, BusSettings *settings)
+{
+    if (write.name == kCustomRatesProperty)
+        return parseCustomRates(write.value, settings);
+    std::uint32_t resistance = 0;
+    if (write.name == kTerminalResistanceProperty)
+        return parseUnsigned(write.value, &resistance);
+    return applyFilterProperty(write, filter);
+}
 
 } // namespace
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "device/driver/driver.h"
+#include "device/driver/propertyroute.h"
 #include "device/driver/simulated/simulatoroptions.h"
 #include "device/driver/simulated/virtualbus.h"
 
@@ -10,7 +11,7 @@
 #include <mutex>
 #include <thread>
 
-class SimulatedDriver : public Driver
+class SimulatedDriver : public Driver, public PropertyTarget
 {
 public:
     explicit SimulatedDriver(SimulatorOptions options = SimulatorOptions::fromEnvironment());
@@ -52,7 +53,7 @@ public:
     std::uint32_t SetCanFdStandard(Handle device, std::uint32_t channel, std::uint32_t value) override;
     std::uint32_t ResetDriver() override; // closes whatever is open
 
-    std::uint32_t setProperty(const char *path, const char *value); // what SetValue does
+    std::uint32_t setProperty(const char *path, const char *value) override;
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -1,6 +1,6 @@
 #include "device/driver/simulated/simulatoroptions.h"
 
-#include "device/driver/simulated/numbertext.h"
+#include "device/driver/numbertext.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 // How the simulated adapter and its bus are to be.
 #pragma once
 
-#include "device/driver/simulated/busframe.h"
+#include "device/driver/busframe.h"
 
 #include <string>
 #include <vector>

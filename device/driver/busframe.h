@@ -1,4 +1,4 @@
-// A frame as it travels on the virtual bus, and the ways between it and the driver's records.
+// A frame as it travels on a bus, and the ways between it and the driver's records.
 #pragma once
 
 #include "device/driver/wirerecords.h"

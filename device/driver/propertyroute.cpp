@@ -1,7 +1,4 @@
-#include "device/driver/simulated/propertyroute.h"
-
-#include "device/driver/simulated/numbertext.h"
-#include "device/driver/simulated/simulateddriver.h"
+#include "device/driver/propertyroute.h"
 
 #include <iterator>
 #include <mutex>
@@ -20,13 +17,9 @@ constexpr FilterProperty kFilterProperties[] = {
     {"filter_ack", &AcceptanceFilter::acknowledge},
 };
 
-// The names are the library's own, spelling included.
-constexpr char kCustomRates[] = "baud_rate_custom";
-constexpr char kTerminalResistance[] = "initenal_resistance";
-
 struct Route {
     std::mutex guard;
-    SimulatedDriver *driver = nullptr;
+    PropertyTarget *target = nullptr;
 };
 
 Route &route()
@@ -38,7 +31,7 @@ Route &route()
 std::uint32_t OSTREL_PROPERTY_CALL setValue(const char *path, const char *value)
 {
     const std::lock_guard<std::mutex> lock(route().guard);
-    return route().driver ? route().driver->setProperty(path, value) : 0;
+    return route().target ? route().target->setProperty(path, value) : 0;
 }
 
 constexpr PropertyInterface kTable{&setValue};
@@ -55,27 +48,24 @@ bool parsePropertyWrite(const char *path, const char *value, PropertyWrite *writ
     return true;
 }
 
-bool applyProperty(const PropertyWrite &write, AcceptanceFilter *filter, BusSettings *settings)
+bool applyFilterProperty(const PropertyWrite &write, AcceptanceFilter *filter)
 {
     for (const FilterProperty &property : kFilterProperties)
         if (write.name == property.name)
             return (filter->*property.set)(write.value);
-    if (write.name == kCustomRates)
-        return parseCustomRates(write.value, settings);
-    std::uint32_t resistance = 0;
-    return write.name == kTerminalResistance && parseUnsigned(write.value, &resistance);
+    return false;
 }
 
-const PropertyInterface *beginPropertyRoute(SimulatedDriver *driver)
+const PropertyInterface *beginPropertyRoute(PropertyTarget *target)
 {
     const std::lock_guard<std::mutex> lock(route().guard);
-    route().driver = driver;
+    route().target = target;
     return &kTable;
 }
 
-void endPropertyRoute(const SimulatedDriver *driver)
+void endPropertyRoute(const PropertyTarget *target)
 {
     const std::lock_guard<std::mutex> lock(route().guard);
-    if (route().driver == driver)
-        route().driver = nullptr;
+    if (route().target == target)
+        route().target = nullptr;
 }

@@ -1,7 +1,7 @@
 // The acceptance filter of one channel, programmed range by range through property values.
 #pragma once
 
-#include "device/driver/simulated/busframe.h"
+#include "device/driver/busframe.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "device/driver/simulated/busframe.h"
+#include "device/driver/busframe.h"
 
 #include <algorithm>
 #include <cstring>

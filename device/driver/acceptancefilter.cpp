@@ -1,6 +1,6 @@
-#include "device/driver/simulated/acceptancefilter.h"
+#include "device/driver/acceptancefilter.h"
 
-#include "device/driver/simulated/numbertext.h"
+#include "device/driver/numbertext.h"
 
 #include <algorithm>
 

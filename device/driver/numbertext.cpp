@@ -1,4 +1,4 @@
-#include "device/driver/simulated/numbertext.h"
+#include "device/driver/numbertext.h"
 
 namespace
 {
