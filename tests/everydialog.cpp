@@ -1,5 +1,6 @@
 #include "everydialog.h"
 
+#include "app/mainmenu.h"
 #include "app/mainwindow.h"
 #include "app/siftdialog.h"
 #include "device/filterdialog.h"
@@ -44,7 +45,7 @@ std::unique_ptr<QWidget> makeValueEntry(const char *action, int value)
 {
     const MainWindow window;
     auto dialog = std::make_unique<valueDialog>();
-    dialog->setEntry(0, window.findChild<QAction *>(QLatin1String(action))->iconText(), 1, 1000000, value);
+    dialog->setEntry(0, entryTitle(*window.findChild<QAction *>(QLatin1String(action))), 1, 1000000, value);
     return dialog;
 }
 
