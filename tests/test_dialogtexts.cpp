@@ -76,7 +76,7 @@ bool isOwnChoice(const ShownText &shown)
 QString foreign(const ShownText &shown, unsigned language, const Scripts &scripts)
 {
     static const QRegularExpression englishWord(QStringLiteral("[a-z]{3,}"));
-    static const QRegularExpression names(QStringLiteral("Ostrel|Halden-D2.*|[kM]bps"));
+    static const QRegularExpression names(QStringLiteral("Ostrel|Halden-D2.*|[kM]bps|Ctrl|Shift"));
     static const QRegularExpression chinese(
         QStringLiteral("[\\x{3000}-\\x{303f}\\x{4e00}-\\x{9fff}\\x{ff01}-\\x{ff5e}]"));
     if (isOwnChoice(shown))

@@ -41,9 +41,10 @@ QString describe(const QSize &needed, const QSize &given)
         .arg(given.height());
 }
 
+// Hints are rounded up: a pixel less cuts nothing.
 bool fits(const QSize &needed, const QSize &given)
 {
-    return needed.width() <= given.width() && needed.height() <= given.height();
+    return needed.width() <= given.width() + 1 && needed.height() <= given.height() + 1;
 }
 
 QSize neededByLabel(const QLabel &label)
