@@ -18,7 +18,12 @@ constexpr qreal kMarginMm = 18;
 constexpr qreal kFootMm = 10;
 constexpr qreal kMmPerInch = 25.4;
 constexpr qreal kTextPoints = 10;
-constexpr qreal kHeadingPoints[] = {20, 15, 12.5, 11};
+constexpr qreal kCodePoints = 7.5;
+constexpr qreal kFootPoints = 8;
+constexpr int kLineHeightPercent = 118;
+constexpr qreal kPictureUnit = kResolution / 96.0; // dots per unit of a picture's size in a text document
+constexpr qreal kHeadingPoints[] = {18, 13.5, 11};
+constexpr int kHeadingLevels = 3;
 constexpr qreal kPictureDpi = 130;      // of a screen picture on paper, unless the page is too narrow
 constexpr qreal kTallestPicture = 0.55; // of the page's height
 
@@ -27,13 +32,20 @@ int dots(qreal mm)
     return qRound(mm * kResolution / kMmPerInch);
 }
 
-QFont textFont()
+// Characters that the family lacks, Chinese ones above all, come from whatever family of the system has them.
+QFont textFont(qreal points)
 {
-    QFont font;
-    font.setFamilies({QStringLiteral("DejaVu Sans"), QStringLiteral("Noto Sans CJK SC"),
-                      QStringLiteral("WenQuanYi Micro Hei"), QStringLiteral("sans-serif")});
-    font.setPointSizeF(kTextPoints);
+    QFont font(QStringLiteral("DejaVu Sans"));
+    font.setPointSizeF(points);
     return font;
+}
+
+bool hasPicture(const QTextBlock &block)
+{
+    for (auto part = block.begin(); !part.atEnd(); ++part)
+        if (part.fragment().charFormat().isImageFormat())
+            return true;
+    return false;
 }
 
 // The document's resource for every picture, and its size on the page.
@@ -56,14 +68,37 @@ QString placePictures(QTextDocument &document, const QDir &folder, const QSizeF 
         document.addResource(QTextDocument::ImageResource, QUrl(format.name()), picture);
         const qreal fitting = qMin(page.width() / picture.width(), page.height() * kTallestPicture / picture.height());
         const qreal scale = qMin(kResolution / kPictureDpi, fitting);
-        format.setWidth(picture.width() * scale);
-        format.setHeight(picture.height() * scale);
+        format.setWidth(picture.width() * scale / kPictureUnit);
+        format.setHeight(picture.height() * scale / kPictureUnit);
         cursor.setCharFormat(format);
     }
     return {};
 }
 
-void setHeadings(QTextDocument &document)
+void setHeadingText(const QTextBlock &block, int level)
+{
+    QTextCursor cursor(block);
+    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+    QTextCharFormat text = cursor.charFormat();
+    text.clearProperty(QTextFormat::FontSizeAdjustment); // comes before the size in points
+    text.setFontPointSize(kHeadingPoints[qMin(level, kHeadingLevels) - 1]);
+    text.setFontWeight(QFont::Bold);
+    text.setForeground(QColor(0x1f, 0x4f, 0x6e));
+    cursor.setCharFormat(text);
+}
+
+// Recorded rows are long: small, so that they fit on one line.
+void setCodeText(const QTextBlock &block)
+{
+    QTextCursor cursor(block);
+    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+    QTextCharFormat text;
+    text.setFontFamily(QStringLiteral("DejaVu Sans Mono"));
+    text.setFontPointSize(kCodePoints);
+    cursor.mergeCharFormat(text);
+}
+
+void setBlocks(QTextDocument &document)
 {
     bool isFirst = true;
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
@@ -71,23 +106,21 @@ void setHeadings(QTextDocument &document)
         QTextCursor cursor(block);
         QTextBlockFormat format = block.blockFormat();
         if (level > 0) {
-            cursor.select(QTextCursor::BlockUnderCursor);
-            QTextCharFormat text;
-            text.setFontPointSize(kHeadingPoints[qMin(level, 4) - 1]);
-            text.setProperty(QTextFormat::FontSizeAdjustment, 0);
-            text.setFontWeight(QFont::Bold);
-            text.setForeground(QColor(0x1f, 0x4f, 0x6e));
-            cursor.mergeCharFormat(text);
+            setHeadingText(block, level);
             format.setTopMargin(dots(level == 1 ? 0 : 5));
             format.setBottomMargin(dots(2));
             if (level == 1 && !isFirst)
                 format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
             isFirst = isFirst && level != 1;
+        } else if (format.hasProperty(QTextFormat::BlockCodeFence) ||
+                   format.hasProperty(QTextFormat::BlockCodeLanguage)) {
+            setCodeText(block);
         } else if (!block.textList() && !cursor.currentTable()) {
             format.setTopMargin(dots(1));
             format.setBottomMargin(dots(1.5));
         }
-        format.setLineHeight(118, QTextBlockFormat::ProportionalHeight);
+        if (!hasPicture(block))
+            format.setLineHeight(kLineHeightPercent, QTextBlockFormat::ProportionalHeight);
         cursor.setBlockFormat(format);
     }
 }
@@ -120,14 +153,30 @@ void setTables(QTextDocument &document)
     }
 }
 
+// A heading goes to the next page with what it is the heading of.
+void keepHeadings(QTextDocument &document, const QSizeF &page)
+{
+    const auto pageOf = [&document, &page](const QTextBlock &block) {
+        const QRectF place = document.documentLayout()->blockBoundingRect(block);
+        return static_cast<int>((hasPicture(block) ? place.bottom() - 1 : place.top()) / page.height());
+    };
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        if (block.blockFormat().headingLevel() == 0 || !block.next().isValid() || pageOf(block) == pageOf(block.next()))
+            continue;
+        QTextBlockFormat format = block.blockFormat();
+        format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
+        QTextCursor(block).setBlockFormat(format);
+        document.setPageSize(QSizeF()); // lays all of it out anew: the part behind the change alone goes wrong
+        document.setPageSize(page);
+    }
+}
+
 bool printPages(QTextDocument &document, QPdfWriter &writer, const QSizeF &page, const QString &title)
 {
     QPainter painter;
     if (!painter.begin(&writer))
         return false;
     const int pages = document.pageCount();
-    QFont footFont = textFont();
-    footFont.setPointSizeF(8);
     for (int number = 0; number < pages; ++number) {
         if (number > 0 && !writer.newPage())
             return false;
@@ -140,7 +189,7 @@ bool printPages(QTextDocument &document, QPdfWriter &writer, const QSizeF &page,
         context.palette.setColor(QPalette::Text, Qt::black);
         document.documentLayout()->draw(&painter, context);
         painter.restore();
-        painter.setFont(footFont);
+        painter.setFont(textFont(kFootPoints));
         painter.setPen(Qt::darkGray);
         const QRectF foot(0, page.height(), page.width(), dots(kFootMm));
         painter.drawText(foot, Qt::AlignLeft | Qt::AlignBottom, title);
@@ -167,15 +216,16 @@ QString setManual(const QString &markdownPath, const QString &pdfPath, const QSt
 
     QTextDocument document;
     document.documentLayout()->setPaintDevice(&writer);
-    document.setDefaultFont(textFont());
+    document.setDefaultFont(textFont(kTextPoints));
     document.setDocumentMargin(0);
     document.setMarkdown(QString::fromUtf8(file.readAll()), QTextDocument::MarkdownDialectGitHub);
-    setHeadings(document);
+    setBlocks(document);
     setTables(document);
     const QString error = placePictures(document, QFileInfo(markdownPath).absoluteDir(), page);
     if (!error.isEmpty())
         return error;
     document.setPageSize(page);
+    keepHeadings(document, page);
     if (!printPages(document, writer, page, title))
         return QStringLiteral("cannot write ") + pdfPath;
     return {};

@@ -35,12 +35,10 @@ bool fail(const QString &what)
     return false;
 }
 
-// 256 colours are plenty for a window, and a third of the size.
 bool take(QWidget &widget, const QDir &folder, const QByteArray &name, const char *suffix)
 {
     const QString path = folder.filePath(QString("%1.%2.png").arg(QString::fromLatin1(name), suffix));
-    const QImage picture =
-        widget.grab().toImage().convertToFormat(QImage::Format_Indexed8, Qt::ThresholdDither | Qt::AvoidDither);
+    const QImage picture = widget.grab().toImage().convertToFormat(QImage::Format_RGB888); // no alpha
     return picture.save(path, "PNG", kBestCompression) || fail("cannot write " + path);
 }
 
