@@ -32,6 +32,10 @@ cmake --build --preset windows
 program=$build/Ostrel-$version
 rm -rf "$program"
 cmake --install "$build" --prefix "$program" >/dev/null
+# The manuals are set by a program of this machine, so by a build for it.
+cmake --preset release >/dev/null
+cmake --build --preset release --target manuals
+cp -r build/release/Ostrel/help "$program/"
 mkdir -p "$program"/{platforms,styles,licences}
 cp "$QT_WINDOWS_ROOT/plugins/platforms/qwindows.dll" "$program/platforms/"
 cp "$QT_WINDOWS_ROOT/plugins/styles/qwindowsvistastyle.dll" "$program/styles/"
