@@ -18,8 +18,6 @@
 #include <QLabel>
 #include <QPushButton>
 
-#include <cstring>
-
 namespace
 {
 template <typename Window, typename... Arguments> WindowMaker maker(const char *name, Arguments... arguments)
@@ -35,8 +33,8 @@ std::unique_ptr<QWidget> makeInformation()
     record.driverVersion = 0x310;
     record.interfaceVersion = 0x117;
     record.channelCount = 2;
-    std::strncpy(record.serialNumber, "HD2-0000-00012345", sizeof record.serialNumber);
-    std::strncpy(record.hardwareType, "Halden-D2 CAN FD", sizeof record.hardwareType - 1);
+    qstrncpy(record.serialNumber, "HD2-0000-00012345", sizeof record.serialNumber);
+    qstrncpy(record.hardwareType, "Halden-D2 CAN FD", sizeof record.hardwareType);
     return std::make_unique<INfDialog>(record);
 }
 
