@@ -171,7 +171,9 @@ void MainWindow::restoreOptions()
         for (const Channel &channel : channels_)
             channel.receiver->clearLastIds();
     const QString defaultLimit = QString::number(receiveView_->listLimit());
-    receiveView_->setListLimit(qMax(1u, settings::number(QStringLiteral("listCount"), defaultLimit)));
+    const unsigned limit = settings::number(QStringLiteral("listCount"), defaultLimit);
+    if (limit >= 1 && limit <= unsigned(kLargestTuningValue))
+        receiveView_->setListLimit(limit);
     menu_->setTuning(scanTime_, framesPerReceive_, receiveView_->listLimit());
     menu_->showLanguage(languageCode());
 }
