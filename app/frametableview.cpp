@@ -20,27 +20,11 @@ constexpr int kCharactersPerByte = 3; // two digits and a blank
 constexpr int kUsualData =
     kDataPrefix + int(kClassicDataBytes) * kCharactersPerByte; // room that the data column always has
 
-// Texts as long as a column's usually get, in every language: a switch then moves no column.
+// Texts as long as a column's usually get in the current language.
 QStringList samples(int column)
 {
-    QStringList texts;
-    for (unsigned code = 0; code < LanguageCount; ++code) {
-        const FrameWords &words = frameWords(code);
-        texts << columnTitles(code).at(column) + QLatin1Char('*');
-        switch (column) {
-        case FormatColumn:
-            texts << words.standardFrame << words.extendedFrame;
-            break;
-        case TypeColumn:
-            texts << words.dataFrame << words.remoteFrame;
-            break;
-        case ProtocolColumn:
-            texts << words.fdWithSwitch;
-            break;
-        default:
-            break;
-        }
-    }
+    const FrameWords &words = frameWords(languageCode());
+    QStringList texts{columnTitles().at(column) + QLatin1Char('*')};
     switch (column) {
     case IndexColumn:
         texts << QStringLiteral("00000000");
@@ -49,10 +33,19 @@ QStringList samples(int column)
         texts << QStringLiteral("00:00:00.000");
         break;
     case TimeStampColumn:
-        texts << QStringLiteral("0xDDDDDDDDDD");
+        texts << QStringLiteral("0xDDDDDDDDD"); // 19 hours
         break;
     case IdColumn:
         texts << QStringLiteral("0xDDDDDDDD");
+        break;
+    case FormatColumn:
+        texts << words.standardFrame << words.extendedFrame;
+        break;
+    case TypeColumn:
+        texts << words.dataFrame << words.remoteFrame;
+        break;
+    case ProtocolColumn:
+        texts << words.fdWithSwitch;
         break;
     default:
         break;
@@ -252,6 +245,13 @@ void FrameTableView::titlesChanged()
     horizontalHeader()->headerDataChanged(Qt::Horizontal, 0, frames_->columnCount() - 1);
 }
 
+void FrameTableView::languageChanged()
+{
+    titlesChanged();
+    for (int column = 0; column < DataColumn; ++column)
+        setColumnWidth(column, qMax(columnWidth(column), usualWidth(column)));
+}
+
 int FrameTableView::currentRow() const
 {
     return remembering_ ? rememberedRow_ : currentIndex().row();
@@ -313,14 +313,18 @@ void FrameTableView::resizeEvent(QResizeEvent *event)
 
 void FrameTableView::setMeasures()
 {
-    const QFontMetrics metrics = fontMetrics();
     const int padding = kRowPadding * logicalDpiY() / 96;
     rows_->setMinimumSectionSize(1);
-    rows_->setDefaultSectionSize(metrics.height() + padding);
-    const int margins = 2 * (style()->pixelMetric(QStyle::PM_HeaderMargin) + metrics.averageCharWidth());
+    rows_->setDefaultSectionSize(fontMetrics().height() + padding);
     for (int column = 0; column < DataColumn; ++column)
-        setColumnWidth(column, widest(metrics, samples(column)) + margins);
+        setColumnWidth(column, usualWidth(column));
     fitDataColumn();
+}
+
+int FrameTableView::usualWidth(int column) const
+{
+    const int margins = 2 * style()->pixelMetric(QStyle::PM_HeaderMargin) + fontMetrics().averageCharWidth();
+    return widest(fontMetrics(), samples(column)) + margins;
 }
 
 void FrameTableView::setLongestData(int characters)

@@ -36,8 +36,8 @@ public:
     void setFrameModel(MyTableModel *model);
     // The model's filter conditions have changed, and with them its titles.
     void filterChanged();
-    // The model's titles have changed.
-    void titlesChanged();
+    // The model has titles of another language. Columns may widen; they never narrow, as rows keep their language.
+    void languageChanged();
 
     // The current row, -1 for none; also right inside a round.
     int currentRow() const;
@@ -61,7 +61,9 @@ private:
     void rememberCurrent();
     void restoreCurrent();
 
+    void titlesChanged();
     void setMeasures();
+    int usualWidth(int column) const;
     void setLongestData(int characters);
     void fitDataColumn();
 

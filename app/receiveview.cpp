@@ -18,6 +18,7 @@ ReceiveView::ReceiveView(QWidget *parent)
     : QWidget(parent), ui_(std::make_unique<Ui::ReceiveView>()), model_(new MyTableModel(this))
 {
     ui_->setupUi(this);
+    setLabelWidths();
     setHeaderTexts();
     ui_->tableView->setFrameModel(model_);
     filter_ = new DisplayFilter(model_, ui_->tableView);
@@ -107,6 +108,17 @@ void ReceiveView::takeBatch(QList<ModelItem> &frames, FrameStatistics::Counter c
     display(shown);
 }
 
+// Room for numbers that grow, so that nothing moves when they do.
+void ReceiveView::setLabelWidths()
+{
+    const int total = fontMetrics().horizontalAdvance(QStringLiteral("0000000000"));
+    const int rate = fontMetrics().horizontalAdvance(QStringLiteral("000000/s;"));
+    for (QLabel *label : {ui_->ch1RecvCount, ui_->ch2RecvCount, ui_->ch1SendCount, ui_->ch2SendCount})
+        label->setMinimumWidth(total);
+    for (QLabel *label : {ui_->ch1RecvRate, ui_->ch2RecvRate, ui_->ch1SendRate, ui_->ch2SendRate})
+        label->setMinimumWidth(rate);
+}
+
 bool ReceiveView::isCapturing() const
 {
     return ui_->checkBox->isChecked() && capture_.isOpen();
@@ -187,7 +199,7 @@ void ReceiveView::setHeaderTexts()
 {
     model_->setHeader(columnTitles());
     if (ui_->tableView->model())
-        ui_->tableView->titlesChanged();
+        ui_->tableView->languageChanged();
 }
 
 void ReceiveView::on_cleanListBtn_clicked()
@@ -247,4 +259,6 @@ void ReceiveView::changeEvent(QEvent *event)
     QWidget::changeEvent(event);
     if (event->type() == QEvent::LanguageChange)
         ui_->retranslateUi(this); // counts and rates are not part of the form's texts
+    else if (event->type() == QEvent::FontChange)
+        setLabelWidths();
 }

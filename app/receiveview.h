@@ -69,6 +69,7 @@ private:
 
     void runRound(bool capturing);
     void takeBatch(QList<ModelItem> &frames, FrameStatistics::Counter counter);
+    void setLabelWidths();
     bool isCapturing() const;
     bool isPaused() const;
     void display(const Frames &frames);

@@ -170,6 +170,7 @@ void MyTableModel::setFilter(int column, const QStringList &accepted)
             title.append(kFilterMark);
     }
     filters_[column] = accepted;
+    accepted_[static_cast<std::size_t>(column)] = QSet<QString>(accepted.cbegin(), accepted.cend());
     filtered_ =
         std::any_of(filters_.cbegin(), filters_.cend(), [](const QStringList &list) { return !list.isEmpty(); });
 }
@@ -179,7 +180,7 @@ template <typename TextOf> bool MyTableModel::accepts(TextOf textOf) const
     if (!filtered_)
         return true;
     for (int column = 0; column < FrameColumnCount; ++column) {
-        const QStringList &accepted = filters_.at(column);
+        const QSet<QString> &accepted = accepted_[static_cast<std::size_t>(column)];
         if (!accepted.isEmpty() && !accepted.contains(textOf(column)))
             return false;
     }

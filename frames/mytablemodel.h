@@ -5,6 +5,9 @@
 
 #include <QAbstractTableModel>
 #include <QHash>
+#include <QSet>
+
+#include <array>
 
 class MyTableModel : public QAbstractTableModel
 {
@@ -65,8 +68,9 @@ private:
 
     QList<FrameRow> rows_;
     QStringList header_;
-    QList<QStringList> filters_; // one per column
-    bool filtered_ = false;      // some column has a condition
+    QList<QStringList> filters_;                           // one per column
+    std::array<QSet<QString>, FrameColumnCount> accepted_; // the same texts, to look up: a list may hold thousands
+    bool filtered_ = false;                                // some column has a condition
 
     // The oldest row of every key, counted from the first row that the index ever knew; built when a merge needs it.
     QHash<MergeKey, qint64> index_;

@@ -3,18 +3,27 @@
 #include <QMutex>
 #include <QMutexLocker>
 
+#include <utility>
+
 namespace
 {
 QMutex pendingFramesLock; // held for an append or a take, never across a driver call
 QList<ModelItem> pendingFrames;
 } // namespace
 
-void appendPendingFrames(const QList<ModelItem> &batch)
+void appendPendingFrames(QList<ModelItem> batch)
 {
     if (batch.isEmpty())
         return;
     const QMutexLocker lock(&pendingFramesLock);
-    pendingFrames.append(batch);
+    if (pendingFrames.isEmpty()) {
+        pendingFrames.swap(batch);
+        return;
+    }
+    for (ModelItem &item : batch) {
+        pendingFrames.append(ModelItem());
+        pendingFrames.last() = std::move(item);
+    }
 }
 
 QList<ModelItem> takePendingFrames()

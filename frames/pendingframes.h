@@ -3,7 +3,8 @@
 
 #include "frames/modelitem.h"
 
-// Adds a finished batch at the end, under one lock; an empty batch changes nothing. Any thread.
-void appendPendingFrames(const QList<ModelItem> &batch);
+// Adds a finished batch at the end, under one lock; an empty batch changes nothing. Move the batch in: its rows are
+// then handed over instead of copied. Any thread.
+void appendPendingFrames(QList<ModelItem> batch);
 // Everything that has come since the last call, leaving nothing. Any thread; the GUI thread calls it.
 QList<ModelItem> takePendingFrames();

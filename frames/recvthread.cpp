@@ -5,6 +5,8 @@
 #include "frames/framebuilder.h"
 #include "frames/pendingframes.h"
 
+#include <utility>
+
 namespace
 {
 
@@ -100,7 +102,7 @@ template <typename Record> void recvThread::build(const Record *records, uint co
         checkContinuity(record->id, lastId);
         appendItem(batch, *record, channel_);
     }
-    appendPendingFrames(batch);
+    appendPendingFrames(std::move(batch));
 }
 
 void recvThread::checkContinuity(std::uint32_t id, std::atomic<std::uint32_t> &lastId)

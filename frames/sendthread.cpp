@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <chrono>
 #include <limits>
+#include <utility>
 
 namespace
 {
@@ -240,7 +241,7 @@ template <typename Record> void sendThread::buildBatch(const Record *records, ui
     batch.reserve(static_cast<int>(count));
     for (const Record *record = records; record != records + count; ++record)
         appendItem(batch, *record, channel == kOwnChannel ? channel_ : channel);
-    appendPendingFrames(batch);
+    appendPendingFrames(std::move(batch));
 }
 
 bool sendThread::sleepFor(uint milliseconds, const std::function<bool()> &goOn)

@@ -81,14 +81,14 @@ private slots:
         SendBench &b = *bench_;
         constexpr int kRuns = 10;
         int runs = 1;
-        // In the worker: the end is told long before run() returns.
-        connect(&b.thread2, &sendThread::endSend, [] { QThread::msleep(20); });
         connect(&b.thread2, &sendThread::endSend, &b.panel2, [&] {
             if (runs < kRuns) {
                 ++runs;
                 b.button(1, "SendBtn")->click();
             }
         });
+        // In the worker, after the end has been told: run() returns late.
+        connect(&b.thread2, &sendThread::endSend, [] { QThread::msleep(20); });
         b.button(1, "SendBtn")->click();
         QTRY_COMPARE(b.driver->sentCan(1).size(), std::size_t(kRuns));
         QTRY_COMPARE(states(), QString("idle, idle"));
@@ -107,7 +107,8 @@ private slots:
         QFETCH(int, stopper);
         SendBench &b = *bench_;
         b.combo(1, "FrameDataCombo")->setCurrentIndex(1);
-        const QSignalSpy ends(&b.thread1, &sendThread::endSend);
+        int ends = 0;
+        connect(&b.thread1, &sendThread::endSend, &b.dialog, [&] { ++ends; });
         chooseFile(writeFrames(4), 1, stopper == 3 ? 0 : kHourMs);
         dialogButton("pbSend")->click();
         QCOMPARE(states(), QString("sending, sending"));
@@ -121,7 +122,7 @@ private slots:
             dialogButton("pbStop")->click();
         QTRY_COMPARE(states(), QString("idle, idle"));
         QVERIFY(dialogIsIdle());
-        QCOMPARE(ends.count(), 2);
+        QTRY_COMPARE(ends, 2);
         QVERIFY(b.combo(0, "ProtocolCombo")->isEnabled());
         QVERIFY(!b.combo(1, "ProtocolCombo")->isEnabled());
         const std::size_t rows = stopper == 3 ? 2 : 0;
@@ -168,12 +169,13 @@ private slots:
 
     void aMissingFileOnlyEnds()
     {
-        const QSignalSpy logged(&bench_->thread1, &sendThread::log);
+        QString logged;
+        connect(&bench_->thread1, &sendThread::log, &bench_->dialog, [&](const QString &line) { logged = line; });
         chooseFile(bench_->folder.path("nowhere.csv"), 3, 0);
         dialogButton("pbSend")->click();
         QTRY_COMPARE(states(), QString("idle, idle"));
         QVERIFY(dialogIsIdle());
-        QCOMPARE(logged.last().first().toString(), QString("文件发送错误！"));
+        QCOMPARE(logged, QString("文件发送错误！"));
     }
 
     // The end of the first file for channel 1 arrives while the second one is already being sent.
@@ -181,7 +183,6 @@ private slots:
     {
         SendBench &b = *bench_;
         chooseFile(writeFrames(2), 1, 0);
-        connect(&b.thread1, &sendThread::endSend, [] { QThread::msleep(20); });
         bool again = true;
         connect(&b.thread1, &sendThread::endSend, &b.dialog, [&](uint channel) {
             if (channel != 0 || !std::exchange(again, false))
@@ -189,6 +190,7 @@ private slots:
             chooseFile(b.folder.path("frames.csv"), -1, kHourMs);
             dialogButton("pbSend")->click();
         });
+        connect(&b.thread1, &sendThread::endSend, [] { QThread::msleep(20); });
         dialogButton("pbSend")->click();
         QTRY_VERIFY(!again);
         QCoreApplication::processEvents();

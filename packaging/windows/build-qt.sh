@@ -1,7 +1,7 @@
 #!/bin/bash
 # build-qt.sh DIR
 # Builds Qt for 32-bit Windows (mingw) from Debian's source package into DIR, which is then a QT_WINDOWS_ROOT.
-# Takes about half an hour of four processors; nothing of the system's package configuration is changed.
+# Takes about half an hour of one processor; nothing of the system's package configuration is changed.
 # Needs: apt with a reachable Debian archive, dpkg-dev, g++-mingw-w64-i686-posix, make, python3, perl.
 set -euo pipefail
 

@@ -23,7 +23,7 @@ if [ -z "${QT_WINDOWS_ROOT:-}" ]; then
 fi
 export QT_WINDOWS_ROOT
 
-cmake --preset windows
+cmake --fresh --preset windows # another Qt than last time leaves nothing behind
 cmake --build --preset windows
 
 # --- the portable folder ---------------------------------------------------------------------------------------------

@@ -303,7 +303,9 @@ void libraryFileIsJudged()
                   "12 (TransmitCan), 64 (ResetDriver)");
     folder.put(good);
     session("library that turned up later", driver);
-    check(driver.takeNotices().empty(), "nothing to tell about a good library");
+    const std::vector<DriverNotice> notices = driver.takeNotices();
+    check(notices.size() == 1 && notices[0].kind == DriverNotice::Kind::NotHardware,
+          "a good library, but no adapter: that is told");
 }
 
 // --- bare ordinals ------------------------------------------------------------------------------------------------

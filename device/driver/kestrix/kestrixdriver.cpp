@@ -1,6 +1,9 @@
 #include "device/driver/kestrix/kestrixdriver.h"
 
+#include "device/driver/simulated/deviceinfo.h"
+
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace
@@ -40,13 +43,25 @@ void KestrixDriver::notify(DriverNotice notice)
         notices_.push_back(std::move(notice));
 }
 
+std::string KestrixDriver::hardwareType(Handle device) const
+{
+    DeviceInfoRecord record{};
+    if (library().GetDeviceInfo(device, &record) != kDriverSuccess)
+        return {};
+    const auto end = std::find(std::begin(record.hardwareType), std::end(record.hardwareType), '\0');
+    return std::string(std::begin(record.hardwareType), end);
+}
+
 Driver::Handle KestrixDriver::OpenDevice(std::uint32_t deviceType, std::uint32_t deviceIndex, std::uint32_t reserved)
 {
     if (auto failure = library_.load(folder_)) {
         notify(std::move(*failure));
         return 0;
     }
-    return library().OpenDevice(deviceType, deviceIndex, reserved);
+    const Handle device = library().OpenDevice(deviceType, deviceIndex, reserved);
+    if (device != 0 && hardwareType(device) == kSimulatedName)
+        notify({DriverNotice::Kind::NotHardware, kSimulatedName});
+    return device;
 }
 
 std::uint32_t KestrixDriver::CloseDevice(Handle device)

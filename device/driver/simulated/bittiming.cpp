@@ -1,6 +1,6 @@
 #include "device/driver/simulated/bittiming.h"
 
-#include <cstdlib>
+#include <cmath>
 #include <iterator>
 
 namespace
@@ -127,8 +127,8 @@ bool parseCustomRates(const std::string &text, BusSettings *settings)
     if (arbitration < kSlowestRate || arbitration > kFastestArbitrationRate || data < kSlowestRate ||
         data > kFastestDataRate)
         return false;
-    settings->arbitrationRate = static_cast<std::uint32_t>(arbitration + 0.5);
-    settings->dataRate = static_cast<std::uint32_t>(data + 0.5);
+    settings->arbitrationRate = static_cast<std::uint32_t>(std::lround(arbitration));
+    settings->dataRate = static_cast<std::uint32_t>(std::lround(data));
     return true;
 }
 
