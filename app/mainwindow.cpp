@@ -86,9 +86,11 @@ MainWindow::~MainWindow()
 {
     watchTimer_->stop();
     refreshTimer_->stop();
-    deviceClosed();
+    for (const Channel &channel : channels_)
+        channel.sender->stop();
     for (const Channel &channel : channels_)
         channel.sender->wait();
+    deviceClosed();
     receiveView_->closeCapture();
 }
 
@@ -263,12 +265,11 @@ void MainWindow::openDeviceDialog()
 {
     OpenDlg dialog(deviceIndex_, this);
     openDialog_ = &dialog;
+    connect(&dialog, &OpenDlg::deviceOpened, this, &MainWindow::lookAtDevice);
     connect(&dialog, &OpenDlg::deviceClosed, this, &MainWindow::deviceClosed);
     dialog.exec();
     deviceIndex_ = dialog.deviceIndex();
     logDriverNotices();
-    // At once, not at the next turn of the watch: a sender that starts now would keep it from seeing the device.
-    lookAtDevice();
     for (unsigned channel = 0; channel < kChannelCount; ++channel)
         channelDialogClosed(channel, dialog.channelOpened(channel));
 }
@@ -291,10 +292,8 @@ void MainWindow::deviceClosed()
 {
     for (const Channel &channel : channels_) {
         channel.panel->setSendEnabled(false);
-        channel.sender->stop();
-    }
-    for (const Channel &channel : channels_)
         channel.receiver->stopAndWait();
+    }
     closeDevice();
     logDriverNotices();
     for (const QString &line : lossReport_.finish())
