@@ -8,29 +8,22 @@
 //   ostrel_trials mixture ROWS FILE         writes a file of mixed frames, a millisecond apart
 // Each prints what it measured; it ends with 1 when frames are missing or differ.
 #include "app/displayfilter.h"
-#include "app/mainwindow.h"
 #include "app/receiveview.h"
-#include "device/devicelayer.h"
-#include "device/driver/simulated/simulateddriver.h"
 #include "device/settingsstore.h"
 #include "frames/mytablemodel.h"
 #include "frames/pendingframes.h"
 #include "processusage.h"
-#include "testfolder.h"
-#include "windowdriver.h"
+#include "trialscene.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QLineEdit>
 #include <QSpinBox>
-#include <QTest>
 #include <QTextStream>
 #include <QTime>
-#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
@@ -44,59 +37,6 @@ QTextStream &out()
     static QTextStream stream(stdout);
     return stream;
 }
-
-// The longest time between two turns of the event loop.
-class LoopWatch : public QObject
-{
-public:
-    LoopWatch()
-    {
-        timer_.setTimerType(Qt::PreciseTimer);
-        connect(&timer_, &QTimer::timeout, this, [this] {
-            longestUs_ = std::max(longestUs_, clock_.nsecsElapsed() / 1000);
-            clock_.restart();
-        });
-    }
-    void start()
-    {
-        longestUs_ = 0;
-        clock_.start();
-        timer_.start(0);
-        timer_.setInterval(1);
-    }
-    double longestMs() const { return static_cast<double>(longestUs_) / 1000; }
-
-private:
-    QTimer timer_;
-    QElapsedTimer clock_;
-    qint64 longestUs_ = 0;
-};
-
-struct Scene {
-    TestFolder folder;
-    SimulatedDriver *adapter = nullptr;
-    std::unique_ptr<MainWindow> window;
-    std::unique_ptr<WindowDriver> user;
-
-    explicit Scene(const SimulatorOptions &options)
-    {
-        folder.copyCatalogues();
-        auto driver = std::make_unique<SimulatedDriver>(options);
-        adapter = driver.get();
-        setDriver(std::move(driver));
-        window = std::make_unique<MainWindow>();
-        window->resize(1366, 768);
-        window->show();
-        user = std::make_unique<WindowDriver>(*window);
-        QTest::qWait(100);
-    }
-    ~Scene()
-    {
-        user.reset();
-        window.reset();
-        setDriver(nullptr);
-    }
-};
 
 SimulatorOptions bus(SimulatorOptions::Traffic traffic)
 {
