@@ -28,10 +28,12 @@ QString companyName()
     if (file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         QTextStream in(&file);
         in.setCodec("UTF-8");
-        names = in.readLine().split(QLatin1Char(';'));
+        const QString line = in.readLine();
+        if (!line.isEmpty())
+            names = line.split(QLatin1Char(';'));
     }
     const int index = static_cast<int>(qMin<unsigned>(languageCode(), English));
-    return index < names.size() && !names.at(index).isEmpty() ? names.at(index) : QStringLiteral("公司名称缺失");
+    return index < names.size() ? names.at(index) : QStringLiteral("公司名称缺失");
 }
 
 QString aboutText()

@@ -1,10 +1,14 @@
 #include "app/devicewatch.h"
 
+#include "device/deviceinfo.h"
 #include "device/devicelayer.h"
 
 DeviceWatch::Change DeviceWatch::look()
 {
-    const QString text = deviceInfoText().remove(QChar(0));
+    // An adapter that did not answer when it was opened may do so by now.
+    if (isDeviceOpen() && deviceInfoText().isEmpty())
+        refreshDeviceInfo();
+    const QString text = deviceInfoTitle();
     if (text == shown_)
         return Change::None;
     shown_ = text;

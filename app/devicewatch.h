@@ -12,7 +12,7 @@ public:
     Change look();
     // Forgets the device, as after closing it.
     void forget() { shown_.clear(); }
-    // The info text in the title, without zero bytes; empty while no device is shown.
+    // The info text in the title, fit for a title; empty while no device is shown.
     const QString &titleText() const { return shown_; }
 
 private:

@@ -88,9 +88,11 @@ MainWindow::~MainWindow()
 {
     watchTimer_->stop();
     refreshTimer_->stop();
-    deviceClosed();
+    for (const Channel &channel : channels_)
+        channel.sender->stop();
     for (const Channel &channel : channels_)
         channel.sender->wait();
+    deviceClosed();
     receiveView_->closeCapture();
 }
 
@@ -171,7 +173,9 @@ void MainWindow::restoreOptions()
         for (const Channel &channel : channels_)
             channel.receiver->clearLastIds();
     const QString defaultLimit = QString::number(receiveView_->listLimit());
-    receiveView_->setListLimit(qMax(1u, settings::number(QStringLiteral("listCount"), defaultLimit)));
+    const unsigned limit = settings::number(QStringLiteral("listCount"), defaultLimit);
+    if (limit >= 1 && limit <= unsigned(kLargestTuningValue))
+        receiveView_->setListLimit(limit);
     menu_->setTuning(scanTime_, framesPerReceive_, receiveView_->listLimit());
     menu_->showLanguage(languageCode());
 }
@@ -265,12 +269,11 @@ void MainWindow::openDeviceDialog()
 {
     OpenDlg dialog(deviceIndex_, this);
     openDialog_ = &dialog;
+    connect(&dialog, &OpenDlg::deviceOpened, this, &MainWindow::lookAtDevice);
     connect(&dialog, &OpenDlg::deviceClosed, this, &MainWindow::deviceClosed);
     dialog.exec();
     deviceIndex_ = dialog.deviceIndex();
     logDriverNotices();
-    // At once, not at the next turn of the watch: a sender that starts now would keep it from seeing the device.
-    lookAtDevice();
     for (unsigned channel = 0; channel < kChannelCount; ++channel)
         channelDialogClosed(channel, dialog.channelOpened(channel));
 }
@@ -293,10 +296,8 @@ void MainWindow::deviceClosed()
 {
     for (const Channel &channel : channels_) {
         channel.panel->setSendEnabled(false);
-        channel.sender->stop();
-    }
-    for (const Channel &channel : channels_)
         channel.receiver->stopAndWait();
+    }
     closeDevice();
     logDriverNotices();
     for (const QString &line : lossReport_.finish())

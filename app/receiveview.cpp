@@ -73,7 +73,8 @@ void ReceiveView::runRound(bool capturing)
     }
     if (capturing)
         capture_.writeRound();
-    display(shown);
+    if (!paused)
+        display(shown);
     statistics_.add(counts);
 }
 
@@ -134,8 +135,6 @@ bool ReceiveView::isPaused() const
 // Moves the texts of the frames into the table; of more than the limit, those of the last ones.
 void ReceiveView::display(const Frames &frames)
 {
-    if (frames.empty())
-        return;
     const qint64 limit = listLimit_;
     const qint64 count = std::min<qint64>(static_cast<qint64>(frames.size()), limit);
     {

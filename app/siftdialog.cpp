@@ -29,8 +29,8 @@ SiftDialog::~SiftDialog() = default;
 void SiftDialog::fill(const QStringList &values, int column)
 {
     column_ = column;
-    list_->fill(values);
-    search();
+    list_->fill(values); // all of them: a search text that was left only counts once it is edited
+    showAllRow();
 }
 
 void SiftDialog::popupAt(const QPoint &globalPoint)

@@ -1,31 +1,33 @@
 // Trials of the whole program that take their time: the real window on the simulated adapter, driven as a user would.
 //   ostrel_trials saturate SECONDS [FILE]   both channels full of the shortest FD frames, capture to FILE when given
+//   ostrel_trials filter SECONDS FILE       the same on a list of 50,000 rows with conditions on two columns
+//   ostrel_trials unplug TIMES              the adapter pulled while frames flow, plugged in and opened again
 //   ostrel_trials endless SECONDS           both panels send without end and without interval
 //   ostrel_trials replay FILE               the file sent with its recorded timing on a quiet bus, and compared
 //   ostrel_trials record SECONDS FILE       channel 1 captured (of OSTREL_SIM_TRACE, say)
 //   ostrel_trials mixture ROWS FILE         writes a file of mixed frames, a millisecond apart
 // Each prints what it measured; it ends with 1 when frames are missing or differ.
-#include "app/mainwindow.h"
-#include "device/devicelayer.h"
-#include "device/driver/simulated/simulateddriver.h"
+#include "app/displayfilter.h"
+#include "app/receiveview.h"
+#include "device/settingsstore.h"
+#include "frames/mytablemodel.h"
+#include "frames/pendingframes.h"
 #include "processusage.h"
-#include "testfolder.h"
-#include "windowdriver.h"
+#include "trialscene.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
-#include <QElapsedTimer>
+#include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QSpinBox>
-#include <QTest>
 #include <QTextStream>
 #include <QTime>
-#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <vector>
 
 namespace
@@ -35,59 +37,6 @@ QTextStream &out()
     static QTextStream stream(stdout);
     return stream;
 }
-
-// The longest time between two turns of the event loop.
-class LoopWatch : public QObject
-{
-public:
-    LoopWatch()
-    {
-        timer_.setTimerType(Qt::PreciseTimer);
-        connect(&timer_, &QTimer::timeout, this, [this] {
-            longestUs_ = std::max(longestUs_, clock_.nsecsElapsed() / 1000);
-            clock_.restart();
-        });
-    }
-    void start()
-    {
-        longestUs_ = 0;
-        clock_.start();
-        timer_.start(0);
-        timer_.setInterval(1);
-    }
-    double longestMs() const { return static_cast<double>(longestUs_) / 1000; }
-
-private:
-    QTimer timer_;
-    QElapsedTimer clock_;
-    qint64 longestUs_ = 0;
-};
-
-struct Scene {
-    TestFolder folder;
-    SimulatedDriver *adapter = nullptr;
-    std::unique_ptr<MainWindow> window;
-    std::unique_ptr<WindowDriver> user;
-
-    explicit Scene(const SimulatorOptions &options)
-    {
-        folder.copyCatalogues();
-        auto driver = std::make_unique<SimulatedDriver>(options);
-        adapter = driver.get();
-        setDriver(std::move(driver));
-        window = std::make_unique<MainWindow>();
-        window->resize(1366, 768);
-        window->show();
-        user = std::make_unique<WindowDriver>(*window);
-        QTest::qWait(100);
-    }
-    ~Scene()
-    {
-        user.reset();
-        window.reset();
-        setDriver(nullptr);
-    }
-};
 
 SimulatorOptions bus(SimulatorOptions::Traffic traffic)
 {
@@ -136,9 +85,12 @@ qint64 rowsOf(const QString &path)
     return rows;
 }
 
-int saturate(int seconds, const QString &capture)
+// prepare: what is to be done with the window before the adapter is opened.
+int saturate(int seconds, const QString &capture, const std::function<void(Scene &)> &prepare = {})
 {
     Scene scene(bus(SimulatorOptions::Traffic::Flood));
+    if (prepare)
+        prepare(scene);
     QFile::remove(capture);
     if (!capture.isEmpty())
         scene.user->startCapture(capture);
@@ -159,6 +111,75 @@ int saturate(int seconds, const QString &capture)
     const qint64 rows = rowsOf(capture);
     out() << "rows captured: " << rows << '\n';
     return lost || rows != static_cast<qint64>(frames);
+}
+
+// One condition lets one channel through, the other holds a text for each of 50,000 rows that have been shown.
+int filter(int seconds, const QString &capture)
+{
+    constexpr int kRows = 50000;
+    settings::setValue("listCount", QString::number(kRows), false);
+    return saturate(seconds, capture, [](Scene &scene) {
+        auto *view = scene.window->findChild<ReceiveView *>();
+        view->setListLimit(kRows);
+        QList<ModelItem> frames;
+        QStringList stamps;
+        for (int i = 0; i < kRows; ++i) {
+            ModelItem item;
+            item.channelText = QString::number(i % 2 + 1);
+            item.timeStamp = "0x" + QString::number(i, 16).toUpper();
+            stamps.append(item.timeStamp);
+            frames.append(item);
+        }
+        appendPendingFrames(frames);
+        view->refresh();
+        QElapsedTimer timer;
+        timer.start();
+        auto *filter = scene.window->findChild<DisplayFilter *>();
+        filter->setCondition(stamps, TimeStampColumn);
+        filter->setCondition({"1"}, ChannelColumn);
+        out() << "conditions set on " << view->model()->rowCount() << " rows in " << timer.elapsed() << " ms\n";
+    });
+}
+
+int openFiles()
+{
+    return QDir("/proc/self/fd").entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System).size();
+}
+
+int threads()
+{
+    return QDir("/proc/self/task").entryList(QDir::NoDotAndDotDot | QDir::Dirs).size();
+}
+
+int unplug(int times)
+{
+    Scene scene(bus(SimulatorOptions::Traffic::Flood));
+    WindowDriver &user = *scene.user;
+    for (int i = 1; i <= times; ++i) {
+        if (!user.openEverything())
+            return 1;
+        QTest::qWait(500);
+        QElapsedTimer timer;
+        timer.start();
+        scene.adapter->unplug();
+        while (user.log().count("设备已关闭！") < i) {
+            QTest::qWait(5);
+            if (timer.elapsed() > 5000)
+                return 1;
+        }
+        const qint64 told = timer.elapsed();
+        QTest::qWait(200);
+        if (i == 1 || i % 10 == 0)
+            out() << QString("  pulled %1 times: told after %2 ms, %3 threads, %4 open files, resident %5 MiB\n")
+                         .arg(i)
+                         .arg(told)
+                         .arg(threads())
+                         .arg(openFiles())
+                         .arg(ProcessUsage::now().residentMiB(), 0, 'f', 1);
+        out().flush();
+        scene.adapter->replug();
+    }
+    return 0;
 }
 
 int endless(int seconds)
@@ -231,7 +252,10 @@ int mixture(int rows, const QString &path)
                             extended ? QString::asprintf("%08X", 0x10000 + i) : QString::asprintf("%03X", i & 0x7FF),
                             extended ? "扩展帧" : "标准帧", remote ? "远程帧" : "数据帧")
                        .arg(length)
-                       .arg(!fd ? "CAN" : i % 4 == 1 ? "CANFD-加速" : "CANFD", data)
+                       .arg(!fd          ? "CAN"
+                            : i % 4 == 1 ? "CANFD-加速"
+                                         : "CANFD",
+                            data)
                        .toUtf8());
     }
     return 0;
@@ -322,6 +346,10 @@ int main(int argc, char *argv[])
     out().setCodec("UTF-8");
     if (trial == "saturate" && number > 0)
         return saturate(number, arguments.value(2));
+    if (trial == "filter" && number > 0)
+        return filter(number, arguments.value(2));
+    if (trial == "unplug" && number > 0)
+        return unplug(number);
     if (trial == "endless" && number > 0)
         return endless(number);
     if (trial == "record" && number > 0)
@@ -330,6 +358,7 @@ int main(int argc, char *argv[])
         return mixture(number, arguments.value(2));
     if (trial == "replay" && arguments.size() == 2)
         return replay(arguments.at(1));
-    out() << "saturate SECONDS [FILE] | endless SECONDS | replay FILE | record SECONDS FILE | mixture ROWS FILE\n";
+    out() << "saturate SECONDS [FILE] | filter SECONDS FILE | unplug TIMES | endless SECONDS | replay FILE | record "
+             "SECONDS FILE | mixture ROWS FILE\n";
     return 2;
 }

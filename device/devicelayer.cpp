@@ -217,10 +217,11 @@ bool applyFilterRows(unsigned channel, const QString &rowText)
     const QStringList rows = rowText.isEmpty() ? QStringList() : rowText.split(QLatin1Char('|'));
     for (const QString &row : rows) {
         const QStringList fields = row.split(QLatin1Char('-'));
-        if (fields.size() != 3)
+        bool kindIsNumber = false;
+        const unsigned kind = fields.at(0).toUInt(&kindIsNumber);
+        if (fields.size() != 3 || !kindIsNumber)
             return false;
-        if (!setFilterRange(channel, fields.at(0).toUInt(), QStringLiteral("0x") + fields.at(1),
-                            QStringLiteral("0x") + fields.at(2)))
+        if (!setFilterRange(channel, kind, QStringLiteral("0x") + fields.at(1), QStringLiteral("0x") + fields.at(2)))
             return false;
     }
     return ackFilter(channel);

@@ -76,9 +76,11 @@ void OpenDlg::on_pushButton_clicked()
         const unsigned firmware = refreshDeviceInfo();
         readInfo();
         initDlg();
+        emit deviceOpened();
         if (!info_.isEmpty()) // without an answer there is no version to compare
             offerFirmwareUpgrade(firmware, unsigned(index), this);
     } else {
+        readInfo();
         initDlg();
         showWarning(this, warningTitle(), text3("设备打开失败！", "設備打開失敗！", "Device opening failed!"));
     }
@@ -113,6 +115,7 @@ void OpenDlg::on_pushButton_4_clicked()
 void OpenDlg::on_pushButton_5_clicked()
 {
     closeDevice();
+    readInfo();
     emit deviceClosed();
     initDlg();
 }

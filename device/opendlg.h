@@ -36,6 +36,9 @@ public slots:
     void initDlg();
 
 signals:
+    // The adapter has just been opened. Whoever watches it looks at once: a sender that starts soon keeps the watch
+    // off.
+    void deviceOpened();
     // The user closed the adapter: titles that name it return to plain.
     void deviceClosed();
 

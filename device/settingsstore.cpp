@@ -127,6 +127,7 @@ void save()
 
     // Written aside and renamed, so that nobody ever finds half a file.
     QSaveFile file(path);
+    file.setDirectWriteFallback(true); // in a folder that takes no new file, better written in place than not at all
     if (!file.open(QIODevice::WriteOnly))
         return;
     file.write(text.toUtf8());

@@ -45,9 +45,18 @@ void DialogScaler::scaleTo(qreal logicalDpi)
                                      qRound(design.width() * factor), qRound(design.height() * factor));
         }
     }
-    QSize size(qRound(designSize_.width() * factor), qRound(designSize_.height() * factor));
+    resizeBy(factor);
+    factor_ = factor;
+    emit scaled();
+}
+
+// First to the designed size, later the size that the user has given it, by as much as the factor has changed.
+void DialogScaler::resizeBy(qreal factor)
+{
+    if (dialog_->windowState() & (Qt::WindowMaximized | Qt::WindowFullScreen))
+        return;
+    QSize size = factor_ == 0 ? designSize_ * factor : dialog_->size() * (factor / factor_);
     if (const QLayout *layout = dialog_->layout())
         size = size.expandedTo(layout->totalMinimumSize());
     dialog_->resize(size);
-    emit scaled();
 }

@@ -25,9 +25,11 @@ signals:
 
 private:
     void followScreen();
+    void resizeBy(qreal factor);
 
     QWidget *dialog_;
     QSize designSize_;
+    qreal factor_ = 0;                       // in force; 0 before the first scaling
     QHash<QWidget *, QRect> designGeometry_; // direct children, as designed at 96 DPI
 };
 

@@ -10,20 +10,30 @@ namespace
 {
 
 constexpr int kChunk = 256 * 1024;
-constexpr int kUtf8Mib = 106;
 constexpr char kMark[] = "\xEF\xBB\xBF";
 constexpr int kMarkSize = 3;
 
-bool isAscii(const char *text, std::size_t size)
-{
-    return std::none_of(text, text + size, [](char c) { return static_cast<signed char>(c) < 0; });
-}
-
+// Whether the text can be UTF-8; its last character may be cut off, as at the end of a file that was not written whole.
 bool isUtf8(const char *text, std::size_t size)
 {
-    QTextCodec::ConverterState state;
-    QTextCodec::codecForMib(kUtf8Mib)->toUnicode(text, static_cast<int>(size), &state);
-    return state.invalidChars == 0 && state.remainingChars == 0;
+    constexpr unsigned kFirstTwoByteLead = 0xC2; // the two before it could only be overlong forms
+    constexpr unsigned kFirstThreeByteLead = 0xE0;
+    constexpr unsigned kFirstFourByteLead = 0xF0;
+    constexpr unsigned kLastLead = 0xF4;
+    const auto *byte = reinterpret_cast<const unsigned char *>(text);
+    const unsigned char *const end = byte + size;
+    while (byte != end) {
+        const unsigned lead = *byte++;
+        if (lead < 0x80)
+            continue;
+        if (lead < kFirstTwoByteLead || lead > kLastLead)
+            return false;
+        int following = lead >= kFirstFourByteLead ? 3 : lead >= kFirstThreeByteLead ? 2 : 1;
+        for (; following > 0 && byte != end; --following)
+            if ((*byte++ & 0xC0) != 0x80)
+                return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -44,13 +54,14 @@ bool CsvReader::open(const QString &path)
 bool CsvReader::rewind()
 {
     begin_ = end_ = 0;
-    encoding_ = Encoding::Unknown;
-    if (!file_.seek(0))
+    marked_ = false;
+    failed_ = !file_.seek(0);
+    if (failed_)
         return false;
     if (!refill())
-        return file_.error() == QFileDevice::NoError; // empty
+        return !failed_; // empty
     if (end_ >= kMarkSize && std::memcmp(buffer_.constData(), kMark, kMarkSize) == 0) {
-        encoding_ = Encoding::Utf8;
+        marked_ = true;
         begin_ = kMarkSize;
     }
     Line header;
@@ -114,19 +125,17 @@ bool CsvReader::refill()
         end_ = rest;
     }
     const qint64 got = file_.read(buffer_.data() + end_, buffer_.size() - end_);
-    if (got <= 0)
+    if (got <= 0) {
+        failed_ = failed_ || got < 0;
         return false;
+    }
     end_ += static_cast<int>(got);
     return true;
 }
 
 void CsvReader::decode(Line &line)
 {
-    if (encoding_ == Encoding::Utf8 || isAscii(line.text, line.size))
-        return;
-    if (encoding_ == Encoding::Unknown)
-        encoding_ = isUtf8(line.text, line.size) ? Encoding::Utf8 : Encoding::Gb18030;
-    if (encoding_ == Encoding::Utf8)
+    if (marked_ || isUtf8(line.text, line.size))
         return;
     static QTextCodec *const codec = QTextCodec::codecForName("GB18030");
     if (!codec)

@@ -4,8 +4,8 @@
 #include <QByteArray>
 #include <QFile>
 
-// Line ends are LF or CRLF. The first line that is not plain ASCII settles the encoding: UTF-8 (a byte-order mark
-// settles it too) or, when it is no valid UTF-8, GB18030.
+// Line ends are LF or CRLF. Without a byte-order mark every line is judged by itself: it is GB18030 when it is no valid
+// UTF-8, as in a file that a spreadsheet saved and a later capture went on with.
 class CsvReader
 {
 public:
@@ -19,14 +19,16 @@ public:
     bool open(const QString &path);
     // Goes back to the start of the file, past the header line. false when the file cannot be read any more.
     bool rewind();
-    // false at the end of the file. A line longer than kLongestLine is answered as its beginning without any comma.
+    // false at the end of the file, or when it can be read no further. A line longer than kLongestLine is answered as
+    // its beginning without any comma.
     bool next(Line &line);
+
+    // Whether reading ended before the end of the file.
+    bool failed() const { return failed_; }
 
     static constexpr int kLongestLine = 64 * 1024;
 
 private:
-    enum class Encoding { Unknown, Utf8, Gb18030 };
-
     bool nextRaw(Line &line);
     bool refill();
     void decode(Line &line);
@@ -35,6 +37,7 @@ private:
     QByteArray buffer_;
     int begin_ = 0; // of what has not been handed out yet
     int end_ = 0;
-    Encoding encoding_ = Encoding::Unknown;
+    bool marked_ = false; // begins with a byte-order mark
+    bool failed_ = false;
     QByteArray decoded_;
 };

@@ -2,6 +2,7 @@
 
 #include "device/devicelayer.h"
 #include "device/settingsstore.h"
+#include "frames/finetimers.h"
 #include "frames/framebuilder.h"
 #include "frames/pendingframes.h"
 
@@ -62,6 +63,7 @@ void recvThread::clearLastIds()
 
 void recvThread::run()
 {
+    const FineTimers fineTimers;
     CanReceiveRecord classic[kLargestRead];
     CanFdReceiveRecord fd[kLargestRead];
     quint8 idle = 0;

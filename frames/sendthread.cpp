@@ -4,6 +4,7 @@
 #include "device/language.h"
 #include "frames/csvreader.h"
 #include "frames/csvrow.h"
+#include "frames/finetimers.h"
 #include "frames/framebuilder.h"
 #include "frames/pendingframes.h"
 
@@ -93,6 +94,7 @@ void sendThread::stop()
 
 void sendThread::run()
 {
+    const FineTimers fineTimers;
     if (mode_ == Mode::Count)
         runCount();
     else
@@ -166,17 +168,22 @@ template <typename Record> void sendThread::nextFrame(Record &record)
 void sendThread::runFile()
 {
     say({"开始发送文件: %1...", "開始發送文件: %1...", "send file: %1..."}, filePath_);
+    static constexpr LogText kFileError{"文件发送错误！", "文件發送錯誤！", "File transmission Error!"};
     skippedTold_ = 0;
     CsvReader reader;
     if (!reader.open(filePath_)) {
-        say({"文件发送错误！", "文件發送錯誤！", "File transmission Error!"});
+        say(kFileError);
     } else {
-        // Endless passes that find nothing to send, or no open channel to send it on, would only spin.
+        // More passes like one that sent nothing, or endless ones that nobody took a frame of, would only spin.
         const bool endless = fileRepeat_ == kEndlessRepeat;
-        for (int pass = 0; !stop_.isSet() && anyChannelOpen() && (endless || pass < fileRepeat_); pass += !endless)
-            if (!sendPass(reader) && endless)
+        for (int pass = 0; !stop_.isSet() && anyChannelOpen() && (endless || pass < fileRepeat_); pass += !endless) {
+            const PassResult result = sendPass(reader);
+            if (result == PassResult::NothingSent || (endless && result == PassResult::NothingTaken))
                 break;
-        if (stop_.isSet())
+        }
+        if (reader.failed())
+            say(kFileError);
+        else if (stop_.isSet())
             say({"文件中止发送！", "文件中止發送！", "File Aborted Sending!"});
         else
             say({"文件发送完成！", "文件發送完成！", "File transmission completed!"});
@@ -185,10 +192,9 @@ void sendThread::runFile()
     emit endSend(1);
 }
 
-// One pass over the file; true when a row went to an open channel.
-bool sendThread::sendPass(CsvReader &reader)
+sendThread::PassResult sendThread::sendPass(CsvReader &reader)
 {
-    bool sentAny = false;
+    PassResult result = PassResult::NothingSent;
     quint64 skipped = 0;
     rowClock_.clear();
     CsvReader::Line line;
@@ -211,28 +217,31 @@ bool sendThread::sendPass(CsvReader &reader)
                                 : sleepFor(fileInterval_, anyChannelOpen);
         if (!inTime)
             break;
-        sentAny = sentAny || isChannelOpen(channel);
-        sendRow(frame, channel);
+        if (!isChannelOpen(channel))
+            sendRow(frame, channel); // shown all the same
+        else if (sendRow(frame, channel))
+            result = PassResult::Taken;
+        else if (result == PassResult::NothingSent)
+            result = PassResult::NothingTaken;
     }
     if (skipped > skippedTold_) {
         skippedTold_ = skipped;
         say({"文件中跳过了%1行无效数据！", "文件中跳過了%1行無效數據！", "%1 invalid rows of the file skipped!"},
             skipped);
     }
-    return sentAny;
+    return result;
 }
 
-void sendThread::sendRow(const CsvFrame &frame, uint channel)
+// A row that fails does not end the file.
+bool sendThread::sendRow(const CsvFrame &frame, uint channel)
 {
     const auto send = [&](auto record) {
         toRecord(frame, record);
-        transmit(channel, &record, 1); // a row that fails does not end the file
+        const bool taken = transmit(channel, &record, 1);
         buildBatch(&record, 1, static_cast<quint16>(channel));
+        return taken;
     };
-    if (frame.canFd)
-        send(CanFdTransmitRecord{});
-    else
-        send(CanTransmitRecord{});
+    return frame.canFd ? send(CanFdTransmitRecord{}) : send(CanTransmitRecord{});
 }
 
 template <typename Record> void sendThread::buildBatch(const Record *records, uint count, quint16 channel)

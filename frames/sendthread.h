@@ -63,8 +63,10 @@ private:
     template <typename Record> void sendCounted(const LogText &failure);
     template <typename Record> void nextFrame(Record &record);
     void runFile();
-    bool sendPass(CsvReader &reader);
-    void sendRow(const CsvFrame &frame, uint channel);
+    // What became of one pass over the file: no row met an open channel, none was taken by the driver, or some were.
+    enum class PassResult { NothingSent, NothingTaken, Taken };
+    PassResult sendPass(CsvReader &reader);
+    bool sendRow(const CsvFrame &frame, uint channel);
     template <typename Record> void buildBatch(const Record *records, uint count, quint16 channel);
     bool sleepFor(uint milliseconds, const std::function<bool()> &goOn);
     // Nothing is logged while the language code is none of the three.

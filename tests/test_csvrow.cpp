@@ -182,6 +182,8 @@ private slots:
         QTextCodec *gb = QTextCodec::codecForName("GB18030");
         QTest::newRow("GB18030") << gb->fromUnicode("序号,类型\r\na\r\n标准帧,無\r\n扩展帧")
                                  << QStringList{"a", "标准帧,無", "扩展帧"};
+        QTest::newRow("GB18030, then UTF-8") << gb->fromUnicode("index\n标准帧\n") + "扩展帧\n"
+                                             << QStringList{"标准帧", "扩展帧"};
         QTest::newRow("GB18030, ASCII header") << gb->fromUnicode("index\n標準幀\n") << QStringList{"標準幀"};
         QTest::newRow("UTF-8 cut at the end")
             << QByteArray("序号\n标准帧\n数\xE6") << QStringList{"标准帧", "数\uFFFD"};

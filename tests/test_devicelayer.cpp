@@ -106,6 +106,8 @@ private slots:
                                       << "0/filter_mode" << false << QStringList(first.mid(0, 2));
         QTest::newRow("clear refused") << "0-100-1FF"
                                        << "0/filter_clear" << false << QStringList(first.mid(0, 1));
+        QTest::newRow("kind is no number") << "x-1-2"
+                                           << "" << false << QStringList(first.mid(0, 1));
         QTest::newRow("two fields") << "0-100"
                                     << "" << false << QStringList(first.mid(0, 1));
         QTest::newRow("trailing bar") << "0-100-1FF|"

@@ -25,7 +25,7 @@ private slots:
 
     void browsingEmptiesTheFileAtOnce()
     {
-        const QString path = dir_.filePath("chosen.csv");
+        QString path = dir_.filePath("chosen.csv");
         QFile old(path);
         QVERIFY(old.open(QIODevice::WriteOnly));
         old.write("old");
@@ -51,7 +51,7 @@ private slots:
 
     void anUnwritableTargetShowsTheHintAndOkIsStillAllowed()
     {
-        const QString path = dir_.filePath("no such folder/a.csv");
+        QString path = dir_.filePath("no such folder/a.csv");
         savefileDlg::askSaveFileName = [&](QWidget *, const QString &) { return path; };
         savefileDlg dialog;
         dialog.show();

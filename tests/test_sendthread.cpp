@@ -394,6 +394,7 @@ private slots:
         QTest::newRow("many times, closed") << csvRow("10:00:00.000", "0x100") << 0x7FFFFFFF << 0;
         QTest::newRow("no time at all") << csvRow("10:00:00.000", "0x100") << 0 << 2;
         QTest::newRow("below endless") << csvRow("10:00:00.000", "0x100") << -2 << 2;
+        QTest::newRow("many times, no frame") << QByteArray("x\n\n") << 0x7FFFFFFF << 2;
         QTest::newRow("endless, its channel closed") << csvRow("10:00:00.000", "0x100") << -1 << 1;
     }
     void passesThatSendNothingEnd()
@@ -411,6 +412,19 @@ private slots:
         const QStringList events = finish(thread);
         QCOMPARE(events.mid(events.size() - 3), QStringList({"File transmission completed!", "end 0", "end 1"}));
         QVERIFY(batches().isEmpty());
+    }
+
+    // Nobody takes a frame, as after the adapter has been pulled: an endless run ends, a counted one keeps its count.
+    void passesThatNobodyTakes()
+    {
+        folder_->write("rows.csv", kHeader + csvRow("10:00:00.000", "0x100"));
+        fake_->onTransmitCan = [](unsigned, const CanTransmitRecord *, std::uint32_t) { return 0u; };
+        sendThread thread(0);
+        for (const auto &[repeat, tries] : {std::pair<int, std::size_t>(-1, 1), {3, 4}}) {
+            thread.setFileSend(folder_->path("rows.csv"), repeat, 0, 0);
+            QCOMPARE(finish(thread).constLast(), QString("end 1"));
+            QCOMPARE(fake_->sentCan(0).size(), tries);
+        }
     }
 
     // Every row is due by its distance from the first one; delays of sending do not add up.

@@ -147,9 +147,9 @@ private slots:
         QVERIFY(told().isEmpty());
         QCOMPARE(searchEdit()->text(), QString("ab"));
         dialog_->fill({"ab", "c"}, 1);
+        QCOMPARE(rows(), QStringList({"全部", "ab", "c"})); // the text left over counts once it is edited
+        search("b");
         QCOMPARE(rows(), QStringList{"ab"});
-        search("");
-        QCOMPARE(rows(), QStringList({"全部", "ab", "c"}));
     }
 
     void keyboard()

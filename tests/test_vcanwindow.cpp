@@ -227,7 +227,7 @@ private slots:
         QVERIFY(scene.user->openEverything());
         scene.user->startCapture(scene.capture());
         Candump candump(scene.folder);
-        QCOMPARE(run("cangen", QString("vcan0 -m -g 1 -c 30 -n %1").arg(frames)), 0);
+        QCOMPARE(run("cangen", QString("vcan0 -m -g 1 -c 50 -n %1").arg(frames)), 0);
         scene.waitUntilQuiet();
         scene.user->stopCapture();
         const Traffic made = fromCandumpLog(candump.log(), "vcan0");

@@ -9,23 +9,23 @@ DriverList::DriverList(std::vector<std::unique_ptr<Driver>> drivers) : drivers_(
     active_ = drivers_.front().get();
 }
 
-void DriverList::listDevices(std::vector<std::string> *names)
+void DriverList::listDevices()
 {
     offers_.clear();
     for (const auto &driver : drivers_) {
         std::uint32_t localIndex = 0;
-        for (std::string &name : driver->deviceNames()) {
-            offers_.push_back({driver.get(), localIndex++});
-            if (names)
-                names->push_back(std::move(name));
-        }
+        for (std::string &name : driver->deviceNames())
+            offers_.push_back({driver.get(), localIndex++, std::move(name)});
     }
 }
 
 std::vector<std::string> DriverList::deviceNames()
 {
+    if (open_ == 0)
+        listDevices();
     std::vector<std::string> names;
-    listDevices(&names);
+    for (const Offer &offer : offers_)
+        names.push_back(offer.name);
     return names;
 }
 
@@ -41,15 +41,17 @@ std::vector<DriverNotice> DriverList::takeNotices()
 Driver::Handle DriverList::OpenDevice(std::uint32_t deviceType, std::uint32_t deviceIndex, std::uint32_t reserved)
 {
     if (offers_.empty())
-        listDevices(nullptr);
+        listDevices();
     if (deviceIndex >= offers_.size())
         return 0;
     active_ = offers_[deviceIndex].driver;
-    return active_->OpenDevice(deviceType, offers_[deviceIndex].localIndex, reserved);
+    open_ = active_->OpenDevice(deviceType, offers_[deviceIndex].localIndex, reserved);
+    return open_;
 }
 
 std::uint32_t DriverList::CloseDevice(Handle device)
 {
+    open_ = 0;
     return active_->CloseDevice(device);
 }
 

@@ -35,14 +35,17 @@ public:
     std::uint32_t ResetDriver() override;
 
 private:
-    // The device list as the user last saw it, so that an index keeps its meaning when an interface comes or goes.
+    // The device list as the user last saw it, so that an index keeps its meaning when an interface comes or goes. It
+    // stays as it is while a device is open.
     struct Offer {
         Driver *driver;
         std::uint32_t localIndex;
+        std::string name;
     };
-    void listDevices(std::vector<std::string> *names);
+    void listDevices();
 
     std::vector<std::unique_ptr<Driver>> drivers_;
     std::vector<Offer> offers_;
+    Handle open_ = 0;
     Driver *active_; // never null: the driver of the last OpenDevice; changed only while no device is open
 };

@@ -41,7 +41,7 @@ constexpr Message kMessages[] = {
     {extended(0x10A4E021), Kind::FdSwitched, 48, 100},
     {extended(0x14F21C33), Kind::Fd, 24, 200},
     {extended(0x18FA4210), Kind::Classic, 8, 100},
-    {extended(0x18FB0733), Kind::Classic, 1, 250},
+    {extended(0x18FF0033), Kind::Classic, 1, 250},
     {extended(0x1CE80021), Kind::Remote, 4, 1000},
     {extended(0x1D30FF21), Kind::FdSwitched, 64, 200},
 };

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "device/driver/acceptancefilter.h"
-#include "device/driver/simulated/bittiming.h"
 #include "device/driver/boundedqueue.h"
+#include "device/driver/simulated/bittiming.h"
 
 struct Transmission {
     BusFrame frame;

@@ -29,6 +29,7 @@ std::string joinedNames(const std::vector<std::string> &names, const char *separ
 std::string serialText(const std::vector<CanInterface> &interfaces)
 {
     std::vector<std::string> names;
+    names.reserve(interfaces.size());
     for (const CanInterface &interface : interfaces)
         names.push_back(interface.name);
     return joinedNames(names, "+");
