@@ -13,10 +13,26 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QClipboard>
+#include <QDesktopServices>
 #include <QSettings>
 #include <QShortcut>
 #include <QSplitter>
 #include <QtTest>
+
+// Stands for the desktop's own viewer.
+class Viewer : public QObject
+{
+    Q_OBJECT
+
+public:
+    QList<QUrl> opened;
+
+    Viewer() { QDesktopServices::setUrlHandler("file", this, "open"); }
+    ~Viewer() override { QDesktopServices::unsetUrlHandler("file"); }
+
+public slots:
+    void open(const QUrl &url) { opened.append(url); }
+};
 
 class DesktopHabitsTest : public QObject
 {
@@ -116,6 +132,23 @@ private slots:
         }
         for (const QShortcut *shortcut : window_->findChildren<QShortcut *>())
             QVERIFY2(add(shortcut->key()), qPrintable(shortcut->key().toString()));
+    }
+
+    void helpMenuOpensTheManual()
+    {
+        folder_.write("help/English/A Manual & more.pdf", "%PDF");
+        WindowDriver(*window_).trigger("actionEnglish"); // fills the menu
+        QAction *entry = nullptr;
+        for (QAction *action : window_->findChildren<QAction *>())
+            if (action->text() == "A Manual && more.pdf")
+                entry = action;
+        QVERIFY(entry);
+        QCOMPARE(entry->shortcut(), QKeySequence(QKeySequence::HelpContents));
+        const Viewer viewer;
+        entry->trigger();
+        WindowDriver(*window_).trigger("actionHelpFolder");
+        QCOMPARE(viewer.opened, (QList<QUrl>{QUrl::fromLocalFile(folder_.path("help/English/A Manual & more.pdf")),
+                                             QUrl::fromLocalFile(folder_.path("help/English"))}));
     }
 
     void keysPressButtons()
