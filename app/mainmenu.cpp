@@ -22,7 +22,7 @@ MainMenu::MainMenu(QMenuBar *bar) : QObject(bar)
     };
     deviceMenu_ = addMenu("menuDevice");
     deviceOperations = add(deviceMenu_, "actionDeviceOperations", "Ctrl+O");
-    firmwareUpgrade = add(deviceMenu_, "actionFirmwareUpgrade", "Ctrl+Shift+U");
+    firmwareUpgrade = add(deviceMenu_, "actionFirmwareUpgrade", "Ctrl+Shift+B");
 
     sendMenu_ = addMenu("menuSend");
     fileSend = add(sendMenu_, "actionFileSend", "Ctrl+T");
@@ -32,7 +32,7 @@ MainMenu::MainMenu(QMenuBar *bar) : QObject(bar)
     canSetting = add(parameterMenu_, "actionCanSetting", "Ctrl+P");
     viewParameters = add(parameterMenu_, "actionViewParameters", "Ctrl+Shift+P");
     scanTime = add(parameterMenu_, "actionScanTime", "Ctrl+Shift+T");
-    framesPerReceive = add(parameterMenu_, "actionFramesPerReceive", "Ctrl+Shift+F");
+    framesPerReceive = add(parameterMenu_, "actionFramesPerReceive", "Ctrl+Shift+N");
 
     infoMenu_ = addMenu("menuInformation");
     deviceInfo = add(infoMenu_, "actionDeviceInfo", "Ctrl+I");
