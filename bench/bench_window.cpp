@@ -1,5 +1,5 @@
 // The whole window on the simulated adapter: what it costs, whether it keeps up and what it loses (nothing).
-// A run takes OSTREL_BENCH_SECONDS (5 when not set); a repetition is one run. OSTREL_BENCH_FILES: where the captures
+// A run takes OSTREL_BENCH_SECONDS (10 when not set); a repetition is one run. OSTREL_BENCH_FILES: where the captures
 // go, the folder for temporary files when not set.
 #include "benchframes.h"
 #include "processusage.h"
@@ -34,7 +34,7 @@ int runMs()
 {
     bool ok = false;
     const double seconds = qEnvironmentVariable("OSTREL_BENCH_SECONDS").toDouble(&ok);
-    return ok && seconds > 0 ? static_cast<int>(seconds * 1000) : 5000;
+    return ok && seconds > 0 ? static_cast<int>(seconds * 1000) : 10000;
 }
 
 QString captureFolder()
