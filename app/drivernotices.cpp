@@ -4,7 +4,7 @@
 
 QString noticeText(const DriverNotice &notice)
 {
-    const QString detail = QString::fromStdString(notice.detail);
+    QString detail = QString::fromStdString(notice.detail);
     switch (notice.kind) {
     case DriverNotice::Kind::LibraryMissing:
         return text3("找不到驱动库：%1", "找不到驅動庫：%1", "Driver library missing: %1").arg(detail);

@@ -1,17 +1,24 @@
 #include "app/mainwindow.h"
+#include "app/windowstate.h"
 #include "device/devicelayer.h"
 #include "device/driver/driverfactory.h"
 
 #include <QApplication>
+#include <QIcon>
 
 int main(int argc, char *argv[])
 {
+    QApplication::setAttribute(Qt::AA_DisableWindowContextHelpButton);
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Ostrel"));
+    QApplication::setOrganizationName(QStringLiteral("Ostrel"));
+    QApplication::setDesktopFileName(QStringLiteral("ostrel"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/ostrel.png")));
     setDriver(makeDriver(qgetenv("OSTREL_DRIVER").toStdString()));
     int result = 0;
     {
         MainWindow window;
+        const WindowState state(window);
         window.show();
         result = QApplication::exec();
     }

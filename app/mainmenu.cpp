@@ -5,6 +5,13 @@
 #include <QActionGroup>
 #include <QMenu>
 #include <QMenuBar>
+#include <QRegularExpression>
+
+QString entryTitle(const QAction &entry)
+{
+    static const QRegularExpression accessKey(QStringLiteral("\\(&.\\)$"));
+    return entry.text().remove(accessKey);
+}
 
 MainMenu::MainMenu(QMenuBar *bar) : QObject(bar)
 {
@@ -14,29 +21,29 @@ MainMenu::MainMenu(QMenuBar *bar) : QObject(bar)
         return menu;
     };
     deviceMenu_ = addMenu("menuDevice");
-    deviceOperations = add(deviceMenu_, "actionDeviceOperations");
-    firmwareUpgrade = add(deviceMenu_, "actionFirmwareUpgrade");
+    deviceOperations = add(deviceMenu_, "actionDeviceOperations", "Ctrl+O");
+    firmwareUpgrade = add(deviceMenu_, "actionFirmwareUpgrade", "Ctrl+Shift+U");
 
     sendMenu_ = addMenu("menuSend");
-    fileSend = add(sendMenu_, "actionFileSend");
-    listSend = add(sendMenu_, "actionListSend");
+    fileSend = add(sendMenu_, "actionFileSend", "Ctrl+T");
+    listSend = add(sendMenu_, "actionListSend", "Ctrl+L");
 
     parameterMenu_ = addMenu("menuParameter");
-    canSetting = add(parameterMenu_, "actionCanSetting");
-    viewParameters = add(parameterMenu_, "actionViewParameters");
-    scanTime = add(parameterMenu_, "actionScanTime");
-    framesPerReceive = add(parameterMenu_, "actionFramesPerReceive");
+    canSetting = add(parameterMenu_, "actionCanSetting", "Ctrl+P");
+    viewParameters = add(parameterMenu_, "actionViewParameters", "Ctrl+Shift+P");
+    scanTime = add(parameterMenu_, "actionScanTime", "Ctrl+Shift+T");
+    framesPerReceive = add(parameterMenu_, "actionFramesPerReceive", "Ctrl+Shift+F");
 
     infoMenu_ = addMenu("menuInformation");
-    deviceInfo = add(infoMenu_, "actionDeviceInfo");
+    deviceInfo = add(infoMenu_, "actionDeviceInfo", "Ctrl+I");
 
     viewMenu_ = addMenu("menuView");
-    hexTimeStamp = add(viewMenu_, "actionHexTimeStamp", true);
-    checkRecvId = add(viewMenu_, "actionCheckRecvId", true);
-    mergeSameId = add(viewMenu_, "actionMergeSameId", true);
+    hexTimeStamp = add(viewMenu_, "actionHexTimeStamp", "Ctrl+Shift+H", true);
+    checkRecvId = add(viewMenu_, "actionCheckRecvId", "Ctrl+Shift+I", true);
+    mergeSameId = add(viewMenu_, "actionMergeSameId", "Ctrl+M", true);
     viewMenu_->addSeparator();
-    listBuffer = add(viewMenu_, "actionListBuffer");
-    clearLog = add(viewMenu_, "actionClearLog");
+    listBuffer = add(viewMenu_, "actionListBuffer", "Ctrl+B");
+    clearLog = add(viewMenu_, "actionClearLog", "Ctrl+Shift+D");
 
     languageMenu_ = addMenu("menuLanguage");
     auto *group = new QActionGroup(this);
@@ -45,22 +52,23 @@ MainMenu::MainMenu(QMenuBar *bar) : QObject(bar)
     // Every language under its own name, whatever language is in force.
     static const char *const texts[LanguageCount] = {"简体中文", "繁體中文", "English"};
     for (unsigned code = 0; code < LanguageCount; ++code) {
-        languages[code] = add(languageMenu_, names[code], true);
+        languages[code] = add(languageMenu_, names[code], "", true);
         languages[code]->setText(QString::fromUtf8(texts[code]));
         group->addAction(languages[code]);
     }
 
     helpMenu_ = addMenu("menuHelp");
-    about = add(helpMenu_, "actionAbout");
+    about = add(helpMenu_, "actionAbout", "");
     about->setMenuRole(QAction::AboutRole);
-    helpFolder = add(helpMenu_, "actionHelpFolder");
+    helpFolder = add(helpMenu_, "actionHelpFolder", "Shift+F1");
 }
 
-QAction *MainMenu::add(QMenu *menu, const char *name, bool checkable)
+QAction *MainMenu::add(QMenu *menu, const char *name, const char *key, bool checkable)
 {
     auto *action = new QAction(this);
     action->setObjectName(QLatin1String(name));
     action->setCheckable(checkable);
+    action->setShortcut(QKeySequence(QLatin1String(key)));
     menu->addAction(action);
     return action;
 }
@@ -109,9 +117,13 @@ void MainMenu::fillHelpMenu()
     helpMenu_->addSeparator();
     helpMenu_->addAction(helpFolder);
     helpMenu_->addSeparator();
+    bool isFirst = true;
     for (const HelpDocument &document : helpDocuments()) {
         QAction *action = helpMenu_->addAction(QString(document.name).replace(QLatin1Char('&'), QLatin1String("&&")));
         connect(action, &QAction::triggered, this, [path = document.path] { openOnDesktop(path); });
+        if (isFirst)
+            action->setShortcut(QKeySequence::HelpContents);
+        isFirst = false;
     }
 }
 

@@ -9,6 +9,9 @@ class QAction;
 class QMenu;
 class QMenuBar;
 
+// An entry's text as a title: without its access key, which Chinese texts and these have in brackets at the end.
+QString entryTitle(const QAction &entry);
+
 class MainMenu : public QObject
 {
     Q_OBJECT
@@ -43,7 +46,7 @@ public:
     QAction *helpFolder;
 
 private:
-    QAction *add(QMenu *menu, const char *name, bool checkable = false);
+    QAction *add(QMenu *menu, const char *name, const char *key, bool checkable = false);
 
     QMenu *deviceMenu_;
     QMenu *sendMenu_;

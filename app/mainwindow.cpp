@@ -2,6 +2,7 @@
 
 #include "app/about.h"
 #include "app/buildinfo.h"
+#include "app/buttonkeys.h"
 #include "app/helpdocuments.h"
 #include "app/mainmenu.h"
 #include "app/operationlog.h"
@@ -78,6 +79,7 @@ MainWindow::MainWindow(QWidget *parent)
     followScreenDpi();
     restoreOptions();
     connectActions();
+    addButtonKeys(this);
     menu_->fillHelpMenu();
     startTimers();
 }
@@ -413,14 +415,14 @@ void MainWindow::enterTuning(int index)
     valueDialog dialog(this);
     switch (index) {
     case ScanTime:
-        dialog.setEntry(index, menu_->scanTime->iconText(), 0, kLargestTuningValue, static_cast<int>(scanTime_));
+        dialog.setEntry(index, entryTitle(*menu_->scanTime), 0, kLargestTuningValue, static_cast<int>(scanTime_));
         break;
     case FramesPerReceive:
-        dialog.setEntry(index, menu_->framesPerReceive->iconText(), 1, kLargestTuningValue,
+        dialog.setEntry(index, entryTitle(*menu_->framesPerReceive), 1, kLargestTuningValue,
                         static_cast<int>(framesPerReceive_));
         break;
     case ListLimit:
-        dialog.setEntry(index, menu_->listBuffer->iconText(), 1, kLargestTuningValue,
+        dialog.setEntry(index, entryTitle(*menu_->listBuffer), 1, kLargestTuningValue,
                         static_cast<int>(receiveView_->listLimit()));
         break;
     }

@@ -2,6 +2,7 @@
 
 #include "app/columntitles.h"
 #include "app/displayfilter.h"
+#include "app/rowclipboard.h"
 #include "frames/framecounter.h"
 #include "frames/mytablemodel.h"
 #include "frames/pendingframes.h"
@@ -22,6 +23,7 @@ ReceiveView::ReceiveView(QWidget *parent)
     setHeaderTexts();
     ui_->tableView->setFrameModel(model_);
     filter_ = new DisplayFilter(model_, ui_->tableView);
+    addCopyKeys(ui_->tableView, model_);
 
     statistics_.attach(FrameStatistics::Channel1Received, ui_->ch1RecvCount, ui_->ch1RecvRate);
     statistics_.attach(FrameStatistics::Channel2Received, ui_->ch2RecvCount, ui_->ch2RecvRate);

@@ -38,6 +38,9 @@ public:
     void setSendEnabled(bool enabled);
     void deviceClosed() { setSendEnabled(false); }
 
+    // As narrow as its texts allow: the room beside is for others.
+    QSize sizeHint() const override { return minimumSizeHint(); }
+
 public slots:
     // What the buttons do.
     void send();

@@ -152,18 +152,28 @@ QString csvHeaderLine(const QStringList &titles)
     return titles.join(QLatin1Char(',')) + QLatin1Char('\n');
 }
 
-void appendCsvRow(QString &rows, const ModelItem &item)
+template <typename TextOf> static void appendRow(QString &rows, const TextOf &textOf)
 {
-    rows += item.indexText;
+    rows += textOf(IndexColumn);
     rows += QLatin1String(",=\"");
-    rows += item.systemTime;
+    rows += textOf(SystemTimeColumn);
     rows += QLatin1String("\",");
-    rows += item.timeStamp;
+    rows += textOf(TimeStampColumn);
     for (int column = ChannelColumn; column < FrameColumnCount; ++column) {
         rows += QLatin1Char(',');
-        rows += columnText(item, static_cast<FrameColumn>(column));
+        rows += textOf(static_cast<FrameColumn>(column));
     }
     rows += QLatin1Char('\n');
+}
+
+void appendCsvRow(QString &rows, const ModelItem &item)
+{
+    appendRow(rows, [&item](FrameColumn column) -> const QString & { return columnText(item, column); });
+}
+
+void appendCsvRow(QString &rows, const FrameRow &row)
+{
+    appendRow(rows, [&row](FrameColumn column) -> const QString & { return row[column]; });
 }
 
 bool parseCsvRow(const char *line, std::size_t size, CsvFrame &frame)

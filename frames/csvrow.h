@@ -18,6 +18,7 @@ constexpr char kUtf8Mark[] = "\xEF\xBB\xBF";
 QString csvHeaderLine(const QStringList &titles);
 // Appends the row of one frame, line feed included. Gather a round of rows and encode them at once with toUtf8().
 void appendCsvRow(QString &rows, const ModelItem &item);
+void appendCsvRow(QString &rows, const FrameRow &row);
 
 // One row, ready for the driver.
 struct CsvFrame {

@@ -23,10 +23,10 @@ FineTimers::~FineTimers()
     timeEndPeriod(kResolutionMs);
 }
 
-#else
+#else // sleeps end in time anyway
 
-FineTimers::FineTimers() = default;
+FineTimers::FineTimers() {}
 
-FineTimers::~FineTimers() = default;
+FineTimers::~FineTimers() {}
 
 #endif

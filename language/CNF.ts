@@ -86,6 +86,10 @@
         <source>取消</source>
         <translation>取消</translation>
     </message>
+    <message>
+        <source>十六进制，标准帧：0~7FF，扩展帧：0~1FFFFFFF</source>
+        <translation>十六進制，標準幀：0~7FF，擴展幀：0~1FFFFFFF</translation>
+    </message>
 </context>
 <context>
     <name>INfDialog</name>
@@ -268,6 +272,10 @@
         <source>取消</source>
         <translation>取消</translation>
     </message>
+    <message>
+        <source>由ratesmith生成的整个文本</source>
+        <translation>由ratesmith生成的整個文本</translation>
+    </message>
 </context>
 <context>
     <name>ReceiveView</name>
@@ -426,6 +434,18 @@
         <source>通道%1发送</source>
         <translation>通道%1發送</translation>
     </message>
+    <message>
+        <source>十六进制，标准帧：0~7FF，扩展帧：0~1FFFFFFF</source>
+        <translation>十六進制，標準幀：0~7FF，擴展幀：0~1FFFFFFF</translation>
+    </message>
+    <message>
+        <source>十六进制字节，以空格分隔，例如 00 1A FF</source>
+        <translation>十六進制字節，以空格分隔，例如 00 1A FF</translation>
+    </message>
+    <message>
+        <source>两帧之间的毫秒数，十进制，0：尽快发送</source>
+        <translation>兩幀之間的毫秒數，十進制，0：盡快發送</translation>
+    </message>
 </context>
 <context>
     <name>SiftDialog</name>
@@ -511,6 +531,14 @@
         <source>打开CSV文件</source>
         <translation>打開CSV文件</translation>
     </message>
+    <message>
+        <source>发送整个文件的次数，-1：一直发送</source>
+        <translation>發送整個文件的次數，-1：一直發送</translation>
+    </message>
+    <message>
+        <source>两帧之间的毫秒数，0：尽快发送</source>
+        <translation>兩幀之間的毫秒數，0：盡快發送</translation>
+    </message>
 </context>
 <context>
     <name>listSendDlg</name>
@@ -560,6 +588,10 @@
     <message>
         <source>保存CSV文件</source>
         <translation>保存CSV檔案</translation>
+    </message>
+    <message>
+        <source>输入已有的文件：追加；浏览选择的：覆盖</source>
+        <translation>輸入已有的文件：追加；瀏覽選擇的：覆蓋</translation>
     </message>
 </context>
 <context>

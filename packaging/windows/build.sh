@@ -32,8 +32,6 @@ cmake --build --preset windows
 program=$build/Ostrel-$version
 rm -rf "$program"
 cmake --install "$build" --prefix "$program" >/dev/null
-# Qt's own texts: the buttons of its boxes and the file dialogs.
-cp /usr/share/qt5/translations/qtbase_{zh_CN,zh_TW,en}.qm "$program/language/"
 mkdir -p "$program"/{platforms,styles,licences}
 cp "$QT_WINDOWS_ROOT/plugins/platforms/qwindows.dll" "$program/platforms/"
 cp "$QT_WINDOWS_ROOT/plugins/styles/qwindowsvistastyle.dll" "$program/styles/"

@@ -1,0 +1,36 @@
+#include "app/buttonkeys.h"
+
+#include <QAbstractButton>
+#include <QShortcut>
+
+namespace
+{
+struct ButtonKey {
+    const char *button;
+    const char *key;
+};
+
+constexpr ButtonKey kButtonKeys[] = {
+    {"pauseBox", "F5"},         {"checkBox", "Ctrl+S"},
+    {"pushButton_2", "F6"},     {"cleanListBtn", "F7"},
+    {"pushButton", "F8"},       {"ch1SendBtn", "F9"},
+    {"ch2SendBtn", "F11"},      {"ch1StopSendBtn", "Shift+F9"},
+    {"pushButton_3", "Ctrl+1"}, {"ch2StopSendBtn", "Shift+F11"},
+    {"pushButton_4", "Ctrl+2"},
+};
+} // namespace
+
+void addButtonKeys(QWidget *window)
+{
+    for (const ButtonKey &entry : kButtonKeys) {
+        auto *button = window->findChild<QAbstractButton *>(QLatin1String(entry.button));
+        Q_ASSERT(button);
+        const QKeySequence key(QLatin1String(entry.key));
+        const QString keyText = key.toString(QKeySequence::NativeText);
+        if (button->toolTip().isEmpty())
+            button->setToolTip(keyText);
+        auto *shortcut = new QShortcut(key, window);
+        shortcut->setAutoRepeat(false);
+        QObject::connect(shortcut, &QShortcut::activated, button, &QAbstractButton::click);
+    }
+}

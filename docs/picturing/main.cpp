@@ -1,0 +1,101 @@
+// ostrel_pictures FOLDER: pictures of the window with traffic and of every dialog, in English and Simplified Chinese,
+// on the simulated adapter. Ends with 1, and says why, when something does not work.
+#include "app/languageswitcher.h"
+#include "app/mainwindow.h"
+#include "device/devicelayer.h"
+#include "device/driver/driverfactory.h"
+#include "device/language.h"
+#include "everydialog.h"
+#include "testfolder.h"
+#include "windowdriver.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLineEdit>
+#include <QTest>
+#include <QTextStream>
+
+namespace
+{
+constexpr QSize kWindowSize(1280, 720);
+constexpr int kTrafficMs = 2500;
+constexpr int kBestCompression = 0; // QImage's "quality" of a PNG
+
+struct PictureLanguage {
+    Language code;
+    const char *action;
+    const char *suffix;
+};
+constexpr PictureLanguage kLanguages[] = {{English, "actionEnglish", "en"},
+                                          {SimplifiedChinese, "actionSimplifiedChinese", "zh-CN"}};
+
+bool fail(const QString &what)
+{
+    QTextStream(stderr) << "ostrel_pictures: " << what << '\n';
+    return false;
+}
+
+// 256 colours are plenty for a window, and a third of the size.
+bool take(QWidget &widget, const QDir &folder, const QByteArray &name, const char *suffix)
+{
+    const QString path = folder.filePath(QString("%1.%2.png").arg(QString::fromLatin1(name), suffix));
+    const QImage picture =
+        widget.grab().toImage().convertToFormat(QImage::Format_Indexed8, Qt::ThresholdDither | Qt::AvoidDither);
+    return picture.save(path, "PNG", kBestCompression) || fail("cannot write " + path);
+}
+
+bool takeWindow(const QDir &folder, const PictureLanguage &language)
+{
+    MainWindow window;
+    WindowDriver user(window);
+    window.resize(kWindowSize);
+    window.show();
+    user.trigger(language.action);
+    QTest::qWait(100); // the fields of the send panels come a moment after the window
+    if (!user.openEverything())
+        return fail("cannot open the simulated adapter");
+    user.find<QLineEdit>("ch1SendCountEdit")->setText("20");
+    user.click("ch1SendBtn");
+    QTest::qWait(kTrafficMs);
+    const bool done = take(window, folder, "main-window", language.suffix);
+    user.closeDevice();
+    return done;
+}
+
+bool takeDialogs(const QDir &folder, const PictureLanguage &language)
+{
+    LanguageSwitcher switcher;
+    if (!switcher.switchTo(language.code) || !openDevice(kDeviceType, 0, 0))
+        return fail("cannot start");
+    refreshDeviceInfo();
+    bool done = true;
+    for (const WindowMaker &maker : everyWindow()) {
+        if (maker.name == "main-window")
+            continue;
+        const std::unique_ptr<QWidget> dialog = maker.make();
+        dialog->show();
+        for (int round = 0; round < 3; ++round)
+            QCoreApplication::sendPostedEvents(); // no timers: a running upgrade must not go on
+        done = take(*dialog, folder, maker.name, language.suffix) && done;
+    }
+    closeDevice();
+    return done;
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationName("Ostrel");
+    const QDir folder(argc > 1 ? QFile::decodeName(argv[1]) : QStringLiteral("."));
+    if (!folder.mkpath("."))
+        return fail("cannot make " + folder.absolutePath()) ? 0 : 1;
+    const TestFolder runtime;
+    runtime.copyCatalogues();
+    setDriver(makeDriver("simulated"));
+    bool done = true;
+    for (const PictureLanguage &language : kLanguages)
+        done = done && takeWindow(folder, language) && takeDialogs(folder, language);
+    setDriver(nullptr);
+    return done ? 0 : 1;
+}

@@ -1,0 +1,189 @@
+// Every window in every language: no text of another language, none that is cut, no widget on another. CTest runs this
+// program once for each logical DPI, which the toolkit reads when it starts.
+#include "app/languageswitcher.h"
+#include "device/devicelayer.h"
+#include "device/driver/driverfactory.h"
+#include "device/language.h"
+#include "everydialog.h"
+#include "testfolder.h"
+#include "widgettexts.h"
+
+#include <QAction>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QSet>
+#include <QXmlStreamReader>
+#include <QtTest>
+
+namespace
+{
+const char *const kLanguageNames[LanguageCount] = {"simplified", "traditional", "english"};
+
+bool isHan(QChar c)
+{
+    return c >= QChar(0x4e00) && c <= QChar(0x9fff);
+}
+
+QSet<QChar> hanOf(const QString &text)
+{
+    QSet<QChar> characters;
+    for (const QChar c : text)
+        if (isHan(c))
+            characters.insert(c);
+    return characters;
+}
+
+// The characters that only one of the two Chinese scripts has, learnt from the catalogue of the Traditional one.
+struct Scripts {
+    QSet<QChar> onlySimplified;
+    QSet<QChar> onlyTraditional;
+
+    Scripts()
+    {
+        QFile file(QStringLiteral(OSTREL_CATALOGUE_SOURCES "/CNF.ts"));
+        if (!file.open(QIODevice::ReadOnly))
+            qFatal("no catalogue %s", qPrintable(file.fileName()));
+        QXmlStreamReader catalogue(&file);
+        QSet<QChar> simplified;
+        QSet<QChar> traditional;
+        while (catalogue.readNext() != QXmlStreamReader::EndDocument && !catalogue.hasError()) {
+            if (catalogue.isStartElement() && catalogue.name() == QLatin1String("source"))
+                simplified += hanOf(catalogue.readElementText());
+            else if (catalogue.isStartElement() && catalogue.name() == QLatin1String("translation"))
+                traditional += hanOf(catalogue.readElementText());
+        }
+        onlySimplified = QSet<QChar>(simplified).subtract(traditional);
+        onlyTraditional = QSet<QChar>(traditional).subtract(simplified);
+    }
+};
+
+// Texts that are meant to be in another language or script.
+bool isOwnChoice(const ShownText &shown)
+{
+    static const QStringList texts = {
+        QStringLiteral("简体中文"),
+        QStringLiteral("繁體中文"),
+        QStringLiteral("English"), // the languages' own names
+        QStringLiteral("Frame"),   // a column's only title
+        QStringLiteral("清空日志(&D)"),
+        QStringLiteral("合并相同ID數據(&M)"), // Simplified characters in both scripts
+        QStringLiteral("The firmware version(V2.10)is too low，Do you want to upgrade the firmware?"), // a wide comma
+    };
+    return texts.contains(shown.text);
+}
+
+QString foreign(const ShownText &shown, unsigned language, const Scripts &scripts)
+{
+    static const QRegularExpression englishWord(QStringLiteral("[a-z]{3,}"));
+    static const QRegularExpression names(QStringLiteral("Ostrel|Halden-D2.*|[kM]bps|Ctrl|Shift"));
+    static const QRegularExpression chinese(
+        QStringLiteral("[\\x{3000}-\\x{303f}\\x{4e00}-\\x{9fff}\\x{ff01}-\\x{ff5e}]"));
+    if (isOwnChoice(shown))
+        return {};
+    if (language == English)
+        return shown.text.contains(chinese) ? "Chinese" : QString();
+    const QSet<QChar> &wrong = language == SimplifiedChinese ? scripts.onlyTraditional : scripts.onlySimplified;
+    if (hanOf(shown.text).intersects(wrong))
+        return "the other script";
+    const QString words = QString(shown.text).remove(names);
+    return hanOf(words).isEmpty() && words.contains(englishWord) ? "English" : QString();
+}
+} // namespace
+
+class DialogTextsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QCOMPARE(scripts_.onlySimplified.size() > 50, true);
+        folder_.copyCatalogues();
+        setDriver(makeDriver("simulated"));
+        const QByteArray dpi = qgetenv("QT_FONT_DPI");
+        if (!dpi.isEmpty())
+            QCOMPARE(QGuiApplication::primaryScreen()->logicalDotsPerInch(), dpi.toDouble());
+    }
+    void cleanupTestCase() { setDriver(nullptr); }
+
+    void windows_data()
+    {
+        QTest::addColumn<int>("window");
+        QTest::addColumn<int>("language");
+        QTest::addColumn<bool>("switched"); // while the window is there
+        for (int window = 0; window < everyWindow().size(); ++window) {
+            const QByteArray name = everyWindow().at(window).name;
+            for (int language = 0; language < int(LanguageCount); ++language) {
+                QTest::addRow("%s, %s", name.constData(), kLanguageNames[language]) << window << language << false;
+                // A value entry's title is its owner's, and no language can be chosen while it is shown.
+                if (!name.startsWith("value-entry"))
+                    QTest::addRow("%s, switched to %s", name.constData(), kLanguageNames[language])
+                        << window << language << true;
+            }
+        }
+    }
+    void windows()
+    {
+        QFETCH(int, window);
+        QFETCH(int, language);
+        QFETCH(bool, switched);
+        LanguageSwitcher switcher;
+        const auto code = static_cast<unsigned>(language);
+        QVERIFY(switcher.switchTo(switched ? (code + 1) % LanguageCount : code));
+        const std::unique_ptr<QWidget> shown = everyWindow().at(window).make();
+        shown->show();
+        settle();
+        if (switched) {
+            if (QAction *action = shown->findChild<QAction *>(kLanguageActions[code]))
+                action->trigger();
+            else
+                QVERIFY(switcher.switchTo(code));
+        }
+        settle();
+
+        QStringList problems = cutTexts(*shown) + overlaps(*shown);
+        const QVector<ShownText> texts = shownTexts(*shown);
+        QVERIFY(!texts.isEmpty());
+        for (const ShownText &text : texts) {
+            const QString problem = foreign(text, code, scripts_);
+            if (!problem.isEmpty())
+                problems << QString("%1 is %2: %3").arg(text.where, problem, text.text);
+        }
+        QVERIFY2(problems.isEmpty(), qPrintable('\n' + problems.join('\n')));
+    }
+
+    void toolkitTextsFollow_data()
+    {
+        QTest::addColumn<int>("language");
+        QTest::addColumn<QString>("cancel");
+        QTest::newRow("simplified") << 0 << "取消";
+        QTest::newRow("traditional") << 1 << "取消";
+        QTest::newRow("english") << 2 << "Cancel";
+    }
+    void toolkitTextsFollow()
+    {
+        QFETCH(int, language);
+        QFETCH(QString, cancel);
+        LanguageSwitcher switcher;
+        QVERIFY(switcher.switchTo(static_cast<unsigned>(language)));
+        const QMessageBox box(QMessageBox::Warning, QString(), QString(), QMessageBox::Cancel);
+        QCOMPARE(box.button(QMessageBox::Cancel)->text().remove('&'), cancel);
+    }
+
+private:
+    static constexpr const char *kLanguageActions[LanguageCount] = {"actionSimplifiedChinese",
+                                                                    "actionTraditionalChinese", "actionEnglish"};
+    // Everything but timers: layouts, language changes, painting.
+    static void settle()
+    {
+        for (int round = 0; round < 3; ++round)
+            QCoreApplication::sendPostedEvents();
+    }
+
+    TestFolder folder_;
+    const Scripts scripts_;
+};
+
+QTEST_MAIN(DialogTextsTest)
+#include "test_dialogtexts.moc"

@@ -1,0 +1,173 @@
+#include "widgettexts.h"
+
+#include <QAbstractButton>
+#include <QAbstractScrollArea>
+#include <QAbstractSpinBox>
+#include <QAction>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMenu>
+#include <QSplitter>
+#include <QStyle>
+#include <QStyleOptionComboBox>
+#include <QTableView>
+
+namespace
+{
+QString nameOf(const QObject &object)
+{
+    return QString("%1 %2").arg(object.metaObject()->className(), object.objectName());
+}
+
+// Widgets whose children are the toolkit's own business.
+bool isClosedInside(const QWidget &widget)
+{
+    return qobject_cast<const QAbstractScrollArea *>(&widget) || qobject_cast<const QComboBox *>(&widget) ||
+           qobject_cast<const QAbstractSpinBox *>(&widget) || qobject_cast<const QLineEdit *>(&widget) ||
+           qobject_cast<const QMainWindow *>(&widget) || qobject_cast<const QSplitter *>(&widget) ||
+           qobject_cast<const QMenu *>(&widget);
+}
+
+QString describe(const QSize &needed, const QSize &given)
+{
+    return QString("needs %1x%2, has %3x%4")
+        .arg(needed.width())
+        .arg(needed.height())
+        .arg(given.width())
+        .arg(given.height());
+}
+
+// Hints are rounded up: a pixel less cuts nothing.
+bool fits(const QSize &needed, const QSize &given)
+{
+    return needed.width() <= given.width() + 1 && needed.height() <= given.height() + 1;
+}
+
+QSize neededByLabel(const QLabel &label)
+{
+    if (label.wordWrap())
+        return {0, label.heightForWidth(label.width())};
+    return label.text().isEmpty() ? QSize() : label.sizeHint();
+}
+
+QSize neededByCombo(const QComboBox &combo)
+{
+    int width = 0;
+    for (int item = 0; item < combo.count(); ++item)
+        width = qMax(width, combo.fontMetrics().horizontalAdvance(combo.itemText(item)));
+    return {width, combo.fontMetrics().height()};
+}
+
+QSize givenByCombo(const QComboBox &combo)
+{
+    QStyleOptionComboBox option;
+    option.initFrom(&combo);
+    option.editable = combo.isEditable();
+    option.frame = combo.hasFrame();
+    return combo.style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, &combo).size();
+}
+
+void checkHeader(const QHeaderView &header, QStringList &found)
+{
+    for (int section = 0; section < header.count(); ++section) {
+        const QString title = header.model()->headerData(section, header.orientation()).toString();
+        const int needed = header.fontMetrics().horizontalAdvance(title);
+        const int given = header.orientation() == Qt::Horizontal ? header.sectionSize(section) : header.width();
+        const int margins = 2 * header.style()->pixelMetric(QStyle::PM_HeaderMargin);
+        if (needed + margins > given && !header.isSectionHidden(section))
+            found << QString("title \"%1\": needs %2, has %3").arg(title).arg(needed + margins).arg(given);
+    }
+}
+} // namespace
+
+QVector<ShownText> shownTexts(const QWidget &window)
+{
+    QVector<ShownText> texts;
+    const auto add = [&texts](const QObject &object, const char *what, const QString &text) {
+        if (!text.isEmpty())
+            texts.append({nameOf(object) + QLatin1Char(' ') + QLatin1String(what), text});
+    };
+    add(window, "title", window.windowTitle());
+    for (const QAction *action : window.findChildren<QAction *>())
+        add(*action, "action", action->text());
+    for (const QWidget *widget : window.findChildren<QWidget *>()) {
+        add(*widget, "tool tip", widget->toolTip());
+        if (const auto *label = qobject_cast<const QLabel *>(widget))
+            add(*label, "text", label->text());
+        else if (const auto *button = qobject_cast<const QAbstractButton *>(widget))
+            add(*button, "text", button->text());
+        else if (const auto *group = qobject_cast<const QGroupBox *>(widget))
+            add(*group, "title", group->title());
+        else if (const auto *menu = qobject_cast<const QMenu *>(widget))
+            add(*menu, "title", menu->title());
+        else if (const auto *edit = qobject_cast<const QLineEdit *>(widget))
+            add(*edit, "placeholder", edit->placeholderText());
+        else if (const auto *combo = qobject_cast<const QComboBox *>(widget))
+            for (int item = 0; item < combo->count(); ++item)
+                add(*combo, "item", combo->itemText(item));
+        else if (const auto *table = qobject_cast<const QTableView *>(widget)) {
+            for (int column = 0; column < table->model()->columnCount(); ++column) {
+                add(*table, "column", table->model()->headerData(column, Qt::Horizontal).toString());
+                for (int row = 0; row < table->model()->rowCount(); ++row)
+                    add(*table, "cell", table->model()->index(row, column).data().toString());
+            }
+        }
+    }
+    return texts;
+}
+
+QStringList cutTexts(const QWidget &window)
+{
+    QStringList found;
+    for (const QWidget *widget : window.findChildren<QWidget *>()) {
+        if (!widget->isVisibleTo(&window) || widget->window() != &window)
+            continue;
+        QSize needed;
+        QSize given = widget->size();
+        if (const auto *label = qobject_cast<const QLabel *>(widget)) {
+            needed = neededByLabel(*label);
+        } else if (const auto *button = qobject_cast<const QAbstractButton *>(widget)) {
+            needed = button->text().isEmpty() ? QSize() : button->sizeHint();
+        } else if (const auto *combo = qobject_cast<const QComboBox *>(widget)) {
+            needed = neededByCombo(*combo);
+            given = givenByCombo(*combo);
+        } else if (const auto *group = qobject_cast<const QGroupBox *>(widget)) {
+            needed = {group->fontMetrics().horizontalAdvance(group->title()), 0};
+        } else if (const auto *spin = qobject_cast<const QAbstractSpinBox *>(widget)) {
+            needed = spin->minimumSizeHint();
+        } else if (const auto *header = qobject_cast<const QHeaderView *>(widget)) {
+            checkHeader(*header, found);
+        }
+        if (!fits(needed, given))
+            found << nameOf(*widget) + ": " + describe(needed, given);
+    }
+    return found;
+}
+
+QStringList overlaps(const QWidget &window)
+{
+    QStringList found;
+    QList<const QWidget *> parents{&window};
+    while (!parents.isEmpty()) {
+        const QWidget *parent = parents.takeFirst();
+        QList<const QWidget *> placed;
+        for (const QWidget *child : parent->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
+            if (child->isWindow() || !child->isVisibleTo(&window))
+                continue;
+            parents.append(child);
+            if (isClosedInside(*parent))
+                continue;
+            if (!parent->rect().contains(child->geometry()))
+                found << nameOf(*child) + " lies partly outside of " + nameOf(*parent);
+            for (const QWidget *other : placed)
+                if (other->geometry().intersects(child->geometry()))
+                    found << nameOf(*child) + " lies on " + nameOf(*other);
+            placed.append(child);
+        }
+    }
+    return found;
+}
