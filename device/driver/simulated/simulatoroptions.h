@@ -22,7 +22,7 @@ struct SimulatorOptions {
     bool busTime = true;
     std::size_t transmitCapacity = 128;  // frames that wait for the bus, per channel
     std::size_t receiveCapacity = 65536; // frames that wait to be fetched, per channel and kind
-    unsigned transmitPatienceMs = 300;   // a transmission waits so long for room, at most
+    unsigned transmitPatienceMs = 1000;  // a transmission waits so long for room, at most
     unsigned vehicleDelayMs = 100;       // from the first channel's start to the vehicle's first frame
 
     // OSTREL_SIM_TRACE: "off", "flood" or a candump log; not set or empty: the built-in vehicle.
