@@ -6,7 +6,7 @@
 namespace
 {
 constexpr QIODevice::OpenMode kOpenMode = QIODevice::ReadWrite | QIODevice::Text;
-constexpr int kRoundCapacity = 1 << 20; // characters; a round of a saturated bus needs about half
+constexpr int kRoundCapacity = 1 << 20; // characters; a round of a saturated bus needs about half, a longer one is cut
 
 // Whether rows can go right behind what the file holds: it is empty, or its last line is complete.
 bool endsWithLine(QFile &file)
@@ -63,6 +63,8 @@ void CaptureFile::add(const ModelItem &item)
 {
     appendCsvRow(rows_, item);
     ++rowCount_;
+    if (rows_.size() >= kRoundCapacity)
+        writeRound();
 }
 
 void CaptureFile::writeRound()

@@ -25,7 +25,7 @@ public:
     // true: only the frames that pass the display filter belong into the file.
     bool wantsFilteredOnly() const { return mode_ == CaptureMode::FilteredFrames; }
 
-    // Gathers the row of one frame.
+    // Gathers the row of one frame. What has become much is written before the round is over: memory has a ceiling.
     void add(const ModelItem &item);
     // Writes the gathered rows, all or none of them: after a failure the file still ends with a whole row.
     void writeRound();

@@ -47,10 +47,10 @@ struct Scene {
     std::unique_ptr<MainWindow> window;
     std::unique_ptr<WindowDriver> user;
 
-    explicit Scene(const SimulatorOptions &options)
+    explicit Scene(const SimulatorOptions &options) : Scene(std::make_unique<SimulatedDriver>(options)) {}
+    explicit Scene(std::unique_ptr<SimulatedDriver> driver)
     {
         folder.copyCatalogues();
-        auto driver = std::make_unique<SimulatedDriver>(options);
         adapter = driver.get();
         setDriver(std::move(driver));
         window = std::make_unique<MainWindow>();

@@ -3,19 +3,27 @@
 #include <QMutex>
 #include <QMutexLocker>
 
+#include <atomic>
 #include <utility>
 
 namespace
 {
 QMutex pendingFramesLock; // held for an append or a take, never across a driver call
 QList<ModelItem> pendingFrames;
+std::atomic<int> pendingCount{0}; // written under the lock
 } // namespace
+
+bool pendingFramesHaveRoom()
+{
+    return pendingCount < kPendingCeiling;
+}
 
 void appendPendingFrames(QList<ModelItem> batch)
 {
     if (batch.isEmpty())
         return;
     const QMutexLocker lock(&pendingFramesLock);
+    pendingCount += batch.size();
     if (pendingFrames.isEmpty()) {
         pendingFrames.swap(batch);
         return;
@@ -31,5 +39,6 @@ QList<ModelItem> takePendingFrames()
     QList<ModelItem> taken;
     const QMutexLocker lock(&pendingFramesLock);
     taken.swap(pendingFrames);
+    pendingCount = 0;
     return taken;
 }

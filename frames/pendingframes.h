@@ -3,6 +3,13 @@
 
 #include "frames/modelitem.h"
 
+// The ceiling of the list, in frames: about half a gigabyte of texts, and several seconds of two full channels. A
+// thread that finds the list there takes no frame and sends none until the window has taken the list; of each thread
+// one batch may be on its way above it.
+constexpr int kPendingCeiling = 500000;
+// Whether the list is below the ceiling. Any thread; takes no lock.
+bool pendingFramesHaveRoom();
+
 // Adds a finished batch at the end, under one lock; an empty batch changes nothing. Move the batch in: its rows are
 // then handed over instead of copied. Any thread.
 void appendPendingFrames(QList<ModelItem> batch);

@@ -1,6 +1,7 @@
 #include "frames/recvthread.h"
 
 #include "device/devicelayer.h"
+#include "device/language.h"
 #include "device/settingsstore.h"
 #include "frames/finetimers.h"
 #include "frames/framebuilder.h"
@@ -16,6 +17,7 @@ constexpr uint kInitialWaitMs = 50;
 constexpr uint kWaitMs = 1;
 constexpr unsigned long kPollPauseMs = 1;
 constexpr quint8 kIdlePasses = 9;
+constexpr qint64 kBurstQuietMs = 10000; // so long without a pause ends a burst of them
 constexpr std::uint32_t kLastStandardId = kStandardIdLimit - 1;
 
 bool inOrder(std::uint32_t last, std::uint32_t current)
@@ -68,6 +70,11 @@ void recvThread::run()
     CanFdReceiveRecord fd[kLargestRead];
     quint8 idle = 0;
     while (!stop_ && isChannelOpen(channel_)) {
+        if (!pendingFramesHaveRoom()) {
+            tellPause();
+            msleep(kPollPauseMs);
+            continue;
+        }
         const uint classicCount = receiveCan(channel_, classic, readCapacity_, 0);
         if (classicCount > 0)
             buildBatch(classic, classicCount);
@@ -84,6 +91,18 @@ void recvThread::run()
     }
     buildBatch(classic, 0);
     stop_ = false;
+}
+
+void recvThread::tellPause()
+{
+    const bool sameBurst = lastPause_.isValid() && !lastPause_.hasExpired(kBurstQuietMs);
+    lastPause_.start();
+    if (sameBurst)
+        return;
+    emit log(text3("通道%1暂停接收：有%2帧等待界面处理，可能丢帧！", "通道%1暫停接收：有%2幀等待界面處理，可能丟幀！",
+                   "Channel %1 pauses receiving: %2 frames wait for the window, frames may be lost!")
+                 .arg(channel_ + 1)
+                 .arg(kPendingCeiling));
 }
 
 void recvThread::buildBatch(const CanReceiveRecord *records, uint count)

@@ -1,10 +1,12 @@
-// Drains one channel: polls the driver every millisecond and hands every frame on as a ModelItem.
+// Drains one channel: polls the driver every millisecond and hands every frame on as a ModelItem. While the list of
+// pending frames is at its ceiling, frames stay in the driver.
 #pragma once
 
 #include "frames/modelitem.h"
 
 #include "device/driver/wirerecords.h"
 
+#include <QElapsedTimer>
 #include <QThread>
 
 #include <atomic>
@@ -35,6 +37,8 @@ protected:
     void run() override;
 
 private:
+    // Logs that reading pauses, once per burst of pauses.
+    void tellPause();
     void buildBatch(const CanReceiveRecord *records, uint count);
     void buildBatch(const CanFdReceiveRecord *records, uint count);
     template <typename Record> void build(const Record *records, uint count, std::atomic<std::uint32_t> &lastId);
@@ -48,4 +52,5 @@ private:
     // Raw identifier words of the last frames that went through the check, 0 = none yet.
     std::atomic<std::uint32_t> lastClassicId_{0};
     std::atomic<std::uint32_t> lastFdId_{0};
+    QElapsedTimer lastPause_; // since reading last had to pause; the running thread's
 };

@@ -18,6 +18,7 @@ namespace
 
 constexpr qint64 kEndlessCount = std::numeric_limits<qint64>::max();
 constexpr int kEndlessRepeat = -1;
+constexpr uint kRoomPollMs = 5;
 constexpr quint16 kOwnChannel = 2; // channel argument of the batch builders
 
 bool anyChannelOpen()
@@ -131,7 +132,7 @@ template <typename Record> void sendThread::sendCounted(const LogText &failure)
 {
     std::array<Record, kMaxFramesPerSend> records; // every batch is built in it
     const auto channelOpen = [this] { return isChannelOpen(channel_); };
-    while (!stop_.isSet() && channelOpen() && count_ > 0) {
+    while (!stop_.isSet() && channelOpen() && count_ > 0 && waitForRoom(channelOpen)) {
         framesPerSend_ = static_cast<uint>(std::min<qint64>(framesPerSend_, count_));
         const uint batchSize = framesPerSend_;
         for (uint i = 0; i < batchSize; ++i)
@@ -215,7 +216,7 @@ sendThread::PassResult sendThread::sendPass(CsvReader &reader)
         const bool inTime = fileInterval_ == kRecordedTiming
                                 ? stop_.sleepUntil(rowClock_.nextDue(frame.timeMs), anyChannelOpen)
                                 : sleepFor(fileInterval_, anyChannelOpen);
-        if (!inTime)
+        if (!inTime || !waitForRoom(anyChannelOpen))
             break;
         if (!isChannelOpen(channel))
             sendRow(frame, channel); // shown all the same
@@ -258,6 +259,14 @@ bool sendThread::sleepFor(uint milliseconds, const std::function<bool()> &goOn)
     if (milliseconds == 0)
         return !stop_.isSet();
     return stop_.sleepUntil(StopFlag::Clock::now() + std::chrono::milliseconds(milliseconds), goOn);
+}
+
+bool sendThread::waitForRoom(const std::function<bool()> &goOn)
+{
+    while (!pendingFramesHaveRoom())
+        if (!sleepFor(kRoomPollMs, goOn))
+            return false;
+    return true;
 }
 
 template <typename... Args> void sendThread::say(const LogText &text, const Args &...args)

@@ -1,4 +1,5 @@
-// Transmits on one channel: one configured frame a number of times, or the frames of a CSV file.
+// Transmits on one channel: one configured frame a number of times, or the frames of a CSV file. Waits while the list
+// of pending frames is at its ceiling.
 #pragma once
 
 #include "frames/modelitem.h"
@@ -69,6 +70,8 @@ private:
     bool sendRow(const CsvFrame &frame, uint channel);
     template <typename Record> void buildBatch(const Record *records, uint count, quint16 channel);
     bool sleepFor(uint milliseconds, const std::function<bool()> &goOn);
+    // Waits while the list of pending frames is at its ceiling; false when the run is to end instead.
+    bool waitForRoom(const std::function<bool()> &goOn);
     // Nothing is logged while the language code is none of the three.
     template <typename... Args> void say(const LogText &text, const Args &...args);
     void sayChannel(const LogText &text);

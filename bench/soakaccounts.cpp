@@ -1,0 +1,99 @@
+#include "soakaccounts.h"
+
+#include <QFile>
+#include <QTextStream>
+
+namespace
+{
+// Lines behind the line of titles; -1 when the file is not as it must be.
+qint64 rowsOf(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return -1;
+    qint64 rows = -1;
+    char last = '\n';
+    while (!file.atEnd()) {
+        const QByteArray piece = file.read(1 << 20);
+        rows += piece.count('\n');
+        last = piece.back();
+    }
+    return last == '\n' ? rows : -1;
+}
+} // namespace
+
+quint64 SoakAccounts::received(unsigned channel) const
+{
+    return receivedBefore_[channel] + user_.number(kReceivedLabels[channel]);
+}
+
+quint64 SoakAccounts::transmitted(unsigned channel) const
+{
+    return transmittedBefore_[channel] + user_.number(kTransmittedLabels[channel]);
+}
+
+quint64 SoakAccounts::counted() const
+{
+    return received(0) + received(1) + transmitted(0) + transmitted(1);
+}
+
+void SoakAccounts::resetTotals()
+{
+    for (unsigned channel = 0; channel < kChannelCount; ++channel) {
+        receivedBefore_[channel] = received(channel);
+        transmittedBefore_[channel] = transmitted(channel);
+    }
+    user_.click("pushButton");
+}
+
+void SoakAccounts::startCapture(const QString &path, int mode)
+{
+    user_.startCapture(path, mode);
+    path_ = path;
+    mode_ = mode;
+    countedAtStart_ = counted();
+    ++captures_;
+}
+
+void SoakAccounts::stopCapture()
+{
+    if (!capturing())
+        return;
+    user_.stopCapture();
+    const quint64 asked = counted() - countedAtStart_;
+    const qint64 rows = rowsOf(path_);
+    const bool all = mode_ == 0;
+    if (rows < 0 || (all ? static_cast<quint64>(rows) != asked : static_cast<quint64>(rows) > asked))
+        faults_ += QStringLiteral("capture %1: %2 rows for %3 frames").arg(captures_).arg(rows).arg(asked);
+    if (all) {
+        captured_ += static_cast<quint64>(rows);
+    } else {
+        filtered_ += asked;
+        filteredRows_ += static_cast<quint64>(rows);
+    }
+    QFile::remove(path_);
+    path_.clear();
+}
+
+bool SoakAccounts::balance()
+{
+    stopCapture();
+    QTextStream out(stdout);
+    for (unsigned channel = 0; channel < kChannelCount; ++channel) {
+        const quint64 taken = driver_.received(channel);
+        const quint64 given = driver_.transmitted(channel);
+        out << "channel " << channel + 1 << ": taken from the driver " << taken << ", counted " << received(channel)
+            << "; given to the driver " << given << ", counted " << transmitted(channel) << '\n';
+        if (taken != received(channel))
+            faults_ += QStringLiteral("channel %1: frames taken are not the frames counted").arg(channel + 1);
+        if (filesSent_ ? given > transmitted(channel) : given != transmitted(channel))
+            faults_ += QStringLiteral("channel %1: frames given are not the frames counted").arg(channel + 1);
+    }
+    out << "counted " << counted() << " = captured " << captured_ << " + captured through a filter " << filteredRows_
+        << " of " << filtered_ << " + never asked for " << counted() - captured_ - filtered_ << ", in " << captures_
+        << " captures\n";
+    out << "lost in the adapter's full queues, as told: " << driver_.lost() << '\n';
+    for (const QString &fault : faults_)
+        out << "FAULT: " << fault << '\n';
+    return faults_.isEmpty();
+}
