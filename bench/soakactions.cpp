@@ -2,6 +2,7 @@
 
 #include "app/displayfilter.h"
 #include "app/receiveview.h"
+#include "device/valuedialog.h"
 #include "frames/mytablemodel.h"
 #include "frames/sendthread.h"
 
@@ -74,11 +75,13 @@ void SoakActions::next()
             continue;
         ++done_[QLatin1String(choice.name)];
         (this->*choice.action)();
+        user_.modal().dropSteps(); // a message may have come in place of the dialog
         break;
     }
     QTest::qWait(number(0, 120));
     if (!isDeviceOpen() && number(0, 9) < 3)
         open();
+    user_.modal().dropSteps();
 }
 
 void SoakActions::finish()
@@ -221,7 +224,7 @@ void SoakActions::tune()
 {
     static const char *const names[] = {"actionScanTime", "actionFramesPerReceive", "actionListBuffer"};
     const QString value = QString::number(number(0, 1) == 0 ? number(1, 50) : number(1, 20000));
-    user_.modal().onDialog([value](QDialog *dialog) {
+    user_.modal().on<valueDialog>([value](valueDialog *dialog) {
         dialog->findChild<QLineEdit *>(QStringLiteral("valueEdit"))->setText(value);
         dialog->findChild<QAbstractButton *>(QStringLiteral("btnValueOK"))->click();
         dialog->close();

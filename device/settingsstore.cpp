@@ -100,11 +100,12 @@ unsigned number(const QString &key, const QString &defaultValue)
 
 void setValue(const QString &key, const QString &value, bool writeNow)
 {
+    QString exchanged = value; // what was stored is released after the lock
     {
         const QMutexLocker lock(&store().mapLock);
         QString &stored = store().map[key];
         if (stored != value)
-            stored = value;
+            stored.swap(exchanged);
     }
     if (writeNow)
         save();

@@ -32,6 +32,8 @@ public:
                 refuse(dialog);
         });
     }
+    // For dialogs that may not have come up.
+    void dropSteps() { steps_.clear(); }
     int stepsLeft() const { return steps_.size(); }
 
     // Message boxes so far as "title|text", oldest first; takeMessages also forgets them.
