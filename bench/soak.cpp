@@ -1,5 +1,6 @@
 // Everything at once, for as long as asked: the real window on the saturated simulated adapter, used at random.
-//   ostrel_soak SECONDS [SEED]
+//   ostrel_soak SECONDS [SEED [calm]]
+// calm: with the built-in vehicle's traffic, so that a slow build (the thread sanitizer's) gets through many actions.
 // Prints the seed and, at the end, the accounts; ends with 1 when they do not balance.
 #include "processusage.h"
 #include "soakactions.h"
@@ -12,12 +13,12 @@ namespace
 {
 constexpr int kReports = 10;
 
-int soak(int seconds, quint32 seed)
+int soak(int seconds, quint32 seed, bool calm)
 {
     QTextStream out(stdout);
     out << "seed " << seed << ", " << seconds << " s" << Qt::endl;
     SimulatorOptions options;
-    options.traffic = SimulatorOptions::Traffic::Flood;
+    options.traffic = calm ? SimulatorOptions::Traffic::BuiltIn : SimulatorOptions::Traffic::Flood;
     auto driver = std::make_unique<CountingDriver>(options);
     CountingDriver &counting = *driver;
     Scene scene(std::move(driver));
@@ -56,9 +57,10 @@ int main(int argc, char *argv[])
     const QStringList arguments = QApplication::arguments().mid(1);
     const int seconds = arguments.value(0).toInt();
     if (seconds < 1) {
-        QTextStream(stdout) << "ostrel_soak SECONDS [SEED]\n";
+        QTextStream(stdout) << "ostrel_soak SECONDS [SEED [calm]]\n";
         return 2;
     }
     const bool seeded = arguments.size() > 1;
-    return soak(seconds, seeded ? arguments.at(1).toUInt() : static_cast<quint32>(QDateTime::currentMSecsSinceEpoch()));
+    const quint32 seed = seeded ? arguments.at(1).toUInt() : static_cast<quint32>(QDateTime::currentMSecsSinceEpoch());
+    return soak(seconds, seed, arguments.value(2) == QLatin1String("calm"));
 }
