@@ -373,6 +373,26 @@ private slots:
         QCOMPARE(received[0][2].timeStamp, 255u);
     }
 
+    void equalIdentifiersTakeTurns()
+    {
+        VirtualBus bus(options(Traffic::Off));
+        BusFrame frame;
+        frame.id = 0x100;
+        for (unsigned channel = 0; channel < kChannelCount; ++channel) {
+            bus.start(channel, 0);
+            for (int i = 0; i < 2; ++i)
+                QVERIFY(bus.enqueue(channel, frame, TransmitType::Normal, 0));
+        }
+        QCOMPARE(bus.advance(1000000, 100), kNever);
+        std::vector<std::uint64_t> ends;
+        for (unsigned channel = 0; channel < kChannelCount; ++channel) {
+            CanReceiveRecord received[2];
+            QCOMPARE(bus.channel(channel).classic.take(received, 2), std::size_t(2));
+            ends.insert(ends.end(), {received[0].timeStamp, received[1].timeStamp});
+        }
+        QCOMPARE(ends, (std::vector<std::uint64_t>{94, 188, 47, 141}));
+    }
+
     void framesWithoutListenersWaitOrAreGivenUp()
     {
         VirtualBus bus(options(Traffic::Off));

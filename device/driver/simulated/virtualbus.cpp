@@ -119,7 +119,8 @@ const BusSettings &VirtualBus::settingsOf(unsigned node) const
     return node == kVehicle ? vehicleSettings_ : channels_[node].settings;
 }
 
-// Whoever is ready when the bus gets free competes; the lowest key wins, the lower node among equal ones.
+// Whoever is ready when the bus gets free competes; the lowest key wins. Nodes with equal ones take turns: a real bus
+// could not tell them apart, and none of them may be kept from sending for good.
 VirtualBus::Contest VirtualBus::arbitrate() const
 {
     BusTime ready[kVehicle + 1];
@@ -136,7 +137,7 @@ VirtualBus::Contest VirtualBus::arbitrate() const
         if (ready[node] > contest.start)
             continue;
         const std::uint32_t key = arbitrationKey(nextFrame(node));
-        if (contest.winner == kNobody || key < lowestKey) {
+        if (contest.winner == kNobody || key < lowestKey || (key == lowestKey && contest.winner == lastSender_)) {
             contest.winner = node;
             lowestKey = key;
         }
@@ -167,6 +168,7 @@ void VirtualBus::complete(unsigned node, BusTime end)
     } else {
         channels_[node].transmissions.pop();
     }
+    lastSender_ = node;
     free_ = end;
 }
 

@@ -72,4 +72,5 @@ private:
     BusSettings vehicleSettings_ = defaultBusSettings();
     FrameCounts vehicleCounts_;
     BusTime free_ = 0; // the end of the last frame
+    unsigned lastSender_ = kNobody; // node
 };
