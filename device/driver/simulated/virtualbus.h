@@ -71,6 +71,6 @@ private:
     bool vehicleHeard_ = false;   // it speaks only while a channel understands it
     BusSettings vehicleSettings_ = defaultBusSettings();
     FrameCounts vehicleCounts_;
-    BusTime free_ = 0; // the end of the last frame
+    BusTime free_ = 0;              // the end of the last frame
     unsigned lastSender_ = kNobody; // node
 };
