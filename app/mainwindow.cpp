@@ -71,7 +71,6 @@ MainWindow::MainWindow(QWidget *parent)
     settings::load(applicationDir() + QStringLiteral("/config/setdb.txt"));
     menu_ = new MainMenu(ui->menuBar);
     language_.start();
-    qRegisterMetaType<QList<ModelItem>>();
     createWorkers();
     arrangeWidgets();
     showTitle();
@@ -295,7 +294,7 @@ void MainWindow::channelDialogClosed(unsigned index, bool opened)
 void MainWindow::deviceClosed()
 {
     for (const Channel &channel : channels_) {
-        channel.panel->setSendEnabled(false);
+        channel.panel->deviceClosed();
         channel.receiver->stopAndWait();
     }
     closeDevice();
