@@ -1,6 +1,7 @@
 #include "soakaccounts.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QTextStream>
 
 namespace
@@ -75,9 +76,18 @@ void SoakAccounts::stopCapture()
     path_.clear();
 }
 
+void SoakAccounts::readLog()
+{
+    static const QRegularExpression loss(QStringLiteral("(?:接收丢失|接收丟失| lost )(\\d+)"));
+    auto match = loss.globalMatch(user_.log());
+    while (match.hasNext())
+        toldLost_ += match.next().captured(1).toULongLong();
+}
+
 bool SoakAccounts::balance()
 {
     stopCapture();
+    readLog();
     QTextStream out(stdout);
     for (unsigned channel = 0; channel < kChannelCount; ++channel) {
         const quint64 taken = driver_.received(channel);
@@ -92,7 +102,10 @@ bool SoakAccounts::balance()
     out << "counted " << counted() << " = captured " << captured_ << " + captured through a filter " << filteredRows_
         << " of " << filtered_ << " + never asked for " << counted() - captured_ - filtered_ << ", in " << captures_
         << " captures\n";
-    out << "lost in the adapter's full queues, as told: " << driver_.lost() << '\n';
+    out << "lost in the adapter's full queues " << driver_.lost() << ", told in the operation log " << toldLost_
+        << '\n';
+    if (driver_.lost() != toldLost_)
+        faults_ += QStringLiteral("the operation log does not tell what was lost");
     for (const QString &fault : faults_)
         out << "FAULT: " << fault << '\n';
     return faults_.isEmpty();

@@ -29,6 +29,9 @@ public:
     // Rows sent from files may be shown without the driver having taken them: an unequal number is no error then.
     void fileWasSent() { filesSent_ = true; }
 
+    // Adds up what the operation log tells as lost; called before every clearing of the log.
+    void readLog();
+
     // The closing of the books, with the device closed and nothing pending: prints them, false when they do not
     // balance.
     bool balance();
@@ -45,6 +48,7 @@ private:
     quint64 filtered_ = 0; // frames counted while a capture asked for filtered ones only
     quint64 filteredRows_ = 0;
     int captures_ = 0;
+    quint64 toldLost_ = 0;
     bool filesSent_ = false;
     QStringList faults_;
 };

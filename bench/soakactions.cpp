@@ -19,6 +19,8 @@ namespace
 {
 constexpr int kFileRows = 500;
 constexpr int kLongestSleepMs = 1500; // of the whole window, as behind a slow disk
+constexpr int kStallMs = 12000;       // so long that pendingFrames fills up and the adapter loses frames
+constexpr int kSleepsPerStall = 40;
 } // namespace
 
 const SoakActions::Choice SoakActions::kChoices[] = {
@@ -183,6 +185,7 @@ void SoakActions::clearList()
 
 void SoakActions::clearLog()
 {
+    accounts_.readLog();
     user_.trigger("actionClearLog");
 }
 
@@ -261,5 +264,6 @@ void SoakActions::open()
 
 void SoakActions::sleepLong()
 {
-    QThread::msleep(static_cast<unsigned long>(number(0, kLongestSleepMs)));
+    const bool stall = number(1, kSleepsPerStall) == 1;
+    QThread::msleep(static_cast<unsigned long>(stall ? kStallMs : number(0, kLongestSleepMs)));
 }
