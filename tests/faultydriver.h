@@ -48,6 +48,10 @@ public:
     {
         return refused("StartChannel") ? 0 : CountingDriver::StartChannel(channel);
     }
+    std::uint32_t ResetChannel(Handle channel) override
+    {
+        return refused("ResetChannel") ? 0 : CountingDriver::ResetChannel(channel);
+    }
     std::uint32_t TransmitCan(Handle channel, const CanTransmitRecord *records, std::uint32_t count) override
     {
         const Fault fault = hook_("TransmitCan");

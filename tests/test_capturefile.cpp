@@ -84,11 +84,21 @@ private slots:
         QCOMPARE(read(path), expected + row(3) + "a,b*\n");
     }
 
+    void aFileThatCannotBeOpenedIsNotReported_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("missing folder") << dir_.filePath("missing/a.csv");
+        QTest::newRow("folder") << dir_.path();
+#ifdef Q_OS_LINUX
+        QTest::newRow("read-only folder, also for root") << "/proc/a.csv";
+#endif
+    }
     void aFileThatCannotBeOpenedIsNotReported()
     {
+        QFETCH(QString, path);
         CaptureFile capture;
         QSignalSpy log(&capture, &CaptureFile::logLine);
-        QVERIFY(!capture.open(dir_.filePath("missing/a.csv"), kTitles, CaptureMode::AllFrames));
+        QVERIFY(!capture.open(path, kTitles, CaptureMode::AllFrames));
         QVERIFY(!capture.isOpen());
         capture.close();
         QCOMPARE(log.count(), 0);

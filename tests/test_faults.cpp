@@ -129,6 +129,15 @@ private:
         QTRY_VERIFY_WITH_TIMEOUT(sendersRest(), 30000);
         dialog->hide();
     }
+    void closeChannels()
+    {
+        newUser();
+        user().modal().on<OpenDlg>([](OpenDlg *dialog) {
+            dialog->findChild<QAbstractButton *>("pushButton_6")->click();
+            dialog->close();
+        });
+        user().trigger("actionDeviceOperations");
+    }
     void comesToRest()
     {
         newUser();
@@ -166,7 +175,7 @@ private slots:
             for (const char *operation :
                  {"OpenDevice", "GetPropertyInterface", "GetDeviceStatus", "GetDeviceInfo", "SetCanFdStandard",
                   "SetArbitrationBaud", "SetDataBaud", "InitChannel", "SetValue", "StartChannel", "ReceiveCan",
-                  "ReceiveCanFd", "TransmitCan", "TransmitCanFd", "CloseDevice"})
+                  "ReceiveCanFd", "TransmitCan", "TransmitCanFd", "ResetChannel", "CloseDevice"})
                 QTest::addRow("%s %s", name, operation) << trouble << QByteArray(operation) << 0;
         // The second channel, the middle of a filter, the middle of a file.
         for (const char *operation : {"SetCanFdStandard", "InitChannel", "StartChannel"})
@@ -179,8 +188,8 @@ private slots:
         for (const char *operation : {"ReceiveCan", "ReceiveCanFd"})
             QTest::addRow("absurd length %s", operation) << Trouble::AbsurdLength << QByteArray(operation) << 0;
     }
-    // Opening, sending on both channels, sending a file and closing go on to their end whatever one operation does;
-    // the books balance and the next opening works.
+    // Opening, sending on both channels, sending a file, closing the channels and the device go on to their end
+    // whatever one operation does; the books balance and the next opening works.
     void everyStep()
     {
         QFETCH(Trouble, trouble);
@@ -196,6 +205,7 @@ private slots:
         stopBoth();
         QTRY_VERIFY_WITH_TIMEOUT(sendersRest(), 30000);
         sendFile();
+        closeChannels();
         comesToRest();
         QVERIFY2(met_, "the operation was never called");
 
