@@ -1,5 +1,5 @@
-// Every window in every language: no text of another language, none that is cut, no widget on another. CTest runs this
-// program once for each logical DPI, which the toolkit reads when it starts.
+// Every window in every language: no text of another language, none that is cut, no widget on another, no choice of the
+// user that a switch undoes. CTest runs this program once for each logical DPI, which the toolkit reads when it starts.
 #include "app/languageswitcher.h"
 #include "device/devicelayer.h"
 #include "device/driver/driverfactory.h"
@@ -8,9 +8,12 @@
 #include "testfolder.h"
 #include "widgettexts.h"
 
+#include <QAbstractButton>
+#include <QAbstractSpinBox>
 #include <QAction>
+#include <QComboBox>
+#include <QLineEdit>
 #include <QMessageBox>
-#include <QPushButton>
 #include <QScreen>
 #include <QSet>
 #include <QXmlStreamReader>
@@ -19,17 +22,14 @@
 namespace
 {
 const char *const kLanguageNames[LanguageCount] = {"simplified", "traditional", "english"};
-
-bool isHan(QChar c)
-{
-    return c >= QChar(0x4e00) && c <= QChar(0x9fff);
-}
+const char *const kLanguageActions[LanguageCount] = {"actionSimplifiedChinese", "actionTraditionalChinese",
+                                                     "actionEnglish"};
 
 QSet<QChar> hanOf(const QString &text)
 {
     QSet<QChar> characters;
     for (const QChar c : text)
-        if (isHan(c))
+        if (c >= QChar(0x4e00) && c <= QChar(0x9fff))
             characters.insert(c);
     return characters;
 }
@@ -89,6 +89,30 @@ QString foreign(const ShownText &shown, unsigned language, const Scripts &script
     const QString words = QString(shown.text).remove(names);
     return hanOf(words).isEmpty() && words.contains(englishWord) ? "English" : QString();
 }
+// Other choices than those of a new window.
+void choose(const QWidget &window)
+{
+    for (QComboBox *combo : window.findChildren<QComboBox *>())
+        combo->setCurrentIndex(combo->count() - 1);
+    for (QLineEdit *edit : window.findChildren<QLineEdit *>())
+        edit->setText(qobject_cast<QAbstractSpinBox *>(edit->parent()) ? "2" : "1 2 3");
+}
+
+QStringList choices(const QWidget &window)
+{
+    QStringList found;
+    for (const QWidget *widget : window.findChildren<QWidget *>()) {
+        QString choice = widget->isEnabled() ? "on" : "off";
+        if (const auto *edit = qobject_cast<const QLineEdit *>(widget))
+            choice += edit->text();
+        else if (const auto *combo = qobject_cast<const QComboBox *>(widget))
+            choice += QString::number(combo->currentIndex());
+        else if (!qobject_cast<const QAbstractButton *>(widget))
+            continue;
+        found << widget->objectName() + " " + choice;
+    }
+    return found;
+}
 } // namespace
 
 class DialogTextsTest : public QObject
@@ -98,7 +122,7 @@ class DialogTextsTest : public QObject
 private slots:
     void initTestCase()
     {
-        QCOMPARE(scripts_.onlySimplified.size() > 50, true);
+        QVERIFY(scripts_.onlySimplified.size() > 50);
         folder_.copyCatalogues();
         setDriver(makeDriver("simulated"));
         const QByteArray dpi = qgetenv("QT_FONT_DPI");
@@ -135,12 +159,15 @@ private slots:
         shown->show();
         settle();
         if (switched) {
+            choose(*shown);
+            const QStringList before = choices(*shown);
             if (QAction *action = shown->findChild<QAction *>(kLanguageActions[code]))
                 action->trigger();
             else
                 QVERIFY(switcher.switchTo(code));
+            settle();
+            QCOMPARE(choices(*shown), before);
         }
-        settle();
 
         QStringList problems = cutTexts(*shown) + overlaps(*shown);
         const QVector<ShownText> texts = shownTexts(*shown);
@@ -153,27 +180,18 @@ private slots:
         QVERIFY2(problems.isEmpty(), qPrintable('\n' + problems.join('\n')));
     }
 
-    void toolkitTextsFollow_data()
-    {
-        QTest::addColumn<int>("language");
-        QTest::addColumn<QString>("cancel");
-        QTest::newRow("simplified") << 0 << "取消";
-        QTest::newRow("traditional") << 1 << "取消";
-        QTest::newRow("english") << 2 << "Cancel";
-    }
     void toolkitTextsFollow()
     {
-        QFETCH(int, language);
-        QFETCH(QString, cancel);
+        const char *const cancel[LanguageCount] = {"取消", "取消", "Cancel"};
         LanguageSwitcher switcher;
-        QVERIFY(switcher.switchTo(static_cast<unsigned>(language)));
-        const QMessageBox box(QMessageBox::Warning, QString(), QString(), QMessageBox::Cancel);
-        QCOMPARE(box.button(QMessageBox::Cancel)->text().remove('&'), cancel);
+        for (unsigned code = 0; code < LanguageCount; ++code) {
+            QVERIFY(switcher.switchTo(code));
+            const QMessageBox box(QMessageBox::Warning, QString(), QString(), QMessageBox::Cancel);
+            QCOMPARE(box.button(QMessageBox::Cancel)->text().remove('&'), QString(cancel[code]));
+        }
     }
 
 private:
-    static constexpr const char *kLanguageActions[LanguageCount] = {"actionSimplifiedChinese",
-                                                                    "actionTraditionalChinese", "actionEnglish"};
     // Everything but timers: layouts, language changes, painting.
     static void settle()
     {
