@@ -44,6 +44,7 @@ private:
     TestFolder folder_;
     std::unique_ptr<MainWindow> window_;
 
+    QSplitter *splitter() const { return window_->findChild<QSplitter *>("splitter"); }
     FrameTableView *table() const { return window_->findChild<FrameTableView *>(); }
     void showActive() const
     {
@@ -74,18 +75,17 @@ private slots:
 
     void windowComesBackAsItWas()
     {
-        QList<int> splitter;
         {
             const WindowState state(*window_);
             window_->show();
             window_->resize(window_->minimumSizeHint() + QSize(40, 60));
             table()->setColumnWidth(IdColumn, 177);
             table()->setColumnWidth(TypeColumn, 31);
-            auto *parts = window_->findChild<QSplitter *>("splitter");
-            parts->setSizes({parts->sizes().at(0) - 20, parts->sizes().at(1) + 20});
-            splitter = parts->sizes();
+            const QList<int> usual = splitter()->sizes();
+            splitter()->setSizes({usual.at(0) - 20, usual.at(1) + 20});
         }
         const QSize size = window_->size();
+        const QList<int> parts = splitter()->sizes();
         window_ = std::make_unique<MainWindow>();
         const WindowState state(*window_);
         window_->show();
@@ -93,7 +93,7 @@ private slots:
         QCOMPARE(window_->size(), size);
         QCOMPARE(table()->columnWidth(IdColumn), 177);
         QCOMPARE(table()->columnWidth(TypeColumn), 31);
-        QCOMPARE(window_->findChild<QSplitter *>("splitter")->sizes(), splitter);
+        QCOMPARE(splitter()->sizes(), parts);
         QVERIFY2(!folder_.read("config/setdb.txt").contains("window"), "kept in the program's own settings file");
     }
 

@@ -107,21 +107,14 @@ private slots:
         const QString number = QString::number(channel_ + 1);
         const QStringList closed{"提示|通道" + number + "未打开！", "提示|通道" + number + "未打開！",
                                  "warning|Channel " + number + " is not open!"};
-        const struct {
-            const char *id;
-            int format;
-            QStringList messages;
-        } refused[] = {{"800", 0, standard},
-                       {"80000000", 0, standard},
-                       {"20000000", 1, extended},
-                       {"FFFFFFFF", 1, extended},
-                       {"1", 0, closed}};
+        const std::pair<const char *, QStringList> refused[] = {
+            {"800", standard}, {"80000000", standard}, {"20000000", extended}, {"FFFFFFFF", extended}, {"1", closed}};
         bench_->open();
         const QSignalSpy logged(&panel(), &SendPanel::logLine);
-        for (const auto &[id, format, messages] : refused) {
+        for (const auto &[id, messages] : refused) {
             if (messages == closed)
                 closeDevice();
-            combo("FrameTypeCombo")->setCurrentIndex(format);
+            combo("FrameTypeCombo")->setCurrentIndex(messages == extended ? 1 : 0);
             edit("SendIDEdit")->setText(id);
             for (unsigned language = 0; language < LanguageCount; ++language) {
                 setLanguageCode(language);

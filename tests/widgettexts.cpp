@@ -57,8 +57,8 @@ QSize neededBy(const QWidget &widget)
             width = qMax(width, combo->fontMetrics().horizontalAdvance(combo->itemText(item)));
         return {width, combo->fontMetrics().height()};
     }
-    const bool hasText = !widget.property("text").toString().isEmpty() || qobject_cast<const QGroupBox *>(&widget);
-    return hasText ? widget.minimumSizeHint() : QSize();
+    const bool hasText = !widget.property("text").toString().isEmpty() && !qobject_cast<const QLineEdit *>(&widget);
+    return hasText || qobject_cast<const QGroupBox *>(&widget) ? widget.minimumSizeHint() : QSize();
 }
 
 QSize givenByCombo(const QComboBox &combo)
@@ -90,7 +90,10 @@ QVector<ShownText> shownTexts(const QWidget &window)
         if (!text.isEmpty())
             texts.append({nameOf(object) + QLatin1Char(' ') + QLatin1String(what), text});
     };
-    for (const QObject *object : QObjectList(window.findChildren<QObject *>()) << const_cast<QWidget *>(&window)) {
+    QList<const QObject *> objects{&window};
+    for (const QObject *child : window.findChildren<QObject *>())
+        objects.append(child);
+    for (const QObject *object : objects) {
         if (!object->isWidgetType() && !qobject_cast<const QAction *>(object))
             continue;
         for (const char *property : {"windowTitle", "text", "title", "toolTip", "placeholderText"})
