@@ -98,31 +98,30 @@ private slots:
 
     void lossesAreToldOncePerBurst()
     {
-        const auto lost = [](unsigned channel, quint64 count) {
-            return DriverNotice{DriverNotice::Kind::FramesLost, "", channel, count};
-        };
         LossReport report;
-        QVERIFY(report.secondPassed().isEmpty());
-        report.add(lost(1, 5));
-        report.add(lost(1, 6));
-        QVERIFY(report.secondPassed().isEmpty());
-        report.add(lost(1, 1));
-        QVERIFY(report.secondPassed().isEmpty());
+        const auto lose = [&report](unsigned channel, quint64 count) {
+            report.add({DriverNotice::Kind::FramesLost, "", channel, count});
+        };
+        const auto toldAfterLosing = [&](unsigned channel, quint64 count) {
+            lose(channel, count);
+            return report.secondPassed().join(' ');
+        };
+        QCOMPARE(report.secondPassed(), QStringList());
+        lose(1, 5);
+        QCOMPARE(toldAfterLosing(1, 6), QString());
+        QCOMPARE(toldAfterLosing(1, 1), QString());
         QCOMPARE(report.secondPassed(), QStringList{"通道2接收丢失12帧！"});
-        QVERIFY(report.secondPassed().isEmpty());
+        QCOMPARE(report.secondPassed(), QStringList());
 
-        int lines = 0; // a burst without end is told all the same
-        for (int second = 0; second < 20; ++second) {
-            report.add(lost(0, 100));
-            lines += report.secondPassed().size();
-        }
-        QCOMPARE(lines, 2);
-        report.add(lost(0, 3));
+        QString told; // a burst without end is told all the same
+        for (int second = 0; second < 20; ++second)
+            told += toldAfterLosing(0, 100);
+        QCOMPARE(told, QString("通道1接收丢失1000帧！").repeated(2));
+        lose(0, 3);
+        lose(7, 3); // no such channel
         setLanguageCode(English);
         QCOMPARE(report.finish(), QStringList{"Channel 1 lost 3 received frames!"});
-        QVERIFY(report.finish().isEmpty());
-        report.add(lost(7, 3)); // no such channel
-        QVERIFY(report.finish().isEmpty());
+        QCOMPARE(report.finish(), QStringList());
     }
 };
 

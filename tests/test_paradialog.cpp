@@ -152,7 +152,6 @@ private slots:
         const QStringList clear = both + QStringList{"SetValue(1/filter_clear,0)"};
         const QStringList range{"SetValue(1/filter_mode,1)", "SetValue(1/filter_start,0x1)",
                                 "SetValue(1/filter_end,0xF)", "SetValue(1/filter_ack,0)"};
-        const QStringList custom = both.mid(0, 4) + QStringList{"SetValue(1/baud_rate_custom,K)"};
         const struct {
             const char *settings; // of channel 2, besides its rates; channel 1 has the defaults
             QList<int> open;
@@ -166,17 +165,14 @@ private slots:
             {"off", {0}, "", first, 1, ""},
             {"1-1-F", {0, 1}, "", clear + range, 2, ""},
             {"", {0, 1}, "", clear + range.mid(3), 2, ""},
-            {"off", {0, 1}, "SetCanFdStandard", first.mid(0, 1), 0, "警告|设置CANFD标准失败！"},
             {"off", {0, 1}, "SetDataBaud", first, 0, "警告|设置波特率失败！"},
-            {"custom", {0, 1}, "1/baud_rate_custom", custom, 1, "警告|设置自定义波特率失败！"},
             {"1-1-F", {0, 1}, "1/filter_clear", clear, 1, "警告|设置滤波失败！"},
         };
         for (const auto &[settings, open, failing, calls, channelsSet, message] : cases) {
             QVERIFY(openDevice(kDeviceType, 0, 0));
             for (int channel : open)
                 QVERIFY(initChannel(unsigned(channel), 0));
-            const bool isCustom = qstrcmp(settings, "custom") == 0;
-            storeChannelParameters(1, {0, 1, 2, 3, isCustom, "K", qstrcmp(settings, "off") != 0, settings});
+            storeChannelParameters(1, {0, 1, 2, 3, false, "K", qstrcmp(settings, "off") != 0, settings});
             fake_->failing = QStringList{failing};
             fake_->takeCalls();
             answerWith("btnConfirm");

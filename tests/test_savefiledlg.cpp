@@ -1,7 +1,6 @@
 #include "dialogs/savefiledlg.h"
 #include "testfolder.h"
 
-#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -62,15 +61,6 @@ private slots:
         press("okBtn");
         QVERIFY(!dialog_->isVisible());
         QCOMPARE(dialog_->path(), path);
-    }
-
-    void aTypedPathIsTakenAsItIs()
-    {
-        pathEdit()->setText(" typed by hand ");
-        dialog_->findChild<QComboBox *>("modeBox")->setCurrentText("筛选后数据");
-        press("okBtn");
-        QCOMPARE(dialog_->path(), QString(" typed by hand "));
-        QCOMPARE(dialog_->mode(), CaptureMode::FilteredFrames);
     }
 
     void escapeCancels()
