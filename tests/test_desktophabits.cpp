@@ -102,6 +102,7 @@ private slots:
         const int usual = table()->columnWidth(IdColumn);
         QSettings().setValue("window/geometry", QByteArray("nonsense"));
         QSettings().setValue("window/columns", QVariantList{1, 2});
+        QSettings().setValue("window/dpi", window_->logicalDpiX());
         const WindowState state(*window_);
         QCOMPARE(table()->columnWidth(IdColumn), usual);
     }

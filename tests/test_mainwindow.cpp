@@ -66,6 +66,7 @@ private slots:
             restart(scene);
             QCOMPARE(scene.user->find<QMenu>("menuDevice")->title(), QString(title));
             QCOMPARE(scene.window->windowTitle(), QString("Ostrel-V1.17"));
+            QCOMPARE(scene.user->find<QLineEdit>("ch2SendIDEdit")->text(), QString("00000001"));
             QCOMPARE(scene.folder.read("config/setdb.txt"), settingsLine); // starting writes nothing
         }
     }
