@@ -1,15 +1,20 @@
 #include "app/about.h"
 #include "app/buildinfo.h"
+#include "app/devicewatch.h"
 #include "app/drivernotices.h"
 #include "app/helpdocuments.h"
 #include "app/mainmenu.h"
 #include "app/operationlog.h"
+#include "device/devicelayer.h"
 #include "device/language.h"
+#include "fakedriver.h"
 #include "testfolder.h"
 
 #include <QAction>
 #include <QMenuBar>
 #include <QtTest>
+
+#include <cstring>
 
 class TestAppParts : public QObject
 {
@@ -122,6 +127,21 @@ private slots:
         setLanguageCode(English);
         QCOMPARE(report.finish(), QStringList{"Channel 1 lost 3 received frames!"});
         QCOMPARE(report.finish(), QStringList());
+    }
+
+    void watchTellsAnotherDeviceInThePlaceOfTheFirst()
+    {
+        FakeDriver *fake = FakeDriver::install();
+        DeviceWatch watch;
+        QVERIFY(openDevice(kDeviceType, 0, 0));
+        for (const char *serial : {"S1", "S2"}) {
+            std::memcpy(fake->info.serialNumber, serial, 3);
+            refreshDeviceInfo();
+            QCOMPARE(watch.look(), DeviceWatch::Change::Shown);
+            QVERIFY(watch.titleText().startsWith(QString("SN:") + serial));
+            QCOMPARE(watch.look(), DeviceWatch::Change::None);
+        }
+        closeDevice();
     }
 };
 

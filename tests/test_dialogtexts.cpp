@@ -51,7 +51,7 @@ QString foreign(const ShownText &shown, unsigned language)
     if (language == English)
         return shown.text.contains(chinese) ? "Chinese" : QString();
     // The encodings of the two scripts do not know the characters of each other.
-    if (!QTextCodec::codecForName(language == SimplifiedChinese ? "GB2312" : "Big5")->canEncode(shown.text))
+    if (!QTextCodec::codecForName(language == SimplifiedChinese ? "HZ-GB-2312" : "Big5")->canEncode(shown.text))
         return "the other script";
     const QString words = QString(shown.text).remove(names);
     return !words.contains(han) && words.contains(englishWord) ? "English" : QString();
@@ -90,6 +90,7 @@ class DialogTextsTest : public QObject
 private slots:
     void initTestCase()
     {
+        QVERIFY(QTextCodec::codecForName("HZ-GB-2312") && QTextCodec::codecForName("Big5"));
         folder_.copyCatalogues();
         setDriver(makeDriver("simulated"));
         const QByteArray dpi = qgetenv("QT_FONT_DPI");
