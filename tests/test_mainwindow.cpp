@@ -158,8 +158,10 @@ private slots:
             scene.adapter->replug();
         }
         QVERIFY(user.openEverything());
+        QTRY_VERIFY(scene.window->windowTitle().contains("SN:"));
         user.closeDevice();
         QCOMPARE(user.log().count("设备已关闭！"), 3);
+        QCOMPARE(scene.window->windowTitle(), QString("Ostrel-V1.17"));
     }
 
     // The window's end does not wait for a sleeping sender, and leaves nothing open.

@@ -88,6 +88,8 @@ private slots:
         QCOMPARE(combo("ProtocolCombo")->currentIndex(), 0);
         QVERIFY(!combo("ProtocolCombo")->isEnabled());
         QCOMPARE(combo("sendLenCombo")->currentText(), QString("8"));
+        restore("ch1ProtocolCombo,0;ch1sendLenCombo,15");
+        QCOMPARE(combo("sendLenCombo")->currentText(), QString("8"));
         restore("ch1ProtocolCombo,1;ch1SendTypeCombo,4;ch1FrameTypeCombo,-1;ch1sendLenCombo,16");
         QCOMPARE(combo("SendTypeCombo")->currentIndex(), 0);
         QCOMPARE(combo("FrameTypeCombo")->currentIndex(), 0);
