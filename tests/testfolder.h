@@ -14,7 +14,7 @@ public:
     void write(const QString &relative, const QByteArray &content) const;
     QByteArray read(const QString &relative) const;
     void useSettings(const QByteArray &line) const; // config/setdb.txt holds it and is loaded
-    void copyCatalogues() const; // the built ones, into language/
+    void copyCatalogues() const;                    // the built ones, into language/
     QString settingsPath() const { return path(QStringLiteral("config/setdb.txt")); }
 
 private:
