@@ -25,18 +25,8 @@ template <typename Window, typename... Arguments> WindowMaker maker(const char *
     return {name, [=]() -> std::unique_ptr<QWidget> { return std::make_unique<Window>(arguments...); }};
 }
 
-std::unique_ptr<QWidget> makeInformation()
-{
-    DeviceInfoRecord record{};
-    record.hardwareVersion = 0x120;
-    record.firmwareVersion = 0x212;
-    record.driverVersion = 0x310;
-    record.interfaceVersion = 0x117;
-    record.channelCount = 2;
-    qstrncpy(record.serialNumber, "HD2-0000-00012345", sizeof record.serialNumber);
-    qstrncpy(record.hardwareType, "Halden-D2 CAN FD", sizeof record.hardwareType);
-    return std::make_unique<INfDialog>(record);
-}
+constexpr DeviceInfoRecord kInformation = {
+    0x120, 0x212, 0x310, 0x117, 0, kChannelCount, "HD2-0000-00012345", "Halden-D2 CAN FD"};
 
 // The menu's entries bring their own titles.
 std::unique_ptr<QWidget> makeValueEntry(const char *action, int value)
@@ -79,7 +69,7 @@ const QVector<WindowMaker> &everyWindow()
         maker<ParaDialog>("parameters", true, false, 0),
         maker<ParaDialog>("parameters-view", false, true, int(ParaDialog::BothChannels)),
         maker<FilterDialog>("acceptance-filter", 1, QString("0-100-1FF|0-7E8-7E8|1-18FF0000-18FFFFFF")),
-        {"device-information", makeInformation},
+        maker<INfDialog>("device-information", kInformation),
         {"value-entry", [] { return makeValueEntry("actionListBuffer", 1000); }},
         {"value-entry-scan", [] { return makeValueEntry("actionScanTime", 50); }},
         {"value-entry-frames", [] { return makeValueEntry("actionFramesPerReceive", 1000); }},

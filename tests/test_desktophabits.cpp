@@ -7,6 +7,7 @@
 #include "device/driver/driverfactory.h"
 #include "frames/csvrow.h"
 #include "frames/pendingframes.h"
+#include "sampleframes.h"
 #include "testfolder.h"
 #include "windowdriver.h"
 
@@ -14,6 +15,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QDesktopServices>
+#include <QMenu>
 #include <QSettings>
 #include <QShortcut>
 #include <QSplitter>
@@ -42,22 +44,13 @@ private:
     TestFolder folder_;
     std::unique_ptr<MainWindow> window_;
 
+    QSplitter *splitter() const { return window_->findChild<QSplitter *>("splitter"); }
     FrameTableView *table() const { return window_->findChild<FrameTableView *>(); }
-    // Frames with these identifiers, through the window's own round.
-    void receive(const QStringList &ids)
+    void showActive() const
     {
-        QList<ModelItem> batch;
-        for (const QString &id : ids) {
-            ModelItem item;
-            item.direction = Received;
-            item.idText = id;
-            item.channelText = "1";
-            item.dataText = "x| 01 ";
-            batch.append(item);
-        }
-        const int before = table()->model()->rowCount();
-        appendPendingFrames(batch);
-        QTRY_COMPARE(table()->model()->rowCount(), before + ids.size());
+        window_->show();
+        window_->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window_.get()));
     }
 
 private slots:
@@ -82,18 +75,17 @@ private slots:
 
     void windowComesBackAsItWas()
     {
-        QList<int> splitter;
         {
             const WindowState state(*window_);
             window_->show();
             window_->resize(window_->minimumSizeHint() + QSize(40, 60));
             table()->setColumnWidth(IdColumn, 177);
             table()->setColumnWidth(TypeColumn, 31);
-            auto *parts = window_->findChild<QSplitter *>("splitter");
-            parts->setSizes({parts->sizes().at(0) - 20, parts->sizes().at(1) + 20});
-            splitter = parts->sizes();
+            const QList<int> usual = splitter()->sizes();
+            splitter()->setSizes({usual.at(0) - 20, usual.at(1) + 20});
         }
         const QSize size = window_->size();
+        const QList<int> parts = splitter()->sizes();
         window_ = std::make_unique<MainWindow>();
         const WindowState state(*window_);
         window_->show();
@@ -101,7 +93,7 @@ private slots:
         QCOMPARE(window_->size(), size);
         QCOMPARE(table()->columnWidth(IdColumn), 177);
         QCOMPARE(table()->columnWidth(TypeColumn), 31);
-        QCOMPARE(window_->findChild<QSplitter *>("splitter")->sizes(), splitter);
+        QCOMPARE(splitter()->sizes(), parts);
         QVERIFY2(!folder_.read("config/setdb.txt").contains("window"), "kept in the program's own settings file");
     }
 
@@ -110,52 +102,45 @@ private slots:
         const int usual = table()->columnWidth(IdColumn);
         QSettings().setValue("window/geometry", QByteArray("nonsense"));
         QSettings().setValue("window/columns", QVariantList{1, 2});
+        QSettings().setValue("window/dpi", window_->logicalDpiX());
         const WindowState state(*window_);
         QCOMPARE(table()->columnWidth(IdColumn), usual);
     }
 
     void everyEntryHasAKeyOfItsOwn()
     {
-        QSet<QKeySequence> keys;
-        const auto add = [&keys](const QKeySequence &key) {
-            const bool isNew = !keys.contains(key);
-            keys.insert(key);
-            return isNew;
-        };
-        for (const QAction *action : window_->findChildren<QAction *>()) {
-            const QString name = action->objectName();
-            if (!name.startsWith("action") || name.contains("Chinese") || name.contains("English") ||
-                name == "actionAbout")
-                continue; // in menus that have access keys; not for every day
-            QVERIFY2(!action->shortcut().isEmpty(), qPrintable(name));
-            QVERIFY2(add(action->shortcut()), qPrintable(action->shortcut().toString()));
+        QList<QKeySequence> keys;
+        for (const QAction *action : window_->findChildren<QAction *>(QRegularExpression("^action"))) {
+            // In menus that have access keys; not for every day.
+            if (action->objectName().contains(QRegularExpression("Chinese|English|About")))
+                continue;
+            QVERIFY2(!action->shortcut().isEmpty(), qPrintable(action->objectName()));
+            keys << action->shortcut();
         }
         for (const QShortcut *shortcut : window_->findChildren<QShortcut *>())
-            QVERIFY2(add(shortcut->key()), qPrintable(shortcut->key().toString()));
+            keys << shortcut->key();
+        for (const QKeySequence &key : keys)
+            QVERIFY2(keys.count(key) == 1, qPrintable(key.toString()));
     }
 
     void helpMenuOpensTheManual()
     {
         folder_.write("help/English/A Manual & more.pdf", "%PDF");
-        WindowDriver(*window_).trigger("actionEnglish"); // fills the menu
-        QAction *entry = nullptr;
-        for (QAction *action : window_->findChildren<QAction *>())
-            if (action->text() == "A Manual && more.pdf")
-                entry = action;
-        QVERIFY(entry);
+        WindowDriver user(*window_);
+        user.trigger("actionEnglish"); // fills the menu
+        QAction *entry = user.find<QMenu>("menuHelp")->actions().last();
+        QCOMPARE(entry->text(), QString("A Manual && more.pdf"));
         QCOMPARE(entry->shortcut(), QKeySequence(QKeySequence::HelpContents));
         const Viewer viewer;
         entry->trigger();
-        WindowDriver(*window_).trigger("actionHelpFolder");
+        user.trigger("actionHelpFolder");
         QCOMPARE(viewer.opened, (QList<QUrl>{QUrl::fromLocalFile(folder_.path("help/English/A Manual & more.pdf")),
                                              QUrl::fromLocalFile(folder_.path("help/English"))}));
     }
 
     void keysPressButtons()
     {
-        window_->show();
-        window_->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(window_.get()));
+        showActive();
         const auto *pause = window_->findChild<QCheckBox *>("pauseBox");
         QTest::keyClick(window_.get(), Qt::Key_F5);
         QVERIFY(pause->isChecked());
@@ -167,11 +152,10 @@ private slots:
 
     void copiesRowsAsCsv()
     {
-        window_->show();
-        window_->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(window_.get()));
-        receive({"0x123", "0x124", "0x125"});
+        showActive();
+        appendPendingFrames({receivedFrame(0x123), receivedFrame(0x124), receivedFrame(0x125)});
         auto *model = qobject_cast<MyTableModel *>(table()->model());
+        QTRY_COMPARE(model->rowCount(), 3);
         QGuiApplication::clipboard()->setText("before");
         table()->setFocus();
         table()->setCurrentIndex(QModelIndex());

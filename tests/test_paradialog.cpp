@@ -2,7 +2,6 @@
 #include "device/channelparameters.h"
 #include "device/devicelayer.h"
 #include "device/filterdialog.h"
-#include "device/language.h"
 #include "device/paradialog.h"
 #include "device/settingsstore.h"
 #include "device/valuedialog.h"
@@ -17,8 +16,6 @@
 #include <QSignalSpy>
 #include <QtTest>
 
-Q_DECLARE_METATYPE(ChannelParameters)
-
 class TestParaDialog : public QObject
 {
     Q_OBJECT
@@ -28,16 +25,21 @@ private:
     FakeDriver *fake_ = nullptr;
     std::unique_ptr<ModalAnswer> answers_;
 
-    static QString defaults(int channel)
-    {
-        return QString("ch%1paramABIT1,0;ch%1paramABIT2,0;ch%1paramCustomBaudrate,;ch%1paramFilterID,;"
-                       "ch%1paramcanFDStandard,0;ch%1paramfilterMode,0;ch%1paramisCustomBaudrate,0;"
-                       "ch%1paramworkStatus,0")
-            .arg(channel);
-    }
     static QComboBox *combo(const QWidget &dialog, const char *name)
     {
         return dialog.findChild<QComboBox *>(QLatin1String(name));
+    }
+    // What opening the channel would set: work status, standard, rates, custom rate, filter.
+    static QString stored(unsigned channel)
+    {
+        const ChannelParameters p = loadChannelParameters(channel);
+        return QString("%1 %2 %3 %4 ").arg(p.workStatus).arg(p.canFdStandard).arg(p.arbitration).arg(p.data) +
+               QString("%1:%2 %3:%4").arg(p.customBaudRate).arg(p.customBaudRateText).arg(p.filterOn).arg(p.filterRows);
+    }
+    // The user answers the next parameter dialog with this button.
+    void answerWith(const char *button)
+    {
+        answers_->on<ParaDialog>([button](ParaDialog *dialog) { pressButton(dialog, button); });
     }
 
 private slots:
@@ -55,25 +57,19 @@ private slots:
         folder_.reset();
     }
 
-    void confirmingAFreshStoreWritesTheChannelsKeys_data()
-    {
-        QTest::addColumn<bool>("choice");
-        QTest::addColumn<int>("selector");
-        QTest::addColumn<QString>("file");
-        QTest::newRow("first") << false << 0 << defaults(1);
-        QTest::newRow("second") << false << 1 << defaults(2);
-        QTest::newRow("both at once") << false << 3 << defaults(1) + ";" + defaults(2);
-        QTest::newRow("either") << true << 3 << defaults(1);
-    }
     void confirmingAFreshStoreWritesTheChannelsKeys()
     {
-        QFETCH(bool, choice);
-        QFETCH(int, selector);
-        QFETCH(QString, file);
-        ParaDialog dialog(true, choice, selector);
-        pressButton(&dialog, "btnConfirm");
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QCOMPARE(QString::fromUtf8(folder_->read("config/setdb.txt")), file);
+        const QString defaults = "ch%1paramABIT1,0;ch%1paramABIT2,0;ch%1paramCustomBaudrate,;ch%1paramFilterID,;"
+                                 "ch%1paramcanFDStandard,0;ch%1paramfilterMode,0;ch%1paramisCustomBaudrate,0;"
+                                 "ch%1paramworkStatus,0";
+        for (int selector : {1, int(ParaDialog::BothChannels)}) {
+            folder_->useSettings("");
+            ParaDialog dialog(true, false, selector);
+            pressButton(&dialog, "btnConfirm");
+            QCOMPARE(dialog.result(), int(QDialog::Accepted));
+            QCOMPARE(QString::fromUtf8(folder_->read("config/setdb.txt")),
+                     selector == 1 ? defaults.arg(2) : defaults.arg(1) + ";" + defaults.arg(2));
+        }
     }
 
     void valuesTravelBetweenStoreAndForm()
@@ -81,28 +77,18 @@ private slots:
         storeChannelParameters(0, {1, 1, 14, 8, true, "500K", true, "0-1-2"});
         storeChannelParameters(1, {0, 1, 99, 3, false, "", false, ""});
         settings::setValue("ch2paramworkStatus", "often", false); // no number
-        {
+        for (const char *button : {"btnCancel", "btnConfirm"}) {
+            QCOMPARE(stored(0), QString("1 1 14 8 1:500K 1:0-1-2"));
+            QCOMPARE(stored(1), QString("0 1 99 3 0: 0:"));
             ParaDialog dialog(true, false, ParaDialog::BothChannels);
             QCOMPARE(combo(dialog, "ABIT1Combo")->currentText(), QString("666.66kbps(80%)"));
             QVERIFY(dialog.findChild<QCheckBox *>("CustomBaudrateCheckBox")->isHidden());
             QVERIFY(combo(dialog, "chCombo")->isHidden());
             combo(dialog, "ABIT2Combo")->setCurrentIndex(2);
-            pressButton(&dialog, "btnCancel");
-            QCOMPARE(settings::value("ch1paramABIT2", ""), QString("8"));
-            ParaDialog again(true, false, ParaDialog::BothChannels);
-            combo(again, "ABIT2Combo")->setCurrentIndex(2);
-            pressButton(&again, "btnConfirm");
+            pressButton(&dialog, button);
         }
-        for (unsigned channel : {0u, 1u}) {
-            const ChannelParameters stored = loadChannelParameters(channel);
-            QCOMPARE(stored.workStatus, 1u);
-            QCOMPARE(stored.canFdStandard, 1u);
-            QCOMPARE(stored.arbitration, 14u);
-            QCOMPARE(stored.data, 2u);
-            QVERIFY(stored.customBaudRate && stored.filterOn);
-            QCOMPARE(stored.customBaudRateText, QString("500K"));
-            QCOMPARE(stored.filterRows, QString("0-1-2"));
-        }
+        QCOMPARE(stored(0), QString("1 1 14 2 1:500K 1:0-1-2"));
+        QCOMPARE(stored(1), stored(0));
 
         storeChannelParameters(1, {0, 0, 99, 3, false, "", false, ""});
         ParaDialog either(true, true, ParaDialog::BothChannels);
@@ -110,161 +96,113 @@ private slots:
         QCOMPARE(combo(either, "ABIT1Combo")->currentIndex(), 0); // an index the list does not have
         QCOMPARE(combo(either, "ABIT2Combo")->currentText(), QString("1Mbps(80%)"));
         pressButton(&either, "btnSave");
-        QCOMPARE(settings::value("ch2paramABIT1", ""), QString("0"));
-        QCOMPARE(settings::value("ch1paramABIT1", ""), QString("14"));
+        QCOMPARE(stored(1), QString("0 0 0 3 0: 0:"));
+        QCOMPARE(stored(0), QString("1 1 14 2 1:500K 1:0-1-2"));
     }
 
     void onlyTheFilterIsOpenInAView()
     {
         ParaDialog view(false, true, ParaDialog::BothChannels);
         QVERIFY(combo(view, "chCombo")->isEnabled());
-        for (const char *name : {"workStatusCombo", "canFDStandardCombo", "ABIT1Combo", "ABIT2Combo",
-                                 "CustomBaudrateCheckBox", "CustomBaudrateEdit"})
-            QVERIFY2(!view.findChild<QWidget *>(QLatin1String(name))->isEnabled(), name);
+        for (const char *name : {"workStatusCombo", "canFDStandardCombo", "ABIT1Combo", "ABIT2Combo"})
+            QVERIFY2(!combo(view, name)->isEnabled(), name);
         QVERIFY(view.findChild<QWidget *>("filterModeCheck")->isEnabled());
-        QVERIFY(!combo(ParaDialog(true, true, 1), "chCombo")->isEnabled());
+        const ParaDialog second(true, true, 1);
+        QVERIFY(!combo(second, "chCombo")->isEnabled());
     }
 
     void tickingTheFilterOpensItsEditor()
     {
         storeChannelParameters(1, {0, 0, 0, 0, false, "", false, "0-5-6"});
-        const QByteArray before = folder_->read("config/setdb.txt");
         ParaDialog dialog(true, false, 1);
         auto *box = dialog.findChild<QCheckBox *>("filterModeCheck");
-        answers_->on<FilterDialog>([](FilterDialog *filter) {
-            QCOMPARE(filter->windowTitle(), QString("通道2滤波设置"));
-            pressButton(filter, "btnAdd");
-            pressButton(filter, "btnConfirm");
-        });
-        box->click();
-        box->click(); // off: no editor
-        answers_->on<FilterDialog>([](FilterDialog *filter) {
-            QCOMPARE(filter->rowText(), QString("0-5-6|0-0-0"));
-            pressButton(filter, "btnAdd");
-            pressButton(filter, "btnCancel");
-        });
-        box->click();
-        QCOMPARE(folder_->read("config/setdb.txt"), before);
-        pressButton(&dialog, "btnSave");
-        QCOMPARE(settings::value("ch2paramFilterID", ""), QString("0-5-6|0-0-0"));
-        QCOMPARE(settings::value("ch2paramfilterMode", ""), QString("1"));
-    }
-
-    void applyingNeedsAnOpenChannel()
-    {
-        QStringList log;
-        for (unsigned code = 0; code < LanguageCount; ++code) {
-            setLanguageCode(code);
-            applyParameters(nullptr, [&](const QString &line) { log << line; });
+        for (const char *button : {"btnConfirm", "btnCancel"}) {
+            answers_->on<FilterDialog>([button](FilterDialog *filter) {
+                QCOMPARE(filter->windowTitle(), QString("通道2滤波设置"));
+                pressButton(filter, "btnAdd");
+                pressButton(filter, button);
+            });
+            box->click();
+            if (qstrcmp(button, "btnConfirm") == 0)
+                box->click(); // off: no editor
         }
-        QCOMPARE(answers_->messages(),
-                 QStringList({"提示|设备未打开！", "提示|設備未打開！", "warning|The device is not opened!"}));
-        QVERIFY(log.isEmpty());
-        QVERIFY(fake_->calls().isEmpty());
+        QCOMPARE(stored(1), QString("0 0 0 0 0: 0:0-5-6"));
+        pressButton(&dialog, "btnSave");
+        QCOMPARE(stored(1), QString("0 0 0 0 0: 1:0-5-6|0-0-0"));
     }
 
-    void applying_data()
+    void applyingNeedsAnOpenChannelAndAYes()
     {
-        QTest::addColumn<QList<int>>("open");
-        QTest::addColumn<ChannelParameters>("second"); // parameters of channel 1; the first gets the defaults
-        QTest::addColumn<QString>("failing");
-        QTest::addColumn<QStringList>("texts"); // message in the three languages, or none
-        QTest::addColumn<int>("lines");
-        QTest::addColumn<QStringList>("calls");
-        const QStringList first{"SetCanFdStandard(7,0,0)", "SetArbitrationBaud(7,0,0)", "SetDataBaud(7,0,0)"};
-        const QStringList second{"SetCanFdStandard(7,1,1)", "SetArbitrationBaud(7,1,2)", "SetDataBaud(7,1,3)"};
-        const ChannelParameters plain{0, 1, 2, 3, false, "", false, "0-1-2"};
-        const ChannelParameters custom{0, 1, 2, 3, true, "K", false, ""};
-        const ChannelParameters filtered{0, 1, 2, 3, false, "", true, "1-1-F"};
-        const ChannelParameters noRows{0, 1, 2, 3, false, "", true, ""};
-        const QStringList none;
-        QTest::newRow("both") << QList<int>{0, 1} << plain << "" << none << 2 << first + second;
-        QTest::newRow("second only") << QList<int>{1} << plain << "" << none << 0 << none;
-        QTest::newRow("first only") << QList<int>{0} << plain << "" << none << 1 << first;
-        QTest::newRow("filter") << QList<int>{0, 1} << filtered << "" << none << 2
-                                << first + second +
-                                       QStringList{"SetValue(1/filter_clear,0)", "SetValue(1/filter_mode,1)",
-                                                   "SetValue(1/filter_start,0x1)", "SetValue(1/filter_end,0xF)",
-                                                   "SetValue(1/filter_ack,0)"};
-        QTest::newRow("no rows") << QList<int>{0, 1} << noRows << "" << none << 2
-                                 << first + second +
-                                        QStringList{"SetValue(1/filter_clear,0)", "SetValue(1/filter_ack,0)"};
-        QTest::newRow("standard refused") << QList<int>{0, 1} << plain << "SetCanFdStandard"
-                                          << QStringList{"警告|设置CANFD标准失败！", "警告|設置CANFD標準失敗！",
-                                                         "warning|Failed to set CANFD standard!"}
-                                          << 0 << QStringList{first.first()};
-        QTest::newRow("rate refused") << QList<int>{0, 1} << plain << "SetDataBaud"
-                                      << QStringList{"警告|设置波特率失败！", "警告|設置波特率失敗！",
-                                                     "warning|Setting baud rate failed!"}
-                                      << 0 << first;
-        QTest::newRow("custom rate refused")
-            << QList<int>{0, 1} << custom << "1/baud_rate_custom"
-            << QStringList{"警告|设置自定义波特率失败！", "警告|設置自定義波特率失敗！",
-                           "warning|Setting custom baud rate failed!"}
-            << 1 << first + QStringList{second.first(), "SetValue(1/baud_rate_custom,K)"};
-        QTest::newRow("filter refused") << QList<int>{0, 1} << filtered << "1/filter_clear"
-                                        << QStringList{"警告|设置滤波失败！", "警告|設置濾波失敗！",
-                                                       "warning|Setting filtering failed!"}
-                                        << 1 << first + second + QStringList{"SetValue(1/filter_clear,0)"};
+        const auto log = [](const QString &) { QFAIL("nothing is to be applied"); };
+        applyParameters(nullptr, log);
+        QCOMPARE(answers_->messages(), QStringList{"提示|设备未打开！"});
+        QVERIFY(openDevice(kDeviceType, 0, 0));
+        QVERIFY(initChannel(0, 0));
+        fake_->takeCalls();
+        answerWith("btnCancel");
+        applyParameters(nullptr, log);
+        QCOMPARE(fake_->calls(), QStringList());
     }
+
     void applying()
     {
-        QFETCH(QList<int>, open);
-        QFETCH(ChannelParameters, second);
-        QFETCH(QString, failing);
-        QFETCH(QStringList, texts);
-        QFETCH(int, lines);
-        QFETCH(QStringList, calls);
-        QVERIFY(openDevice(kDeviceType, 0, 0));
-        for (int channel : open)
-            QVERIFY(initChannel(unsigned(channel), 0));
-        storeChannelParameters(1, second);
-        fake_->failing = QStringList{failing};
-        for (unsigned code = 0; code < LanguageCount; ++code) {
-            setLanguageCode(code);
+        const QStringList first{"SetCanFdStandard(7,0,0)", "SetArbitrationBaud(7,0,0)", "SetDataBaud(7,0,0)"};
+        const QStringList both =
+            first + QStringList{"SetCanFdStandard(7,1,1)", "SetArbitrationBaud(7,1,2)", "SetDataBaud(7,1,3)"};
+        const QStringList clear = both + QStringList{"SetValue(1/filter_clear,0)"};
+        const QStringList range{"SetValue(1/filter_mode,1)", "SetValue(1/filter_start,0x1)",
+                                "SetValue(1/filter_end,0xF)", "SetValue(1/filter_ack,0)"};
+        const struct {
+            const char *settings; // of channel 2, besides its rates; channel 1 has the defaults
+            QList<int> open;
+            const char *failing;
+            QStringList calls;
+            int channelsSet;
+            QString message;
+        } cases[] = {
+            {"off", {0, 1}, "", both, 2, ""},
+            {"off", {1}, "", {}, 0, ""}, // up to the first closed channel
+            {"off", {0}, "", first, 1, ""},
+            {"1-1-F", {0, 1}, "", clear + range, 2, ""},
+            {"", {0, 1}, "", clear + range.mid(3), 2, ""},
+            {"off", {0, 1}, "SetDataBaud", first, 0, "警告|设置波特率失败！"},
+            {"1-1-F", {0, 1}, "1/filter_clear", clear, 1, "警告|设置滤波失败！"},
+        };
+        for (const auto &[settings, open, failing, calls, channelsSet, message] : cases) {
+            QVERIFY(openDevice(kDeviceType, 0, 0));
+            for (int channel : open)
+                QVERIFY(initChannel(unsigned(channel), 0));
+            storeChannelParameters(1, {0, 1, 2, 3, false, "K", qstrcmp(settings, "off") != 0, settings});
+            fake_->failing = QStringList{failing};
             fake_->takeCalls();
-            answers_->on<ParaDialog>([](ParaDialog *dialog) { pressButton(dialog, "btnConfirm"); });
-            QStringList log;
-            applyParameters(nullptr, [&log](const QString &line) { log << line; });
+            answerWith("btnConfirm");
+            QString log;
+            applyParameters(nullptr, [&log](const QString &line) { log += line; });
             QCOMPARE(fake_->takeCalls(), calls);
-            QCOMPARE(answers_->takeMessages(), texts.mid(int(code), 1));
-            QCOMPARE(log.count("设备参数设置成功！"), lines);
-            QCOMPARE(log.size(), lines);
+            QCOMPARE(answers_->takeMessages().join(' '), message);
+            QCOMPARE(log, QString("设备参数设置成功！").repeated(channelsSet));
+            closeDevice();
         }
-        answers_->on<ParaDialog>([](ParaDialog *dialog) { pressButton(dialog, "btnCancel"); });
-        applyParameters(nullptr, [](const QString &) { QFAIL("nothing is to be applied"); });
-        QVERIFY(fake_->takeCalls().isEmpty());
     }
 
-    void aValueIsOneNumberWithinItsLimits_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<bool>("taken");
-        QTest::newRow("lowest") << "1" << true;
-        QTest::newRow("highest") << "500" << true;
-        for (const char *bad : {"", "0", "501", "-5", "x", "1,0", "1.5", "0x10", "99999999999"})
-            QTest::newRow(qPrintable("refused: " + QString(bad))) << bad << false;
-    }
     void aValueIsOneNumberWithinItsLimits()
     {
-        QFETCH(QString, typed);
-        QFETCH(bool, taken);
-        valueDialog dialog;
-        QSignalSpy values(&dialog, &valueDialog::getValue);
-        dialog.setEntry(2, "Frames", 1, 500, 20);
-        dialog.show();
-        auto *edit = dialog.findChild<QLineEdit *>("valueEdit");
-        QCOMPARE(edit->text(), QString("20"));
-        QCOMPARE(dialog.windowTitle(), QString("Frames"));
-        edit->setText(typed);
-        dialog.findChild<QPushButton *>("btnValueOK")->click();
-        QCOMPARE(dialog.isVisible(), !taken);
-        QCOMPARE(values.size(), taken ? 1 : 0);
-        if (taken)
-            QCOMPARE(values.first(), QVariantList({typed, 2}));
-        pressButton(&dialog, "btnValueCancel");
-        QVERIFY(!dialog.isVisible());
-        QCOMPARE(values.size(), taken ? 1 : 0);
+        for (const char *typed : {"1", "5000", "", "0", "5001", "-5", "x", "1,000", "1.5", "0x10", "99999999999"}) {
+            const bool taken = qstrcmp(typed, "1") == 0 || qstrcmp(typed, "5000") == 0;
+            valueDialog dialog;
+            QSignalSpy values(&dialog, &valueDialog::getValue);
+            dialog.setEntry(2, "Frames", 1, 5000, 20);
+            dialog.show();
+            auto *edit = dialog.findChild<QLineEdit *>("valueEdit");
+            QCOMPARE(edit->text(), QString("20"));
+            edit->setText(typed);
+            dialog.findChild<QPushButton *>("btnValueOK")->click();
+            QVERIFY2(dialog.isVisible() != taken, typed);
+            pressButton(&dialog, "btnValueCancel");
+            QVERIFY(!dialog.isVisible());
+            QCOMPARE(values.size(), taken ? 1 : 0);
+            QCOMPARE(values.value(0).value(0).toString(), taken ? typed : "");
+        }
     }
 };
 

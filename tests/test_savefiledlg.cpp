@@ -1,11 +1,9 @@
 #include "dialogs/savefiledlg.h"
+#include "testfolder.h"
 
-#include <QComboBox>
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QtTest>
 
 class TestSavefileDlg : public QObject
@@ -13,92 +11,65 @@ class TestSavefileDlg : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir dir_;
-    const std::function<QString(QWidget *, const QString &)> platformDialog_ = savefileDlg::askSaveFileName;
+    const TestFolder folder_;
+    QString answer_; // of the platform's dialog
+    std::unique_ptr<savefileDlg> dialog_;
 
-    static void press(savefileDlg &dialog, const char *button) { dialog.findChild<QPushButton *>(button)->click(); }
-    static QLineEdit *pathEdit(const savefileDlg &dialog) { return dialog.findChild<QLineEdit *>("pathEdit"); }
-    static QLabel *hint(const savefileDlg &dialog) { return dialog.findChild<QLabel *>("hintLabel"); }
+    void press(const char *button) { dialog_->findChild<QPushButton *>(button)->click(); }
+    QLineEdit *pathEdit() { return dialog_->findChild<QLineEdit *>("pathEdit"); }
+    QLabel *hint() { return dialog_->findChild<QLabel *>("hintLabel"); }
+    void browse(const QString &answer)
+    {
+        answer_ = answer;
+        press("browseBtn");
+    }
 
 private slots:
-    void cleanup() { savefileDlg::askSaveFileName = platformDialog_; }
+    void init()
+    {
+        savefileDlg::askSaveFileName = [this](QWidget *, const QString &) { return answer_; };
+        dialog_ = std::make_unique<savefileDlg>();
+        dialog_->show();
+    }
 
     void browsingEmptiesTheFileAtOnce()
     {
-        QString path = dir_.filePath("chosen.csv");
-        QFile old(path);
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write("old");
-        old.close();
-        QString caption;
-        savefileDlg::askSaveFileName = [&](QWidget *, const QString &text) {
-            caption = text;
-            return path;
-        };
-        savefileDlg dialog;
-        dialog.show();
-        QVERIFY(hint(dialog)->isHidden());
-        press(dialog, "browseBtn");
-        QCOMPARE(caption, QString("保存CSV文件"));
-        QCOMPARE(pathEdit(dialog)->text(), path);
-        QVERIFY(hint(dialog)->isHidden());
-        press(dialog, "cancelBtn");
-        QVERIFY(!dialog.isVisible());
-        QVERIFY(dialog.path().isEmpty());
-        QVERIFY(QFile::exists(path));
-        QCOMPARE(QFile(path).size(), 0);
+        folder_.write("chosen.csv", "old");
+        browse(folder_.path("chosen.csv"));
+        QCOMPARE(pathEdit()->text(), folder_.path("chosen.csv"));
+        QVERIFY(hint()->isHidden());
+        press("cancelBtn");
+        QVERIFY(!dialog_->isVisible());
+        QVERIFY(dialog_->path().isEmpty());
+        QVERIFY(QFile::exists(folder_.path("chosen.csv")));
+        QCOMPARE(folder_.read("chosen.csv"), QByteArray());
     }
 
     void anUnwritableTargetShowsTheHintAndOkIsStillAllowed()
     {
-        QString path = dir_.filePath("no such folder/a.csv");
-        savefileDlg::askSaveFileName = [&](QWidget *, const QString &) { return path; };
-        savefileDlg dialog;
-        dialog.show();
-        const QSize size = dialog.size();
-        press(dialog, "browseBtn");
-        QVERIFY(hint(dialog)->isVisible());
-        QCOMPARE(hint(dialog)->text(), QString("提示：文件创建失败，请选择其他路径。"));
-        QCOMPARE(dialog.size(), size);
-        savefileDlg::askSaveFileName = [](QWidget *, const QString &) { return QString(); }; // cancelled
-        press(dialog, "browseBtn");
-        QCOMPARE(pathEdit(dialog)->text(), path);
-        QVERIFY(hint(dialog)->isVisible());
-        savefileDlg::askSaveFileName = [&](QWidget *, const QString &) { return dir_.filePath("b.csv"); };
-        press(dialog, "browseBtn");
-        QVERIFY(hint(dialog)->isHidden());
-        savefileDlg::askSaveFileName = [&](QWidget *, const QString &) { return path; };
-        press(dialog, "browseBtn");
-        press(dialog, "okBtn");
-        QVERIFY(!dialog.isVisible());
-        QCOMPARE(dialog.path(), path);
-    }
-
-    void aTypedPathIsTakenAsItIs()
-    {
-        savefileDlg dialog;
-        dialog.show();
-        QComboBox *modes = dialog.findChild<QComboBox *>("modeBox");
-        QCOMPARE(modes->count(), 2);
-        QCOMPARE(modes->itemText(0), QString("全部数据"));
-        QCOMPARE(modes->itemText(1), QString("筛选后数据"));
-        pathEdit(dialog)->setText(" typed by hand ");
-        modes->setCurrentIndex(1);
-        press(dialog, "okBtn");
-        QCOMPARE(dialog.path(), QString(" typed by hand "));
-        QCOMPARE(dialog.mode(), CaptureMode::FilteredFrames);
-        QVERIFY(!QFile::exists(" typed by hand "));
+        const QString path = folder_.path("no such folder/a.csv");
+        const QRect place = dialog_->findChild<QPushButton *>("okBtn")->geometry();
+        browse(path);
+        QVERIFY(hint()->isVisible());
+        QCoreApplication::processEvents();
+        QCOMPARE(dialog_->findChild<QPushButton *>("okBtn")->geometry(), place); // the hint has its room
+        browse(QString());                                                       // cancelled
+        QCOMPARE(pathEdit()->text(), path);
+        QVERIFY(hint()->isVisible());
+        browse(folder_.path("b.csv"));
+        QVERIFY(hint()->isHidden());
+        browse(path);
+        press("okBtn");
+        QVERIFY(!dialog_->isVisible());
+        QCOMPARE(dialog_->path(), path);
     }
 
     void escapeCancels()
     {
-        savefileDlg dialog;
-        dialog.show();
-        pathEdit(dialog)->setText("x");
-        QTest::keyClick(&dialog, Qt::Key_Escape);
-        QVERIFY(!dialog.isVisible());
-        QVERIFY(dialog.path().isEmpty());
-        QCOMPARE(dialog.mode(), CaptureMode::AllFrames);
+        pathEdit()->setText("x");
+        QTest::keyClick(dialog_.get(), Qt::Key_Escape);
+        QVERIFY(!dialog_->isVisible());
+        QVERIFY(dialog_->path().isEmpty());
     }
 };
 

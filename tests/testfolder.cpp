@@ -39,6 +39,12 @@ QByteArray TestFolder::read(const QString &relative) const
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+void TestFolder::useSettings(const QByteArray &line) const
+{
+    write(QStringLiteral("config/setdb.txt"), line);
+    settings::load(settingsPath());
+}
+
 void TestFolder::copyCatalogues() const
 {
     for (const QString &name : settings::catalogueNames())

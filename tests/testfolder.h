@@ -13,7 +13,8 @@ public:
     QString path(const QString &relative) const; // "config/setdb.txt"
     void write(const QString &relative, const QByteArray &content) const;
     QByteArray read(const QString &relative) const;
-    void copyCatalogues() const; // the built ones, into language/
+    void useSettings(const QByteArray &line) const; // config/setdb.txt holds it and is loaded
+    void copyCatalogues() const;                    // the built ones, into language/
     QString settingsPath() const { return path(QStringLiteral("config/setdb.txt")); }
 
 private:

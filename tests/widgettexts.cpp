@@ -1,6 +1,5 @@
 #include "widgettexts.h"
 
-#include <QAbstractButton>
 #include <QAbstractScrollArea>
 #include <QAbstractSpinBox>
 #include <QAction>
@@ -47,19 +46,19 @@ bool fits(const QSize &needed, const QSize &given)
     return needed.width() <= given.width() + 1 && needed.height() <= given.height() + 1;
 }
 
-QSize neededByLabel(const QLabel &label)
+QSize neededBy(const QWidget &widget)
 {
-    if (label.wordWrap())
-        return {0, label.heightForWidth(label.width())};
-    return label.text().isEmpty() ? QSize() : label.sizeHint();
-}
-
-QSize neededByCombo(const QComboBox &combo)
-{
-    int width = 0;
-    for (int item = 0; item < combo.count(); ++item)
-        width = qMax(width, combo.fontMetrics().horizontalAdvance(combo.itemText(item)));
-    return {width, combo.fontMetrics().height()};
+    const auto *label = qobject_cast<const QLabel *>(&widget);
+    if (label && label->wordWrap())
+        return {0, label->heightForWidth(label->width())};
+    if (const auto *combo = qobject_cast<const QComboBox *>(&widget)) {
+        int width = 0;
+        for (int item = 0; item < combo->count(); ++item)
+            width = qMax(width, combo->fontMetrics().horizontalAdvance(combo->itemText(item)));
+        return {width, combo->fontMetrics().height()};
+    }
+    const bool hasText = !widget.property("text").toString().isEmpty() && !qobject_cast<const QLineEdit *>(&widget);
+    return hasText || qobject_cast<const QGroupBox *>(&widget) ? widget.minimumSizeHint() : QSize();
 }
 
 QSize givenByCombo(const QComboBox &combo)
@@ -91,31 +90,23 @@ QVector<ShownText> shownTexts(const QWidget &window)
         if (!text.isEmpty())
             texts.append({nameOf(object) + QLatin1Char(' ') + QLatin1String(what), text});
     };
-    add(window, "title", window.windowTitle());
-    for (const QAction *action : window.findChildren<QAction *>())
-        add(*action, "action", action->text());
-    for (const QWidget *widget : window.findChildren<QWidget *>()) {
-        add(*widget, "tool tip", widget->toolTip());
-        if (const auto *label = qobject_cast<const QLabel *>(widget))
-            add(*label, "text", label->text());
-        else if (const auto *button = qobject_cast<const QAbstractButton *>(widget))
-            add(*button, "text", button->text());
-        else if (const auto *group = qobject_cast<const QGroupBox *>(widget))
-            add(*group, "title", group->title());
-        else if (const auto *menu = qobject_cast<const QMenu *>(widget))
-            add(*menu, "title", menu->title());
-        else if (const auto *edit = qobject_cast<const QLineEdit *>(widget))
-            add(*edit, "placeholder", edit->placeholderText());
-        else if (const auto *combo = qobject_cast<const QComboBox *>(widget))
+    QList<const QObject *> objects{&window};
+    for (const QObject *child : window.findChildren<QObject *>())
+        objects.append(child);
+    for (const QObject *object : objects) {
+        if (!object->isWidgetType() && !qobject_cast<const QAction *>(object))
+            continue;
+        for (const char *property : {"windowTitle", "text", "title", "toolTip", "placeholderText"})
+            add(*object, property, object->property(property).toString());
+        if (const auto *combo = qobject_cast<const QComboBox *>(object))
             for (int item = 0; item < combo->count(); ++item)
                 add(*combo, "item", combo->itemText(item));
-        else if (const auto *table = qobject_cast<const QTableView *>(widget)) {
+        if (const auto *table = qobject_cast<const QTableView *>(object))
             for (int column = 0; column < table->model()->columnCount(); ++column) {
                 add(*table, "column", table->model()->headerData(column, Qt::Horizontal).toString());
                 for (int row = 0; row < table->model()->rowCount(); ++row)
                     add(*table, "cell", table->model()->index(row, column).data().toString());
             }
-        }
     }
     return texts;
 }
@@ -126,24 +117,13 @@ QStringList cutTexts(const QWidget &window)
     for (const QWidget *widget : window.findChildren<QWidget *>()) {
         if (!widget->isVisibleTo(&window) || widget->window() != &window)
             continue;
-        QSize needed;
-        QSize given = widget->size();
-        if (const auto *label = qobject_cast<const QLabel *>(widget)) {
-            needed = neededByLabel(*label);
-        } else if (const auto *button = qobject_cast<const QAbstractButton *>(widget)) {
-            needed = button->text().isEmpty() ? QSize() : button->sizeHint();
-        } else if (const auto *combo = qobject_cast<const QComboBox *>(widget)) {
-            needed = neededByCombo(*combo);
-            given = givenByCombo(*combo);
-        } else if (const auto *group = qobject_cast<const QGroupBox *>(widget)) {
-            needed = {group->fontMetrics().horizontalAdvance(group->title()), 0};
-        } else if (const auto *spin = qobject_cast<const QAbstractSpinBox *>(widget)) {
-            needed = spin->minimumSizeHint();
-        } else if (const auto *header = qobject_cast<const QHeaderView *>(widget)) {
-            checkHeader(*header, found);
-        }
+        const auto *combo = qobject_cast<const QComboBox *>(widget);
+        const QSize needed = neededBy(*widget);
+        const QSize given = combo ? givenByCombo(*combo) : widget->size();
         if (!fits(needed, given))
             found << nameOf(*widget) + ": " + describe(needed, given);
+        if (const auto *header = qobject_cast<const QHeaderView *>(widget))
+            checkHeader(*header, found);
     }
     return found;
 }
