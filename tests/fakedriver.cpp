@@ -9,6 +9,14 @@
 namespace
 {
 FakeDriver *current = nullptr; // the property interface carries no context
+
+template <typename Record> std::uint32_t takeFront(std::vector<Record> &queue, Record *records, std::uint32_t capacity)
+{
+    const auto count = std::min<std::size_t>(queue.size(), capacity);
+    std::copy_n(queue.begin(), count, records);
+    queue.erase(queue.begin(), queue.begin() + static_cast<std::ptrdiff_t>(count));
+    return static_cast<std::uint32_t>(count);
+}
 } // namespace
 
 FakeDriver::FakeDriver()
@@ -31,10 +39,25 @@ FakeDriver *FakeDriver::install()
     return raw;
 }
 
-void FakeDriver::note(const QString &call)
+void FakeDriver::note(const char *name, const QStringList &arguments)
 {
+    const QString call = QLatin1String(name) + QLatin1Char('(') + arguments.join(QLatin1Char(',')) + QLatin1Char(')');
     const QMutexLocker lock(&lock_);
     calls_.append(call);
+}
+
+void FakeDriver::note(const char *name, std::initializer_list<std::uint32_t> arguments)
+{
+    QStringList texts;
+    for (const std::uint32_t argument : arguments)
+        texts << QString::number(argument);
+    note(name, texts);
+}
+
+std::uint32_t FakeDriver::answer(const char *name, std::initializer_list<std::uint32_t> arguments)
+{
+    note(name, arguments);
+    return answer(name);
 }
 
 QStringList FakeDriver::calls() const
@@ -51,51 +74,27 @@ QStringList FakeDriver::takeCalls()
 
 std::uint32_t OSTREL_PROPERTY_CALL FakeDriver::setValue(const char *path, const char *value)
 {
-    current->note(QStringLiteral("SetValue(%1,%2)").arg(QString::fromUtf8(path), QString::fromUtf8(value)));
+    current->note("SetValue", QStringList{QString::fromUtf8(path), QString::fromUtf8(value)});
     return current->answer(path);
 }
 
 Driver::Handle FakeDriver::OpenDevice(std::uint32_t type, std::uint32_t index, std::uint32_t reserved)
 {
-    note(QStringLiteral("OpenDevice(%1,%2,%3)").arg(type).arg(index).arg(reserved));
+    note("OpenDevice", {type, index, reserved});
     return opened_ < openAnswers.size() ? openAnswers[opened_++] : deviceHandle;
-}
-
-std::uint32_t FakeDriver::CloseDevice(Handle device)
-{
-    note(QStringLiteral("CloseDevice(%1)").arg(device));
-    return answer("CloseDevice");
 }
 
 std::uint32_t FakeDriver::GetDeviceInfo(Handle device, DeviceInfoRecord *record)
 {
-    note(QStringLiteral("GetDeviceInfo(%1)").arg(device));
+    note("GetDeviceInfo", {device});
     *record = info;
     return infoAnswer;
 }
 
-std::uint32_t FakeDriver::GetDeviceStatus(Handle)
-{
-    return status;
-}
-
 Driver::Handle FakeDriver::InitChannel(Handle device, std::uint32_t channel, const ChannelInitRecord *record)
 {
-    note(QStringLiteral("InitChannel(%1,%2)").arg(device).arg(channel));
     lastInit = *record;
-    return answer("InitChannel") ? channelHandle(channel) : 0;
-}
-
-std::uint32_t FakeDriver::StartChannel(Handle channel)
-{
-    note(QStringLiteral("StartChannel(%1)").arg(channel));
-    return answer("StartChannel");
-}
-
-std::uint32_t FakeDriver::ResetChannel(Handle channel)
-{
-    note(QStringLiteral("ResetChannel(%1)").arg(channel));
-    return answer("ResetChannel");
+    return answer("InitChannel", {device, channel}) == kDriverSuccess ? channelHandle(channel) : 0;
 }
 
 void FakeDriver::feed(unsigned channel, const std::vector<CanReceiveRecord> &records)
@@ -122,21 +121,10 @@ std::vector<CanFdTransmitRecord> FakeDriver::sentFd(unsigned channel) const
     return sentFd_[channel];
 }
 
-namespace
-{
-template <typename Record> std::uint32_t takeFront(std::vector<Record> &queue, Record *records, std::uint32_t capacity)
-{
-    const auto count = std::min<std::size_t>(queue.size(), capacity);
-    std::copy_n(queue.begin(), count, records);
-    queue.erase(queue.begin(), queue.begin() + static_cast<std::ptrdiff_t>(count));
-    return static_cast<std::uint32_t>(count);
-}
-} // namespace
-
 std::uint32_t FakeDriver::TransmitCan(Handle channel, const CanTransmitRecord *records, std::uint32_t count)
 {
     const unsigned index = channelOf(channel);
-    note(QStringLiteral("TransmitCan(%1,%2)").arg(index).arg(count));
+    note("TransmitCan", {index, count});
     {
         const QMutexLocker lock(&lock_);
         sent_[index].insert(sent_[index].end(), records, records + count);
@@ -147,7 +135,7 @@ std::uint32_t FakeDriver::TransmitCan(Handle channel, const CanTransmitRecord *r
 std::uint32_t FakeDriver::TransmitCanFd(Handle channel, const CanFdTransmitRecord *records, std::uint32_t count)
 {
     const unsigned index = channelOf(channel);
-    note(QStringLiteral("TransmitCanFd(%1,%2)").arg(index).arg(count));
+    note("TransmitCanFd", {index, count});
     {
         const QMutexLocker lock(&lock_);
         sentFd_[index].insert(sentFd_[index].end(), records, records + count);
@@ -170,36 +158,6 @@ std::uint32_t FakeDriver::ReceiveCanFd(Handle channel, CanFdReceiveRecord *recor
 
 const PropertyInterface *FakeDriver::GetPropertyInterface(Handle device)
 {
-    note(QStringLiteral("GetPropertyInterface(%1)").arg(device));
+    note("GetPropertyInterface", {device});
     return hasProperties ? &properties_ : nullptr;
-}
-
-std::uint32_t FakeDriver::UpdateDevice(Handle device)
-{
-    note(QStringLiteral("UpdateDevice(%1)").arg(device));
-    return answer("UpdateDevice");
-}
-
-std::uint32_t FakeDriver::SetArbitrationBaud(Handle device, std::uint32_t channel, std::uint32_t value)
-{
-    note(QStringLiteral("SetArbitrationBaud(%1,%2,%3)").arg(device).arg(channel).arg(value));
-    return answer("SetArbitrationBaud");
-}
-
-std::uint32_t FakeDriver::SetDataBaud(Handle device, std::uint32_t channel, std::uint32_t value)
-{
-    note(QStringLiteral("SetDataBaud(%1,%2,%3)").arg(device).arg(channel).arg(value));
-    return answer("SetDataBaud");
-}
-
-std::uint32_t FakeDriver::SetCanFdStandard(Handle device, std::uint32_t channel, std::uint32_t value)
-{
-    note(QStringLiteral("SetCanFdStandard(%1,%2,%3)").arg(device).arg(channel).arg(value));
-    return answer("SetCanFdStandard");
-}
-
-std::uint32_t FakeDriver::ResetDriver()
-{
-    note(QStringLiteral("ResetDriver()"));
-    return kDriverSuccess;
 }

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <vector>
 
@@ -52,12 +53,12 @@ public:
     std::vector<std::string> deviceNames() override { return names; }
     std::vector<DriverNotice> takeNotices() override { return std::exchange(notices, {}); }
     Handle OpenDevice(std::uint32_t type, std::uint32_t index, std::uint32_t reserved) override;
-    std::uint32_t CloseDevice(Handle device) override;
+    std::uint32_t CloseDevice(Handle device) override { return answer("CloseDevice", {device}); }
     std::uint32_t GetDeviceInfo(Handle device, DeviceInfoRecord *record) override;
-    std::uint32_t GetDeviceStatus(Handle device) override;
+    std::uint32_t GetDeviceStatus(Handle) override { return status; }
     Handle InitChannel(Handle device, std::uint32_t channel, const ChannelInitRecord *record) override;
-    std::uint32_t StartChannel(Handle channel) override;
-    std::uint32_t ResetChannel(Handle channel) override;
+    std::uint32_t StartChannel(Handle channel) override { return answer("StartChannel", {channel}); }
+    std::uint32_t ResetChannel(Handle channel) override { return answer("ResetChannel", {channel}); }
     std::uint32_t TransmitCan(Handle channel, const CanTransmitRecord *records, std::uint32_t count) override;
     std::uint32_t ReceiveCan(Handle channel, CanReceiveRecord *records, std::uint32_t capacity,
                              std::uint32_t waitMs) override;
@@ -65,15 +66,26 @@ public:
     std::uint32_t ReceiveCanFd(Handle channel, CanFdReceiveRecord *records, std::uint32_t capacity,
                                std::uint32_t waitMs) override;
     const PropertyInterface *GetPropertyInterface(Handle device) override;
-    std::uint32_t UpdateDevice(Handle device) override;
-    std::uint32_t SetArbitrationBaud(Handle device, std::uint32_t channel, std::uint32_t value) override;
-    std::uint32_t SetDataBaud(Handle device, std::uint32_t channel, std::uint32_t value) override;
-    std::uint32_t SetCanFdStandard(Handle device, std::uint32_t channel, std::uint32_t value) override;
-    std::uint32_t ResetDriver() override;
+    std::uint32_t UpdateDevice(Handle device) override { return answer("UpdateDevice", {device}); }
+    std::uint32_t SetArbitrationBaud(Handle device, std::uint32_t channel, std::uint32_t value) override
+    {
+        return answer("SetArbitrationBaud", {device, channel, value});
+    }
+    std::uint32_t SetDataBaud(Handle device, std::uint32_t channel, std::uint32_t value) override
+    {
+        return answer("SetDataBaud", {device, channel, value});
+    }
+    std::uint32_t SetCanFdStandard(Handle device, std::uint32_t channel, std::uint32_t value) override
+    {
+        return answer("SetCanFdStandard", {device, channel, value});
+    }
+    std::uint32_t ResetDriver() override { return answer("ResetDriver", {}); }
 
 private:
     static std::uint32_t OSTREL_PROPERTY_CALL setValue(const char *path, const char *value);
-    void note(const QString &call);
+    void note(const char *name, const QStringList &arguments);
+    void note(const char *name, std::initializer_list<std::uint32_t> arguments);
+    std::uint32_t answer(const char *name, std::initializer_list<std::uint32_t> arguments); // notes the call as well
     std::uint32_t answer(const char *name) const { return failing.contains(QLatin1String(name)) ? 0 : kDriverSuccess; }
     static unsigned channelOf(Handle handle) { return handle - channelHandle(0); }
 
