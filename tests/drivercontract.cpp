@@ -109,16 +109,6 @@ std::uint32_t DriverContract::setProperty(const char *path, const char *value)
     return properties ? properties->SetValue(path, value) : 0;
 }
 
-std::uint32_t DriverContract::transmit(unsigned channel, const std::vector<CanTransmitRecord> &records)
-{
-    return driver_->TransmitCan(channel_[channel], records.data(), std::uint32_t(records.size()));
-}
-
-std::uint32_t DriverContract::transmit(unsigned channel, const std::vector<CanFdTransmitRecord> &records)
-{
-    return driver_->TransmitCanFd(channel_[channel], records.data(), std::uint32_t(records.size()));
-}
-
 std::vector<CanReceiveRecord> DriverContract::receiveCan(unsigned channel, std::size_t count)
 {
     return collect<CanReceiveRecord>(count, [&](CanReceiveRecord *records, std::uint32_t capacity) {

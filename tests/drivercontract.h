@@ -24,8 +24,14 @@ protected:
     std::uint32_t setProperty(const char *path, const char *value);
 
     // Answer how many were taken.
-    std::uint32_t transmit(unsigned channel, const std::vector<CanTransmitRecord> &records);
-    std::uint32_t transmit(unsigned channel, const std::vector<CanFdTransmitRecord> &records);
+    std::uint32_t transmit(unsigned channel, const std::vector<CanTransmitRecord> &records)
+    {
+        return driver_->TransmitCan(channel_[channel], records.data(), std::uint32_t(records.size()));
+    }
+    std::uint32_t transmit(unsigned channel, const std::vector<CanFdTransmitRecord> &records)
+    {
+        return driver_->TransmitCanFd(channel_[channel], records.data(), std::uint32_t(records.size()));
+    }
     // Frames of a channel, in the order they come: waits for `count`, some seconds at most. None at all when the driver
     // fills more than it was given room for.
     std::vector<CanReceiveRecord> receiveCan(unsigned channel, std::size_t count);

@@ -62,24 +62,20 @@ private slots:
     void textsOfTheThreeLanguages()
     {
         const QStringList titles{"通道2滤波设置", "通道2濾波設置", "Channel2 filter set"};
-        const QStringList standard{"标准帧", "標準幀", "Standard Frame"};
-        const QStringList extended{"扩展帧", "擴展幀", "Extended Frame"};
+        const QStringList kinds{"标准帧扩展帧", "標準幀擴展幀", "Standard FrameExtended Frame"};
         const QStringList errors{"错误|结束ID不可小于起始ID", "錯誤|結束ID不可小於起始ID",
                                  "error|The end ID cannot be less than the start ID"};
         FilterDialog dialog(2, "0-1-2|1-3-4");
         const auto *table = dialog.findChild<QTableWidget *>("tableWidget");
+        ModalAnswer answers;
         for (int code = 0; code < int(LanguageCount); ++code) {
-            ModalAnswer answers;
             setLanguageCode(unsigned(code));
             QEvent change(QEvent::LanguageChange);
             QCoreApplication::sendEvent(&dialog, &change);
             QCOMPARE(dialog.windowTitle(), titles.at(code));
-            QCOMPARE(table->item(0, 0)->text(), standard.at(code));
-            QCOMPARE(table->item(1, 0)->text(), extended.at(code));
+            QCOMPARE(table->item(0, 0)->text() + table->item(1, 0)->text(), kinds.at(code));
             add(dialog, ExtendedRange, 9, 8);
-            QCOMPARE(answers.messages(), QStringList{errors.at(code)});
-            QCOMPARE(table->rowCount(), 2);
-            QCOMPARE(spin(dialog, "spinBoxStart")->value(), 9);
+            QCOMPARE(answers.takeMessages(), QStringList{errors.at(code)});
         }
         QCOMPARE(confirmed(dialog), QString("0-1-2|1-3-4"));
     }

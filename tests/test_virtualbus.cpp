@@ -5,7 +5,6 @@
 #include <QtTest>
 
 #include <cstring>
-#include <set>
 
 using Times = std::vector<std::uint64_t>;
 
@@ -136,11 +135,6 @@ private slots:
         QVERIFY(bus.channel(0).transmissions.empty());
         const std::size_t heard = bus.channel(0).classic.size() + bus.channel(0).fd.size();
         QVERIFY2(heard > 500 && heard < 3000, qPrintable(QString::number(heard)));
-        QVERIFY(!bus.channel(0).fd.empty());
-        std::set<std::uint32_t> kinds;
-        for (const auto &sent : bus.vehicleCounts())
-            kinds.insert(sent.first & (kIdExtendedFlag | kIdRemoteFlag));
-        QCOMPARE(kinds.size(), std::size_t(4));
     }
 
     // Bursts that the bus is too slow for, identifiers that fall within them, a recorder's clock that jumps back.
