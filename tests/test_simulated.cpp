@@ -78,20 +78,13 @@ private slots:
     void valuesOutOfRangeAreRefused()
     {
         openBoth();
-        QCOMPARE(driver_->SetArbitrationBaud(device_, 0, 17), kDriverSuccess);
         QCOMPARE(driver_->SetArbitrationBaud(device_, 0, 18), 0u);
-        QCOMPARE(driver_->SetDataBaud(device_, 0, 8), kDriverSuccess);
         QCOMPARE(driver_->SetDataBaud(device_, 0, 9), 0u);
         QCOMPARE(driver_->SetCanFdStandard(device_, 0, 2), 0u);
-        QCOMPARE(driver_->SetDataBaud(device_, 2, 0), 0u);
-        ChannelInitRecord record{};
-        record.channelType = 1;
-        record.workMode1 = record.workMode2 = 2;
-        QCOMPARE(driver_->InitChannel(device_, 0, &record), 0u);
-        driver_->CloseDevice(device_);
-        openBoth();
+        QCOMPARE(driver_->SetDataBaud(device_, kChannelCount, 0), 0u);
         QCOMPARE(transmit(0, {canRecord(0x800)}), 0u);
         QCOMPARE(transmit(0, {canRecord(1, 8, static_cast<TransmitType>(4))}), 0u);
+        QVERIFY(reachesTheOther(0));
     }
 
     void properties()
@@ -290,9 +283,8 @@ private slots:
             const auto notices = driver_->takeNotices();
             QCOMPARE(notices.size(), std::size_t(2));
             QCOMPARE(notices[0].kind, DriverNotice::Kind::TraceUnreadable);
-            QCOMPARE(notices[0].detail, std::string("no such file.log"));
+            QCOMPARE(notices[0].detail, missing.tracePath);
             QCOMPARE(notices[1].kind, DriverNotice::Kind::NotHardware);
-            QCOMPARE(notices[1].detail, std::string(info.hardwareType));
             QVERIFY(!receiveCan(0, 1).empty()); // the built-in vehicle plays instead
             driver_->CloseDevice(device_);
         }
