@@ -374,7 +374,7 @@ void DriverContract::filtersActOnRanges()
         QCOMPARE(identifiers(receiveFd(1, filter.passing.size())), filter.passing);
     }
     for (const char *path :
-         {"0/filter", "2/filter_clear", "filter_clear", "0filter_clear", "", "0/", "0/filter_clear2"})
+         {"0/filter", "2/filter_clear", "filter_clear", "0:filter_clear", "", "0/", "0/filter_clear2"})
         QVERIFY2(setProperty(path, "0") != kDriverSuccess, path);
 
     // A channel is initialised without filter.

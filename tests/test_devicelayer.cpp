@@ -90,27 +90,29 @@ private slots:
     // A call that a worker is inside of must end before the device is closed under it.
     void closingWaitsForTheWorkersCall()
     {
-        openBoth();
-        QSemaphore inside;
-        QSemaphore goOn;
-        fake_->onTransmitCan = [&](unsigned, const CanTransmitRecord *, std::uint32_t) {
-            inside.release();
-            goOn.acquire();
-            return 1u;
-        };
-        std::thread worker([] {
-            CanTransmitRecord record{};
-            sendCan(0, &record, 1);
-        });
-        inside.acquire();
-        std::thread closer([] { closeDevice(); });
-        QTRY_VERIFY(!isChannelOpen(0));
-        QTest::qWait(30);
-        QVERIFY(!fake_->calls().contains("CloseDevice(7)"));
-        goOn.release();
-        worker.join();
-        closer.join();
-        QVERIFY(fake_->calls().contains("CloseDevice(7)"));
+        for (const unsigned channel : {0u, 1u}) {
+            openBoth();
+            QSemaphore inside;
+            QSemaphore goOn;
+            fake_->onTransmitCan = [&](unsigned, const CanTransmitRecord *, std::uint32_t) {
+                inside.release();
+                goOn.acquire();
+                return 1u;
+            };
+            std::thread worker([channel] {
+                const CanTransmitRecord record{};
+                sendCan(channel, &record, 1);
+            });
+            inside.acquire();
+            std::thread closer([] { closeDevice(); });
+            QTRY_VERIFY(!isChannelOpen(channel));
+            QTest::qWait(30);
+            const bool early = fake_->calls().contains("CloseDevice(7)");
+            goOn.release();
+            worker.join();
+            closer.join();
+            QVERIFY(!early && fake_->calls().contains("CloseDevice(7)"));
+        }
     }
 };
 

@@ -30,6 +30,8 @@ private slots:
         QCOMPARE(list.OpenDevice(kDeviceType, 3, 0), 0u);
         QCOMPARE(list.OpenDevice(kDeviceType, 2, 0), 8u);
         QCOMPARE(fakes[1]->takeCalls(), QStringList{"OpenDevice(41,0,0)"});
+        fakes[0]->names = {"can2"};
+        QCOMPARE(list.deviceNames().size(), std::size_t(3)); // as long as a device is open
         list.SetDataBaud(8, 1, 3);
         const CanTransmitRecord record{};
         QCOMPARE(list.TransmitCan(FakeDriver::channelHandle(1), &record, 1), 1u);
@@ -38,7 +40,6 @@ private slots:
         QVERIFY(fakes[0]->calls().isEmpty());
 
         // An interface that has gone since the list was shown does not shift what the others mean.
-        fakes[0]->names = {"can2"};
         QCOMPARE(list.OpenDevice(kDeviceType, 1, 0), 7u);
         QCOMPARE(fakes[0]->takeCalls(), QStringList{"OpenDevice(41,1,0)"});
     }
