@@ -149,6 +149,15 @@ private slots:
 
     // --- full queues --------------------------------------------------------------------------------------------
 
+    void aFloodWithoutBusTimeReachesBothChannels()
+    {
+        SimulatorOptions flood = options(Traffic::Flood);
+        flood.busTime = false;
+        use(flood);
+        openBoth();
+        QVERIFY(receiveFd(0, 8000).size() >= 8000 && receiveFd(1, 8000).size() >= 8000);
+    }
+
     void whatFindsNoRoomIsCounted()
     {
         SimulatorOptions small = options(Traffic::Off);
