@@ -4,8 +4,6 @@
 
 #include <QMutexLocker>
 
-#include <algorithm>
-
 namespace
 {
 FakeDriver *current = nullptr; // the property interface carries no context
@@ -31,16 +29,25 @@ FakeDriver *FakeDriver::install()
     return raw;
 }
 
-void FakeDriver::note(const QString &call)
+void FakeDriver::note(const char *name, const QStringList &arguments)
 {
+    const QString call = QString("%1(%2)").arg(name, arguments.join(','));
     const QMutexLocker lock(&lock_);
     calls_.append(call);
 }
 
-QStringList FakeDriver::calls() const
+void FakeDriver::note(const char *name, std::initializer_list<std::uint32_t> arguments)
 {
-    const QMutexLocker lock(&lock_);
-    return calls_;
+    QStringList texts;
+    for (const std::uint32_t argument : arguments)
+        texts << QString::number(argument);
+    note(name, texts);
+}
+
+std::uint32_t FakeDriver::answer(const char *name, std::initializer_list<std::uint32_t> arguments)
+{
+    note(name, arguments);
+    return answer(name);
 }
 
 QStringList FakeDriver::takeCalls()
@@ -51,155 +58,47 @@ QStringList FakeDriver::takeCalls()
 
 std::uint32_t OSTREL_PROPERTY_CALL FakeDriver::setValue(const char *path, const char *value)
 {
-    current->note(QStringLiteral("SetValue(%1,%2)").arg(QString::fromUtf8(path), QString::fromUtf8(value)));
+    current->note("SetValue", QStringList{QString::fromUtf8(path), QString::fromUtf8(value)});
     return current->answer(path);
 }
 
 Driver::Handle FakeDriver::OpenDevice(std::uint32_t type, std::uint32_t index, std::uint32_t reserved)
 {
-    note(QStringLiteral("OpenDevice(%1,%2,%3)").arg(type).arg(index).arg(reserved));
+    note("OpenDevice", {type, index, reserved});
     return opened_ < openAnswers.size() ? openAnswers[opened_++] : deviceHandle;
-}
-
-std::uint32_t FakeDriver::CloseDevice(Handle device)
-{
-    note(QStringLiteral("CloseDevice(%1)").arg(device));
-    return answer("CloseDevice");
 }
 
 std::uint32_t FakeDriver::GetDeviceInfo(Handle device, DeviceInfoRecord *record)
 {
-    note(QStringLiteral("GetDeviceInfo(%1)").arg(device));
+    note("GetDeviceInfo", {device});
     *record = info;
     return infoAnswer;
 }
 
-std::uint32_t FakeDriver::GetDeviceStatus(Handle)
-{
-    return status;
-}
-
 Driver::Handle FakeDriver::InitChannel(Handle device, std::uint32_t channel, const ChannelInitRecord *record)
 {
-    note(QStringLiteral("InitChannel(%1,%2)").arg(device).arg(channel));
     lastInit = *record;
-    return answer("InitChannel") ? channelHandle(channel) : 0;
+    return answer("InitChannel", {device, channel}) == kDriverSuccess ? channelHandle(channel) : 0;
 }
-
-std::uint32_t FakeDriver::StartChannel(Handle channel)
-{
-    note(QStringLiteral("StartChannel(%1)").arg(channel));
-    return answer("StartChannel");
-}
-
-std::uint32_t FakeDriver::ResetChannel(Handle channel)
-{
-    note(QStringLiteral("ResetChannel(%1)").arg(channel));
-    return answer("ResetChannel");
-}
-
-void FakeDriver::feed(unsigned channel, const std::vector<CanReceiveRecord> &records)
-{
-    const QMutexLocker lock(&lock_);
-    queue_[channel].insert(queue_[channel].end(), records.begin(), records.end());
-}
-
-void FakeDriver::feedFd(unsigned channel, const std::vector<CanFdReceiveRecord> &records)
-{
-    const QMutexLocker lock(&lock_);
-    queueFd_[channel].insert(queueFd_[channel].end(), records.begin(), records.end());
-}
-
-std::vector<CanTransmitRecord> FakeDriver::sentCan(unsigned channel) const
-{
-    const QMutexLocker lock(&lock_);
-    return sent_[channel];
-}
-
-std::vector<CanFdTransmitRecord> FakeDriver::sentFd(unsigned channel) const
-{
-    const QMutexLocker lock(&lock_);
-    return sentFd_[channel];
-}
-
-namespace
-{
-template <typename Record> std::uint32_t takeFront(std::vector<Record> &queue, Record *records, std::uint32_t capacity)
-{
-    const auto count = std::min<std::size_t>(queue.size(), capacity);
-    std::copy_n(queue.begin(), count, records);
-    queue.erase(queue.begin(), queue.begin() + static_cast<std::ptrdiff_t>(count));
-    return static_cast<std::uint32_t>(count);
-}
-} // namespace
 
 std::uint32_t FakeDriver::TransmitCan(Handle channel, const CanTransmitRecord *records, std::uint32_t count)
 {
     const unsigned index = channelOf(channel);
-    note(QStringLiteral("TransmitCan(%1,%2)").arg(index).arg(count));
-    {
-        const QMutexLocker lock(&lock_);
-        sent_[index].insert(sent_[index].end(), records, records + count);
-    }
+    note("TransmitCan", {index, count});
+    append(sent_[index], std::vector<CanTransmitRecord>(records, records + count));
     return onTransmitCan ? onTransmitCan(index, records, count) : count;
 }
 
 std::uint32_t FakeDriver::TransmitCanFd(Handle channel, const CanFdTransmitRecord *records, std::uint32_t count)
 {
     const unsigned index = channelOf(channel);
-    note(QStringLiteral("TransmitCanFd(%1,%2)").arg(index).arg(count));
-    {
-        const QMutexLocker lock(&lock_);
-        sentFd_[index].insert(sentFd_[index].end(), records, records + count);
-    }
+    note("TransmitCanFd", {index, count});
+    append(sentFd_[index], std::vector<CanFdTransmitRecord>(records, records + count));
     return onTransmitCanFd ? onTransmitCanFd(index, records, count) : count;
-}
-
-std::uint32_t FakeDriver::ReceiveCan(Handle channel, CanReceiveRecord *records, std::uint32_t capacity, std::uint32_t)
-{
-    const QMutexLocker lock(&lock_);
-    return receiveAnswer ? receiveAnswer : takeFront(queue_[channelOf(channel)], records, capacity);
-}
-
-std::uint32_t FakeDriver::ReceiveCanFd(Handle channel, CanFdReceiveRecord *records, std::uint32_t capacity,
-                                       std::uint32_t)
-{
-    const QMutexLocker lock(&lock_);
-    return receiveAnswer ? receiveAnswer : takeFront(queueFd_[channelOf(channel)], records, capacity);
 }
 
 const PropertyInterface *FakeDriver::GetPropertyInterface(Handle device)
 {
-    note(QStringLiteral("GetPropertyInterface(%1)").arg(device));
+    note("GetPropertyInterface", {device});
     return hasProperties ? &properties_ : nullptr;
-}
-
-std::uint32_t FakeDriver::UpdateDevice(Handle device)
-{
-    note(QStringLiteral("UpdateDevice(%1)").arg(device));
-    return answer("UpdateDevice");
-}
-
-std::uint32_t FakeDriver::SetArbitrationBaud(Handle device, std::uint32_t channel, std::uint32_t value)
-{
-    note(QStringLiteral("SetArbitrationBaud(%1,%2,%3)").arg(device).arg(channel).arg(value));
-    return answer("SetArbitrationBaud");
-}
-
-std::uint32_t FakeDriver::SetDataBaud(Handle device, std::uint32_t channel, std::uint32_t value)
-{
-    note(QStringLiteral("SetDataBaud(%1,%2,%3)").arg(device).arg(channel).arg(value));
-    return answer("SetDataBaud");
-}
-
-std::uint32_t FakeDriver::SetCanFdStandard(Handle device, std::uint32_t channel, std::uint32_t value)
-{
-    note(QStringLiteral("SetCanFdStandard(%1,%2,%3)").arg(device).arg(channel).arg(value));
-    return answer("SetCanFdStandard");
-}
-
-std::uint32_t FakeDriver::ResetDriver()
-{
-    note(QStringLiteral("ResetDriver()"));
-    return kDriverSuccess;
 }

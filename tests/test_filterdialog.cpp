@@ -38,61 +38,51 @@ private slots:
     void init() { folder_ = std::make_unique<TestFolder>(); }
     void cleanup() { folder_.reset(); }
 
-    void rowTextInAndOut_data()
-    {
-        QTest::addColumn<QString>("in");
-        QTest::addColumn<QString>("out");
-        for (const char *kept : {"", "0-100-1FF|1-18FF0000-18FF00FF", "0-1-1|0-1-10", "0-zz-900"})
-            QTest::newRow(qPrintable("kept: " + QString(kept))) << kept << kept;
-        QTest::newRow("contained in an earlier row") << "0-1-10|0-1-1"
-                                                     << "0-1-10";
-        QTest::newRow("contained, but of the other kind") << "0-1-10|1-1-1"
-                                                          << "0-1-10|1-1-1";
-        QTest::newRow("twice") << "1-2-3|1-2-3|0-2-3"
-                               << "1-2-3|0-2-3";
-        QTest::newRow("broken rows") << "|0|0-1|0-1-2-3|5-1-2|x-1-2|-1-2|0-7-8|"
-                                     << "0-7-8";
-        QTest::newRow("separators only") << "|-|--|"
-                                         << "";
-    }
     void rowTextInAndOut()
     {
-        QFETCH(QString, in);
-        QFETCH(QString, out);
+        const char *const texts[][2] = {
+            {"0-100-1FF|1-18FF0000-18FF00FF", "0-100-1FF|1-18FF0000-18FF00FF"},
+            {"0-1-1|0-1-10", "0-1-1|0-1-10"},
+            {"0-zz-900", "0-zz-900"},
+            {"0-1-10|0-1-1", "0-1-10"}, // contained in an earlier row
+            {"0-1-10|1-1-1", "0-1-10|1-1-1"},
+            {"1-2-3|1-2-3|0-2-3", "1-2-3|0-2-3"},
+            {"|0|0-1|0-1-2-3|5-1-2|x-1-2|-1-2|0-7-8|", "0-7-8"},
+            {"|-|--|", ""},
+        };
         for (unsigned code = 0; code < LanguageCount; ++code) {
             setLanguageCode(code);
-            FilterDialog dialog(1, in);
-            QCOMPARE(confirmed(dialog), out);
+            for (const auto &[in, out] : texts) {
+                FilterDialog dialog(1, in);
+                QCOMPARE(confirmed(dialog), QString(out));
+            }
         }
     }
 
     void textsOfTheThreeLanguages()
     {
         const QStringList titles{"通道2滤波设置", "通道2濾波設置", "Channel2 filter set"};
-        const QStringList standard{"标准帧", "標準幀", "Standard Frame"};
-        const QStringList extended{"扩展帧", "擴展幀", "Extended Frame"};
+        const QStringList kinds{"标准帧扩展帧", "標準幀擴展幀", "Standard FrameExtended Frame"};
         const QStringList errors{"错误|结束ID不可小于起始ID", "錯誤|結束ID不可小於起始ID",
                                  "error|The end ID cannot be less than the start ID"};
         FilterDialog dialog(2, "0-1-2|1-3-4");
         const auto *table = dialog.findChild<QTableWidget *>("tableWidget");
+        ModalAnswer answers;
         for (int code = 0; code < int(LanguageCount); ++code) {
-            ModalAnswer answers;
             setLanguageCode(unsigned(code));
             QEvent change(QEvent::LanguageChange);
             QCoreApplication::sendEvent(&dialog, &change);
             QCOMPARE(dialog.windowTitle(), titles.at(code));
-            QCOMPARE(table->item(0, 0)->text(), standard.at(code));
-            QCOMPARE(table->item(1, 0)->text(), extended.at(code));
+            QCOMPARE(table->item(0, 0)->text() + table->item(1, 0)->text(), kinds.at(code));
             add(dialog, ExtendedRange, 9, 8);
-            QCOMPARE(answers.messages(), QStringList{errors.at(code)});
-            QCOMPARE(table->rowCount(), 2);
-            QCOMPARE(spin(dialog, "spinBoxStart")->value(), 9);
+            QCOMPARE(answers.takeMessages(), QStringList{errors.at(code)});
         }
         QCOMPARE(confirmed(dialog), QString("0-1-2|1-3-4"));
     }
 
     void addingAndDeleting()
     {
+        const ModalAnswer noWarningWaits;
         FilterDialog dialog(1, "0-1-2");
         add(dialog, StandardRange, 0x10, 0x7FF);
         add(dialog, StandardSingle, 0xAB, 0x1);
@@ -103,10 +93,8 @@ private slots:
         pressButton(&dialog, "btnDelete");
         QCOMPARE(confirmed(dialog), QString("0-10-7FF|0-AB-AB|1-18FF0000-1FFFFFFF|1-1ABCDEF-1ABCDEF"));
 
-        FilterDialog none(1, "0-1-2");
-        none.findChild<QTableWidget *>("tableWidget")->setCurrentCell(0, 0);
-        pressButton(&none, "btnDelete");
-        pressButton(&none, "btnDelete"); // no row left
+        FilterDialog none(1, "");
+        pressButton(&none, "btnDelete"); // no row there
         QCOMPARE(confirmed(none), QString());
 
         FilterDialog left(1, "0-1-2");
@@ -114,6 +102,7 @@ private slots:
         pressButton(&left, "btnCancel");
         QCOMPARE(left.result(), int(QDialog::Rejected));
         QCOMPARE(left.rowText(), QString("0-1-2"));
+        QVERIFY(noWarningWaits.messages().isEmpty());
     }
 
     void theKindSetsTheLimits()
@@ -122,17 +111,13 @@ private slots:
         auto *kind = dialog.findChild<QComboBox *>("comboBox");
         QSpinBox *start = spin(dialog, "spinBoxStart");
         QSpinBox *end = spin(dialog, "spinBoxEnd");
-        const int maximum[] = {0x7FF, 0x7FF, 0x1FFFFFFF, 0x1FFFFFFF};
-        for (int index : {3, 2, 1, 0}) {
+        for (int index : {ExtendedSingle, ExtendedRange, StandardSingle, StandardRange}) {
             kind->setCurrentIndex(index);
-            QCOMPARE(start->maximum(), maximum[index]);
-            QCOMPARE(end->maximum(), maximum[index]);
-            QCOMPARE(end->isEnabled(), index % 2 == 0);
+            start->setValue(0x7FFFFFFF);
+            QCOMPARE(start->text(), QString(index >= ExtendedRange ? "1FFFFFFF" : "7FF"));
+            QCOMPARE(end->maximum(), start->maximum());
+            QCOMPARE(end->isEnabled(), index == StandardRange || index == ExtendedRange);
         }
-        kind->setCurrentIndex(ExtendedRange);
-        start->setValue(0x1234567);
-        kind->setCurrentIndex(StandardRange);
-        QCOMPARE(start->text(), QString("7FF"));
         dialog.show();
         start->selectAll();
         QTest::keyClicks(start, "3ag");

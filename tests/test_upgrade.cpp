@@ -1,3 +1,4 @@
+#include "device/channelparameters.h"
 #include "device/devicelayer.h"
 #include "device/language.h"
 #include "device/opendlg.h"
@@ -10,7 +11,6 @@
 
 #include <QLabel>
 #include <QMessageBox>
-#include <QProgressBar>
 #include <QTimer>
 #include <QtTest>
 
@@ -28,6 +28,9 @@ const QStringList kFailure{
 const QStringList kSuccess{
     "提示|固件升级成功，请重新插拔设备并重启软件！", "提示|固件升級成功，請重新插拔設備並重啓軟件！",
     "tip|Firmware upgrade successfully, please reinsert or unplug the device and restart the software!"};
+const QString kBootDrive = "CRP DISABLD";
+const QByteArray kOldImage = "a much longer old image";
+
 constexpr int kRunsOn = 1; // of run(): the scenario has not ended the program
 
 // Runs the scenario inside the program's event loop, as a click would; the program's exit code.
@@ -54,14 +57,26 @@ private:
     std::unique_ptr<ModalAnswer> answers_;
 
     QString image() const { return folder_->path("firmware/x-V2.20-y.bin"); }
-    // Runs a dialog that is answered with yes.
+    // A folder that stands for a drive with firmware on it.
+    QString makeDrive(const QString &name) const
+    {
+        QDir(folder_->path(".")).mkpath(name);
+        folder_->write(name + "/firmware.bin", kOldImage);
+        return folder_->path(name);
+    }
+    QByteArray firmwareOn(const QString &drive) const { return folder_->read(drive + "/firmware.bin"); }
+    void press(const char *button)
+    {
+        answers_->on<UpdateDlg>([button](UpdateDlg *dialog) { pressButton(dialog, button); });
+    }
+    // Runs a dialog; what answers it is given before.
     int upgrade(const VolumeLister &volumes)
     {
-        answers_->on<UpdateDlg>([](UpdateDlg *dialog) { pressButton(dialog, "pushButton"); });
         return run([&] {
             UpdateDlg dialog("V2.10", image());
             dialog.setVolumeLister(volumes);
             dialog.setPollInterval(1);
+            dialog.setDeviceIndex(2);
             dialog.exec();
         });
     }
@@ -82,191 +97,133 @@ private slots:
         folder_.reset();
     }
 
-    void theBestImage_data()
-    {
-        QTest::addColumn<QStringList>("names");
-        QTest::addColumn<QString>("best");
-        QTest::addColumn<unsigned>("version");
-        const QString floor = "firmware.bin";
-        QTest::newRow("none") << QStringList() << floor << 0x211u;
-        QTest::newRow("not above the floor") << QStringList{"x-V2.11-y.bin", "x-V1.FF-y.bin"} << floor << 0x211u;
-        QTest::newRow("highest") << QStringList{"x-V2.20-y.bin", "x-v2.3a-y.bin", "x-V2.2F-y.bin"} << "x-v2.3a-y.bin"
-                                 << 0x23Au;
-        QTest::newRow("first of equals") << QStringList{"a-V3.0-y.bin", "b-V30-y.bin", "c-V300-y.bin", "d-V3.00-y.bin"}
-                                         << "c-V300-y.bin" << 0x300u;
-        QTest::newRow("odd names") << QStringList{"x-2.20-y.bin",  "x-V2.20.bin",   "x-V2.20-y-z.bin",
-                                                  "x-V-y.bin",     "x-V2,20-y.bin", "x-V0x999-y.bin",
-                                                  "x-V 999-y.bin", "x-V+999-y.bin", "x-V12345-y.bin",
-                                                  "x-VG99-y.bin",  "--.bin",        ".bin"}
-                                   << floor << 0x211u;
-        QTest::newRow("letters and dots anywhere") << QStringList{"-Vv9..9V9.-.bin"} << "-Vv9..9V9.-.bin" << 0x999u;
-    }
     void theBestImage()
     {
-        QFETCH(QStringList, names);
-        QFETCH(QString, best);
-        QFETCH(unsigned, version);
-        const FirmwareImage found = bestFirmwareImage(names);
-        QCOMPARE(found.fileName, best);
-        QCOMPARE(found.version, version);
-    }
+        const auto best = [](const QStringList &names) {
+            const FirmwareImage found = bestFirmwareImage(names);
+            return found.fileName + QString(" %1").arg(found.version, 0, 16);
+        };
+        const QString none = "firmware.bin 211";
+        QCOMPARE(best({}), none);
+        QCOMPARE(best({"x-V2.11-y.bin", "x-V1.FF-y.bin"}), none); // not above the floor
+        QCOMPARE(best({"x-V2.20-y.bin", "x-v2.3a-y.bin", "x-V2.2F-y.bin"}), QString("x-v2.3a-y.bin 23a"));
+        // The first of equals.
+        QCOMPARE(best({"a-V3.0-y.bin", "b-V30-y.bin", "c-V300-y.bin", "d-V3.00-y.bin"}), QString("c-V300-y.bin 300"));
+        QCOMPARE(best({"-Vv9..9V9.-.bin"}), QString("-Vv9..9V9.-.bin 999"));
+        QCOMPARE(best({"x-2.20-y.bin", "x-V2.20.bin", "x-V2.20-y-z.bin", "x-V-y.bin", "x-V2,20-y.bin", "x-V0x999-y.bin",
+                       "x-V 999-y.bin", "x-V+999-y.bin", "x-V12345-y.bin", "x-VG99-y.bin", "--.bin", ".bin"}),
+                 none);
 
-    void onlyFilesOfTheFolderCount()
-    {
         folder_->write("firmware/x-V9.00-y.txt", "");
         QVERIFY(QDir(firmwareFolder()).mkdir("x-V8.00-y.bin"));
         QCOMPARE(bestFirmwareImage().fileName, QString("x-V2.20-y.bin"));
-        QVERIFY(QDir(firmwareFolder()).removeRecursively());
-        QCOMPARE(bestFirmwareImage().fileName, QString("firmware.bin"));
-    }
-
-    void declining()
-    {
-        const QStringList questions{"固件版本(V2.10)过低，是否升级固件？", "固件版本(V2.10)過低，是否升級固件？",
-                                    "The firmware version(V2.10)is too low，Do you want to upgrade the firmware?"};
-        for (int code = 0; code < int(LanguageCount); ++code) {
-            setLanguageCode(unsigned(code));
-            answers_->on<UpdateDlg>([&](UpdateDlg *dialog) {
-                QCOMPARE(dialog->findChild<QLabel *>("label")->text(), questions.at(code));
-                QVERIFY(dialog->findChild<QProgressBar *>());
-                pressButton(dialog, "pushButton_2");
-            });
-            QCOMPARE(run([this] { UpdateDlg("V2.10", image()).exec(); }), kRunsOn);
-        }
-        QVERIFY(fake_->calls().isEmpty());
     }
 
     void theImageReachesTheNewDriveOnly()
     {
+        const QStringList questions{"固件版本(V2.10)过低，是否升级固件？", "固件版本(V2.10)過低，是否升級固件？",
+                                    "The firmware version(V2.10)is too low，Do you want to upgrade the firmware?"};
         const QStringList warnings{
             "警告：升级固件中，请勿关闭此界面及拔出设备。", "警告：升級固件中，請勿關閉此界面及拔除設備。",
             "Warning: Do not close this interface or unplug the device during firmware upgrade."};
         for (int code = 0; code < int(LanguageCount); ++code) {
             setLanguageCode(unsigned(code));
-            const QTemporaryDir before;
-            const QTemporaryDir other;
-            const QTemporaryDir appeared;
-            for (const QTemporaryDir *drive : {&before, &other, &appeared}) {
-                QFile old(drive->filePath("firmware.bin"));
-                QVERIFY(old.open(QIODevice::WriteOnly) && old.write("a much longer old image") > 0);
-            }
+            const QString before = makeDrive("before");
+            const QString other = makeDrive("other");
+            const QString appeared = makeDrive("appeared");
             int asked = 0;
             const auto volumes = [&] {
-                QList<MountedVolume> list{{other.path(), "DISABLD"}, {before.path(), "CRP DISABLD"}};
+                QList<MountedVolume> list{{other, "DISABLD"}, {before, kBootDrive}};
                 if (++asked > 3)
-                    list.append({code == 0 ? appeared.path() + "/" : appeared.path(), "my CRP DISABLD 2"});
+                    list.append({code == 0 ? appeared + "/" : appeared, "my " + kBootDrive + " 2"});
                 return list;
             };
             answers_->on<UpdateDlg>([&](UpdateDlg *dialog) {
+                const auto *label = dialog->findChild<QLabel *>("label");
+                QCOMPARE(label->text(), questions.at(code));
                 pressButton(dialog, "pushButton");
-                QCOMPARE(dialog->findChild<QLabel *>("label")->text(), warnings.at(code));
-                QVERIFY(!dialog->findChild<QWidget *>("pushButton")->isEnabled());
-                QVERIFY(!dialog->findChild<QWidget *>("pushButton_2")->isEnabled());
+                QCOMPARE(label->text(), warnings.at(code));
+                for (const char *button : {"pushButton", "pushButton_2"})
+                    QVERIFY(!dialog->findChild<QWidget *>(button)->isEnabled());
                 dialog->reject();
                 dialog->close();
                 QTest::keyClick(dialog, Qt::Key_Escape);
                 QVERIFY(dialog->isVisible());
             });
-            QCOMPARE(run([&] {
-                         UpdateDlg dialog("V2.10", image());
-                         dialog.setVolumeLister(volumes);
-                         dialog.setPollInterval(1);
-                         dialog.setDeviceIndex(2);
-                         dialog.exec();
-                     }),
-                     0);
+            QCOMPARE(upgrade(volumes), 0);
             QCOMPARE(answers_->takeMessages(), QStringList{kSuccess.at(code)});
             QCOMPARE(answers_->icons().last(), int(QMessageBox::Information));
             QCOMPARE(asked, 4);
-            QCOMPARE(contentOf(before), QByteArray("a much longer old image"));
-            QCOMPARE(contentOf(other), QByteArray("a much longer old image"));
-            QCOMPARE(contentOf(appeared), QByteArray("new image"));
+            QCOMPARE(firmwareOn("before") + firmwareOn("other"), kOldImage + kOldImage);
+            QCOMPARE(firmwareOn("appeared"), QByteArray("new image"));
         }
         QCOMPARE(fake_->calls().mid(0, 3),
                  QStringList({"OpenDevice(41,2,0)", "GetPropertyInterface(7)", "UpdateDevice(7)"}));
     }
 
-    void failures_data()
-    {
-        QTest::addColumn<QString>("failing");
-        QTest::addColumn<QByteArray>("imageContent"); // null: no image at all
-        QTest::addColumn<int>("restarts");
-        QTest::addColumn<int>("asked"); // how often the volumes were listed
-        QTest::newRow("restart refused") << "UpdateDevice" << QByteArray("i") << 1 << 1;
-        QTest::newRow("no image") << "" << QByteArray() << 0 << 1;
-        QTest::newRow("empty image") << "" << QByteArray("") << 0 << 1;
-        QTest::newRow("no drive") << "" << QByteArray("i") << 1 << 16;
-    }
     void failures()
     {
-        QFETCH(QString, failing);
-        QFETCH(QByteArray, imageContent);
-        QFETCH(int, restarts);
-        QFETCH(int, asked);
-        if (imageContent.isNull())
-            QVERIFY(QFile::remove(image()));
-        else
-            folder_->write("firmware/x-V2.20-y.bin", imageContent);
-        fake_->failing = QStringList{failing};
-        for (int code = 0; code < int(LanguageCount); ++code) {
-            setLanguageCode(unsigned(code));
+        struct Case {
+            const char *failing;
+            QByteArray image; // null: no image at all
+            int restarts;
+            int asked; // how often the volumes are listed
+        };
+        const Case cases[] = {{"UpdateDevice", "i", 1, 1}, {"", QByteArray(), 0, 1}, {"", "", 0, 1}, {"", "i", 1, 16}};
+        int code = 0;
+        for (const Case &given : cases) {
+            folder_->write("firmware/x-V2.20-y.bin", given.image);
+            QVERIFY(!given.image.isNull() || QFile::remove(image()));
+            fake_->failing = QStringList{given.failing};
             fake_->takeCalls();
+            code = (code + 1) % int(LanguageCount);
+            setLanguageCode(unsigned(code));
             const QTemporaryDir before;
-            int listed = 0;
+            int asked = 0;
+            press("pushButton");
             QCOMPARE(upgrade([&] {
-                         ++listed;
-                         return QList<MountedVolume>{{before.path(), "CRP DISABLD"}, {"/", "system"}};
+                         ++asked;
+                         return QList<MountedVolume>{{before.path(), kBootDrive}, {"/", "system"}};
                      }),
                      0);
             QCOMPARE(answers_->takeMessages(), QStringList{kFailure.at(code)});
             QCOMPARE(answers_->icons().last(), int(QMessageBox::Critical));
-            QCOMPARE(fake_->takeCalls().count("UpdateDevice(7)"), restarts);
-            QCOMPARE(listed, asked);
+            QCOMPARE(fake_->calls().count("UpdateDevice(7)"), given.restarts);
+            QCOMPARE(asked, given.asked);
             QVERIFY(QDir(before.path()).isEmpty());
         }
     }
 
     void aDriveThatCannotBeWrittenIsTriedAgain()
     {
-        const QTemporaryDir good;
-        const QTemporaryDir blocked; // its firmware.bin is a folder that is not empty
-        QVERIFY(QDir(blocked.path()).mkpath("firmware.bin/x"));
-        int asked = 0;
-        QCOMPARE(upgrade([&]() -> QList<MountedVolume> {
-                     switch (++asked) {
-                     case 1:
-                         return {};
-                     case 2:
-                         return {{good.filePath("vanished"), "CRP DISABLD"}};
-                     case 3:
-                         return {{blocked.path(), "CRP DISABLD"}};
-                     default:
-                         return {{good.path(), "CRP DISABLD"}};
-                     }
-                 }),
-                 0);
+        QVERIFY(QDir(folder_->path("blocked")).mkpath("firmware.bin/x")); // a folder that is not empty
+        // What is there each time the volumes are listed.
+        QList<QList<MountedVolume>> drives{{},
+                                           {{folder_->path("vanished"), kBootDrive}},
+                                           {{folder_->path("blocked"), kBootDrive}},
+                                           {{makeDrive("good"), kBootDrive}}};
+        press("pushButton");
+        QCOMPARE(upgrade([&] { return drives.takeFirst(); }), 0);
         QCOMPARE(answers_->takeMessages(), QStringList{kSuccess.first()});
-        QCOMPARE(asked, 4);
-        QCOMPARE(contentOf(good), QByteArray("new image"));
-        QVERIFY(QDir(blocked.filePath("firmware.bin/x")).exists());
+        QVERIFY(drives.isEmpty());
+        QCOMPARE(firmwareOn("good"), QByteArray("new image"));
+        QVERIFY(QDir(folder_->path("blocked/firmware.bin/x")).exists());
     }
 
 #ifdef Q_OS_UNIX
     void aFullDriveKeepsNoHalfImage()
     {
-        const QTemporaryDir drive;
+        const QString drive = makeDrive("full");
         std::signal(SIGXFSZ, SIG_IGN);
         rlimit usual{};
         QCOMPARE(getrlimit(RLIMIT_FSIZE, &usual), 0);
         rlimit small = usual;
         small.rlim_cur = 1000;
         QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
-        const bool written = writeFirmware(QByteArray(100000, 'x'), drive.path());
+        const bool written = writeFirmware(QByteArray(100000, 'x'), drive);
         QCOMPARE(setrlimit(RLIMIT_FSIZE, &usual), 0);
         QVERIFY(!written);
-        QVERIFY(QDir(drive.path()).isEmpty());
-        QVERIFY(writeFirmware(QByteArray(100000, 'x'), drive.path()));
-        QCOMPARE(contentOf(drive).size(), 100000);
+        QVERIFY(QDir(drive).isEmpty());
     }
 #endif
 
@@ -276,16 +233,13 @@ private slots:
         fake_->info.firmwareVersion = 0x210;
         fake_->failing = QStringList{"UpdateDevice"};
         answers_->on<OpenDlg>([](OpenDlg *dialog) { pressButton(dialog, "pushButton"); });
-        answers_->on<UpdateDlg>([](UpdateDlg *dialog) { pressButton(dialog, "pushButton"); });
+        press("pushButton");
         QCOMPARE(run([] { OpenDlg(0).exec(); }), 0);
         QCOMPARE(answers_->messages(), QStringList{kFailure.first()});
     }
 
     void fromTheMenu()
     {
-        const QStringList notOpen{"警告|设备未打开！", "警告|設備未打開！", "warning|The device is not opened!"};
-        const QStringList noAnswer{"警告|设备信息获取失败！", "警告|設備信息獲取失敗！",
-                                   "warning|Device information acquisition failed!"};
         const QStringList newest{"提示|固件版本(V2.20)已是最新，无需升级。", "提示|固件版本(V2.20)已是最新，無需升級。",
                                  "tip|The firmware version (V2.20) is up to date."};
         for (int code = 0; code < int(LanguageCount); ++code) {
@@ -297,21 +251,17 @@ private slots:
             fake_->status = kStatusPresent;
             fake_->info.firmwareVersion = 0x220;
             upgradeFirmware(0, nullptr);
-            QCOMPARE(answers_->takeMessages(), QStringList({notOpen.at(code), noAnswer.at(code), newest.at(code)}));
+            QCOMPARE(answers_->takeMessages(),
+                     QStringList({warningTitle() + "|" + deviceNotOpenText(),
+                                  warningTitle() + "|" + deviceInfoFailedText(), newest.at(code)}));
             closeDevice();
         }
         QVERIFY(openDevice(kDeviceType, 0, 0));
         fake_->info.firmwareVersion = 0x21F;
-        answers_->on<UpdateDlg>([](UpdateDlg *dialog) { pressButton(dialog, "pushButton_2"); });
-        upgradeFirmware(0, nullptr);
+        press("pushButton_2"); // declines
+        QCOMPARE(run([] { upgradeFirmware(0, nullptr); }), kRunsOn);
         QCOMPARE(answers_->messages(), QStringList());
-    }
-
-private:
-    static QByteArray contentOf(const QTemporaryDir &drive)
-    {
-        QFile file(drive.filePath("firmware.bin"));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        QVERIFY(!fake_->calls().contains("UpdateDevice(7)"));
     }
 };
 

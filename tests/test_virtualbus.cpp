@@ -1,0 +1,188 @@
+// The bus of the simulated adapter by itself, in its own time.
+#include "device/driver/simulated/tracereplay.h"
+#include "device/driver/simulated/virtualbus.h"
+
+#include <QtTest>
+
+#include <cstring>
+
+using Times = std::vector<std::uint64_t>;
+
+namespace
+{
+
+constexpr BusTime kMs = 1000000;
+constexpr std::size_t kMany = 100000; // frames, more than fit anywhere
+
+enum class Kind { Classic, Fd, FdSwitched };
+
+BusFrame busFrame(std::uint32_t id, std::uint8_t length = 0, Kind kind = Kind::Classic)
+{
+    BusFrame frame;
+    frame.id = id;
+    frame.length = length;
+    frame.fd = kind != Kind::Classic;
+    frame.bitRateSwitch = kind == Kind::FdSwitched;
+    return frame;
+}
+
+// The virtual bus with both channels started, and perhaps a vehicle.
+class StartedBus : public VirtualBus
+{
+public:
+    explicit StartedBus(std::unique_ptr<TrafficSource> vehicle = nullptr) : VirtualBus(SimulatorOptions())
+    {
+        setTraffic(std::move(vehicle));
+        start(0, 0);
+        start(1, 0);
+    }
+    bool send(unsigned index, std::uint32_t id, BusTime ready = 0, TransmitType type = TransmitType::Normal)
+    {
+        return enqueue(index, busFrame(id), type, ready);
+    }
+    // When the channel heard its classic frames.
+    Times heardAt(unsigned index)
+    {
+        Times times;
+        CanReceiveRecord record;
+        while (channel(index).classic.take(&record, 1) == 1)
+            times.push_back(record.timeStamp);
+        return times;
+    }
+};
+
+// Whether the next frame to be fetched is this one, and no earlier than the one before, which came at *time.
+template <typename Record> bool isNext(BoundedQueue<Record> &queue, const BusFrame &sent, std::uint64_t *time)
+{
+    Record record;
+    if (queue.take(&record, 1) == 0 || record.timeStamp < *time)
+        return false;
+    *time = record.timeStamp;
+    Record expected;
+    fillRecord(sent, *time, &expected);
+    return std::memcmp(&record, &expected, sizeof record) == 0;
+}
+
+} // namespace
+
+class TestVirtualBus : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void framesTakeTheirTime()
+    {
+        const BusSettings rates{1000000, 5000000, 0};
+        const std::uint32_t id = 0x123;
+        const std::pair<BusFrame, BusTime> frames[] = {
+            {busFrame(id), 47000},
+            {busFrame(id, 8), 111000},
+            {busFrame(id | kIdExtendedFlag, 8), 131000},
+            {busFrame(id | kIdRemoteFlag, 8), 47000},
+            {busFrame(id, 0, Kind::Fd), 29000 + 33 * 1000},
+            {busFrame(id, 16, Kind::FdSwitched), 29000 + 161 * 200},
+            {busFrame(id | kIdExtendedFlag, 20, Kind::FdSwitched), 48000 + 198 * 200},
+            {busFrame(id, 64, Kind::FdSwitched), 29000 + 550 * 200},
+        };
+        for (const auto &[frame, nanoseconds] : frames)
+            QCOMPARE(frameDuration(frame, rates), nanoseconds);
+    }
+
+    void theLowestIdentifierWinsTheBus()
+    {
+        StartedBus bus;
+        // Channel by channel the order stays; between them the one that is more dominant at the first difference wins.
+        bus.send(0, 0x400, 10);
+        bus.send(0, 0x100, 10);
+        bus.send(1, 0x401, 10);
+        bus.send(1, 0x100u << 18 | kIdExtendedFlag, 10); // the same first 11 bits: loses to the standard frame
+        bus.send(1, 0x100, 10);
+        QCOMPARE(bus.advance(1000, 100), BusTime(10 + 47000));
+        QCOMPARE(bus.advance(kMs, 100), kNever);
+        QCOMPARE(bus.heardAt(1), (Times{47, 94}));
+        QCOMPARE(bus.heardAt(0), (Times{141, 208, 255}));
+
+        StartedBus equals;
+        for (const unsigned channel : {0, 0, 1, 1})
+            equals.send(channel, 0x100);
+        QCOMPARE(equals.advance(kMs, 100), kNever);
+        QCOMPARE(equals.heardAt(1), (Times{47, 141}));
+        QCOMPARE(equals.heardAt(0), (Times{94, 188}));
+    }
+
+    void framesWithoutListenersWaitOrAreGivenUp()
+    {
+        StartedBus bus;
+        for (const TransmitType type : {TransmitType::Single, TransmitType::Normal, TransmitType::Single})
+            bus.send(0, 0x1, 0, type);
+        bus.initialise(1, false, 0);
+        QCOMPARE(bus.advance(1000 * kMs, 100), kNever);
+        bus.start(1, 1000 * kMs);
+        QCOMPARE(bus.advance(2000 * kMs, 100), kNever);
+        // The first single-shot is gone, the others had their chance.
+        QCOMPARE(bus.heardAt(1).size(), std::size_t(2));
+    }
+
+    void theVehicleLeavesRoomOnASlowBus()
+    {
+        VirtualBus bus{SimulatorOptions()};
+        bus.setTraffic(makeBuiltInVehicle());
+        bus.setSettings(0, {5000, 100000, 0}, 0);
+        bus.start(0, 0);
+        bus.advance(100000 * kMs, kMany);
+        QVERIFY(bus.enqueue(0, busFrame(0x7FF), TransmitType::Normal, 100000 * kMs));
+        bus.advance(103000 * kMs, kMany);
+        QVERIFY(bus.channel(0).transmissions.empty());
+        const std::size_t heard = bus.channel(0).classic.size() + bus.channel(0).fd.size();
+        QVERIFY2(heard > 500 && heard < 3000, qPrintable(QString::number(heard)));
+    }
+
+    // Bursts that the bus is too slow for, identifiers that fall within them, a recorder's clock that jumps back.
+    void bothChannelsHearTheWholeTrace()
+    {
+        constexpr unsigned kFrames = 600;
+        constexpr unsigned kLoops = 3;
+        std::vector<LoggedFrame> log;
+        for (unsigned i = 0; i < kFrames; ++i) {
+            const BusTime burst = 1000003 * kMs + i / 50 * 20 * kMs;
+            log.push_back(
+                {i % 50 == 49 ? burst - 3 * kMs : burst, busFrame(0x7FF - i, 8, i % 3 ? Kind::Classic : Kind::Fd)});
+            std::memcpy(log.back().frame.data, &i, sizeof i);
+        }
+        StartedBus bus(std::make_unique<TraceReplay>(log));
+        bus.advance(10000 * kMs, kLoops * kFrames);
+        for (unsigned index = 0; index < kChannelCount; ++index) {
+            BusChannel &channel = bus.channel(index);
+            std::uint64_t time = 0;
+            for (unsigned i = 0; i < kLoops * kFrames; ++i) {
+                const BusFrame &sent = log[i % kFrames].frame;
+                QVERIFY(sent.fd ? isNext(channel.fd, sent, &time) : isNext(channel.classic, sent, &time));
+            }
+            QVERIFY2(time < 1000000, qPrintable(QString::number(time))); // three loops of 220 ms
+        }
+        QCOMPARE(bus.vehicleCounts().size(), std::size_t(kFrames));
+        QCOMPARE(bus.vehicleCounts().at(0x7FF), std::uint64_t(kLoops));
+    }
+
+    void withoutBusTimeNothingIsLost()
+    {
+        SimulatorOptions timeless;
+        timeless.busTime = false;
+        VirtualBus bus(timeless);
+        bus.setTraffic(makeFlood({busFrame(0x123, 8)}));
+        bus.start(0, 0);
+        std::uint32_t number = 0;
+        for (int round = 0; round < 20; ++round) {
+            bus.advance((1000 + round) * kMs, kMany); // until the receiver is behind
+            CanReceiveRecord record;
+            while (bus.channel(0).classic.take(&record, 1) == 1) {
+                QVERIFY(std::memcmp(record.data, &number, sizeof number) == 0);
+                ++number;
+            }
+        }
+        QVERIFY(number > kMany);
+    }
+};
+
+QTEST_APPLESS_MAIN(TestVirtualBus)
+#include "test_virtualbus.moc"
