@@ -62,18 +62,13 @@ private:
         menu->actions().at(entry)->trigger();
         menu->close();
     }
+    QAbstractItemModel *list() const { return popup()->findChild<QListView *>("listView")->model(); }
     QString listed() const
     {
         QStringList texts;
-        const QAbstractItemModel *list = popup()->findChild<QListView *>("listView")->model();
-        for (int row = 1; row < list->rowCount(); ++row)
-            texts << list->index(row, 0).data().toString();
+        for (int row = 1; row < list()->rowCount(); ++row)
+            texts << list()->index(row, 0).data().toString();
         return texts.join(' ');
-    }
-    void tick(int value) const
-    {
-        QAbstractItemModel *list = popup()->findChild<QListView *>("listView")->model();
-        list->setData(list->index(1 + value, 0), Qt::Checked, Qt::CheckStateRole);
     }
 
 private slots:
@@ -119,8 +114,8 @@ private slots:
         choose(IdColumn, 0);
         QVERIFY(popup()->isVisible());
         QCOMPARE(listed(), QString("0x010 0x020 0x030")); // each once, in the order of the rows
-        tick(0);
-        tick(2);
+        for (const int value : {1, 3})
+            list()->setData(list()->index(value, 0), Qt::Checked, Qt::CheckStateRole);
         popup()->findChild<QPushButton *>("confirmBtn")->click();
         QCOMPARE(shown(), QString("10 10 30"));
         QCOMPARE(model_->header().at(IdColumn), QString("F*"));

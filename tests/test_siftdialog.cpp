@@ -87,29 +87,21 @@ private slots:
 
     void search()
     {
-        struct Case {
-            const char *text;
-            bool caseSensitive;
-            bool whole;
-            const char *shown;
+        const auto found = [this](const QString &text, bool caseSensitive, bool whole) {
+            dialog_->findChild<QCheckBox *>("caseBox")->setChecked(caseSensitive);
+            dialog_->findChild<QCheckBox *>("wholeBox")->setChecked(whole);
+            search(text);
+            return rows();
         };
-        const Case cases[] = {
-            {"ab", false, false, "xAbx ab AB"},
-            {"Ab", true, false, "xAbx"},
-            {"ab", false, true, "ab AB"},
-            {"ab", true, true, "ab"},
-            {"zz", false, false, ""},
-            {"全", false, false, ""}, // no value
-            {".", false, false, ""},  // no pattern
-        };
-        for (const Case &c : cases) {
-            search(c.text);
-            dialog_->findChild<QCheckBox *>("caseBox")->setChecked(c.caseSensitive);
-            dialog_->findChild<QCheckBox *>("wholeBox")->setChecked(c.whole);
-            QCOMPARE(rows(), QString(c.shown));
-            search("");
-            QCOMPARE(rows(), QString("全部 xAbx ab AB c"));
-        }
+        QCOMPARE(found("ab", false, false), QString("xAbx ab AB"));
+        QCOMPARE(found("Ab", true, false), QString("xAbx"));
+        QCOMPARE(found("ab", false, true), QString("ab AB"));
+        QCOMPARE(found("ab", true, true), QString("ab"));
+        dialog_->findChild<QCheckBox *>("caseBox")->setChecked(false);
+        QCOMPARE(rows(), QString("ab AB"));
+        for (const char *none : {"zz", "全", "."}) // no value, no pattern
+            QCOMPARE(found(none, false, false), QString());
+        QCOMPARE(found("", false, false), QString("全部 xAbx ab AB c"));
     }
 
     void ticksSurviveASearch()
