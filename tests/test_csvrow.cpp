@@ -23,42 +23,34 @@ class TestCsvRow : public QObject
 {
     Q_OBJECT
 
-private:
-    // What is captured in one language is sent as the same frame in any other.
-    static void roundTrip(const CanFdTransmitRecord &sent, unsigned written, unsigned read)
-    {
-        setLanguageCode(written);
-        QList<ModelItem> batch;
-        appendItem(batch, sent, 1);
-        batch.first().systemTime = "23:59:59.999";
-        QString text;
-        appendCsvRow(text, batch.first());
-        setLanguageCode(read);
-        CsvFrame frame;
-        QVERIFY2(parse(text.trimmed().toUtf8(), frame), qPrintable(text));
-        QCOMPARE(frame.timeMs, 86399999u);
-        QCOMPARE(frame.channel, 1u);
-        CanFdTransmitRecord back;
-        toRecord(frame, back);
-        QVERIFY2(std::memcmp(&back, &sent, sizeof sent) == 0, qPrintable(text));
-    }
-
 private slots:
     void cleanup() { setLanguageCode(SimplifiedChinese); }
 
+    // What is captured in one language is sent as the same frame in any other.
     void roundTrips()
     {
         for (const quint32 id : {0x7FFu, 0x9FFFFFFFu, 0x40000000u, 0xC0000123u})
-            for (const quint8 length : {0, 1, 8, 64}) {
+            for (unsigned languages = 0; languages < LanguageCount * LanguageCount; ++languages) {
                 CanFdTransmitRecord sent{};
                 sent.id = id;
-                sent.length = length;
-                sent.flags = length % 2; // one of them with bit-rate switch
-                for (int i = 0; i < length && !(id & kIdRemoteFlag); ++i)
+                sent.length = 64;
+                sent.flags = languages % 2;
+                for (quint8 i = 0; i < sent.length && !(id & kIdRemoteFlag); ++i)
                     sent.data[i] = static_cast<quint8>(0xF0 + i);
-                for (unsigned written = 0; written < LanguageCount; ++written)
-                    for (unsigned read = 0; read < LanguageCount; ++read)
-                        roundTrip(sent, written, read);
+                setLanguageCode(languages / LanguageCount);
+                QList<ModelItem> batch;
+                appendItem(batch, sent, 1);
+                batch.first().systemTime = "23:59:59.999";
+                QString text;
+                appendCsvRow(text, batch.first());
+                setLanguageCode(languages % LanguageCount);
+                CsvFrame frame;
+                QVERIFY2(parse(text.trimmed().toUtf8(), frame), qPrintable(text));
+                QCOMPARE(frame.timeMs, 86399999u);
+                QCOMPARE(frame.channel, 1u);
+                CanFdTransmitRecord back;
+                toRecord(frame, back);
+                QVERIFY2(std::memcmp(&back, &sent, sizeof sent) == 0, qPrintable(text));
             }
     }
 

@@ -61,7 +61,6 @@ private slots:
 
     void ticksAndTheAllBox()
     {
-        QVERIFY(dialog_->windowFlags() & Qt::FramelessWindowHint);
         QCOMPARE(rows(), QString("全部 xAbx ab AB c"));
         click("全部");
         QCOMPARE(rows(), QString("+全部 +xAbx +ab +AB +c"));
@@ -148,11 +147,6 @@ private slots:
         QTest::keyClick(list(), Qt::Key_Return);
         QVERIFY(!dialog_->isVisible());
         QCOMPARE(told(), QString("5 xAbx ab"));
-
-        dialog_->popupAt(QPoint(10, 10));
-        QTest::keyClick(searchEdit(), Qt::Key_Escape);
-        QVERIFY(!dialog_->isVisible());
-        QCOMPARE(told(), QString("-"));
     }
 
     void staysOnTheScreen()
