@@ -72,7 +72,7 @@ private slots:
         row("length 0", "1,Rx,0x12,标准帧,数据帧,0,CAN,x| zz", "12 0 ");
         row("words are matched whole", "1,Rx,0x12,standard frame,data frame ,0,CAN,x| ", "c0000012 0 ");
         row("length 255", "1,Rx,0x12,标准帧,数据帧,255,CAN,x| 01 ", "12 8 0100000000000000");
-        row("300 pieces", "1,Rx,0x12,标准帧,数据帧,264,CAN," + seven300, "12 8 0707070707070707");
+        row("300 pieces", "1,Rx,0x12,标准帧,数据帧,260,CAN," + seven300, "12 4 07070707");
         row("300 pieces, FD", "1,Rx,0x12,标准帧,数据帧,255,CANFD," + seven300, "12 64 " + QString("07").repeated(64));
         row("channel 3", "3,Rx,0x1,标准帧,数据帧,0,CAN,", "1 0  no channel");
         row("channel 0", "0,Rx,0x1,标准帧,数据帧,0,CAN,", "1 0  no channel");
@@ -137,6 +137,7 @@ private slots:
         file("CRLF, no last end", "h\r\na\r\n\r\nb", {"a", "", "b"});
         file("UTF-8", "序号\n标准帧\n", {"标准帧"});
         file("UTF-8, mark", "\xEF\xBB\xBFh\n标准帧\n", {"标准帧"});
+        file("mark, no UTF-8", "\xEF\xBB\xBFh\n\xB1\xEA\n", {"\uFFFD\uFFFD"});
         const QTextCodec *gb = QTextCodec::codecForName("GB18030");
         file("GB18030", gb->fromUnicode("序号,类型\r\na\r\n标准帧,無\r\n扩展帧"), {"a", "标准帧,無", "扩展帧"});
         file("GB18030, then UTF-8", gb->fromUnicode("index\n标准帧\n") + "扩展帧\n", {"标准帧", "扩展帧"});

@@ -53,36 +53,6 @@ private slots:
         QCOMPARE(changed.count(), 2);
     }
 
-    void notifications()
-    {
-        TitledModel model;
-        QSignalSpy inserted(&model, &MyTableModel::rowsInserted);
-        QSignalSpy removed(&model, &MyTableModel::rowsRemoved);
-        QSignalSpy reset(&model, &MyTableModel::modelReset);
-
-        model.appendRows({});
-        QCOMPARE(inserted.count(), 0);
-        model.appendRows({row("a"), row("b")});
-        model.appendRows({row("c"), row("d"), row("e")});
-        QCOMPARE(inserted.count(), 2);
-        QCOMPARE(inserted.last().mid(1), QVariantList({2, 4}));
-        model.removeFirstRows(-1);
-        model.removeFirstRows(2);
-        QCOMPARE(removed.count(), 2);
-        QCOMPARE(removed.last().mid(1), QVariantList({0, 0}));
-        QCOMPARE(columnTexts(model, IdColumn), QStringList({"c", "d", "e"}));
-        model.removeFirstRows(5);
-        model.clear();
-        QCOMPARE(removed.count(), 5);
-        model.mergeRow(row("a", "1"));
-        model.mergeRow(row("b", "1"));
-        model.mergeRow(row("a", "2"));
-        QCOMPARE(inserted.count(), 4);
-        QCOMPARE(reset.count(), 1);
-        model.clear();
-        QCOMPARE(removed.last().mid(1), QVariantList({0, 1}));
-    }
-
     void mergingKeysAndPlaces()
     {
         TitledModel model;
@@ -109,7 +79,9 @@ private slots:
         QCOMPARE(model.dataTexts(), QString("5 10 12 11"));
         model.appendRows({row("0x400", "13")});
         model.mergeRow(row("0x400", "14"));
+        QCOMPARE(model.dataTexts(), QString("5 10 12 11 14"));
         model.clear();
+        model.removeFirstRows(1);
         model.mergeRow(row("0x400", "15"));
         QCOMPARE(model.dataTexts(), QString("15"));
     }
@@ -124,8 +96,8 @@ private slots:
         QVERIFY(model.acceptsRow(row("0x123")) && model.acceptsRow(row("0x124")));
         QVERIFY(!model.acceptsRow(row("0x00000123")) && !model.acceptsRow(row("0X123")));
         model.setFilter(DirectionColumn, {"Rx"});
-        QVERIFY(!model.acceptsRow(row("0x123", "", "1", "Tx")));
-        QVERIFY(model.acceptsRow(receivedFrame(0x123)) && !model.acceptsRow(receivedFrame(0x125)));
+        QVERIFY(!model.acceptsRow(sentFrame(0x123)) && !model.acceptsRow(receivedFrame(0x125)));
+        QVERIFY(model.acceptsRow(receivedFrame(0x123)));
 
         model.setFilter(11, {"x"});
         model.setFilter(-1, {"x"});

@@ -93,7 +93,7 @@ private slots:
 
     void aRoundNumbersCountsAndShows()
     {
-        view_->refresh();
+        frames({});
         QCOMPARE(model().rowCount(), 0);
         frames({receivedFrame(1), sentFrame(2), receivedFrame(3, 0, 1), sentFrame(4, 0, 1), receivedFrame(5)});
         QCOMPARE(indexes(), QString("1 2 3 4 5"));
@@ -215,7 +215,6 @@ private slots:
         startCapture("/dev/full", 0);
         frames(run(2));
         QCOMPARE(log.count(), 1);
-        QCOMPARE(model().rowCount(), 4);
 #endif
     }
 

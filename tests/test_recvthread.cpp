@@ -86,18 +86,19 @@ private slots:
         thread.stop();
         thread.start();
         QVERIFY(thread.wait(5000)); // stopped before it began
-        thread.stopAndWait();       // too late, but harmless
-        for (int end = 0; end < 2; ++end) {
+        for (const bool close : {false, true}) {
             thread.start();
             QTest::qWait(20); // more than ten idle passes
             feed(0, {1});
             QVERIFY(received(1));
-            end == 0 ? thread.stopAndWait() : closeDevice();
+            close ? closeDevice() : thread.stopAndWait();
             QVERIFY(thread.wait(5000));
         }
+        thread.stopAndWait(); // too late, but harmless
         QVERIFY(openDevice(kDeviceType, 0, 0) && initChannel(0, 0));
         thread.start();
-        QTRY_VERIFY(thread.isRunning());
+        feed(0, {1});
+        QVERIFY(received(1));
     } // destroyed while it runs
 
     void continuity()

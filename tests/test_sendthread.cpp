@@ -307,27 +307,25 @@ private slots:
 
     void passesThatSendNothingEnd()
     {
-        struct Case {
-            QByteArray rows;
-            int repeat;
-            unsigned closed;    // number of closed channels
-            quint32 answer = 1; // 0: nobody takes a frame, as after the adapter has been pulled
-            int tries = 0;
+        const auto tries = [this](const QByteArray &rows, int repeat, unsigned closedChannels) {
+            openFrom(closedChannels);
+            const QStringList events = sendFile(rows, repeat, 0);
+            return events.endsWith("end 1") && events.contains("File transmission completed!") ? batches().size() : -1;
         };
         const QByteArray frame = csvRow("10:00:00.000", "0x100");
         constexpr int kMany = 0x7FFFFFFF;
-        const Case cases[] = {
-            {"", -1, 0},         {"x\n\n", -1, 0}, {"x\n\n", kMany, 0}, {frame, -1, 1},       {frame, -1, 2},
-            {frame, kMany, 2},   {frame, 0, 0},    {frame, -2, 0},      {frame, -1, 0, 0, 1}, // an endless run ends
-            {frame, 3, 0, 0, 3}, // a counted one keeps its count
-        };
-        for (const Case &c : cases) {
-            openFrom(c.closed);
-            answer(c.answer);
-            const QStringList events = sendFile(c.rows, c.repeat, 0);
-            QCOMPARE(events.mid(events.size() - 3), QStringList({"File transmission completed!", "end 0", "end 1"}));
-            QCOMPARE(batches().size(), c.tries);
+        for (const int repeat : {-1, kMany}) {
+            QCOMPARE(tries("", repeat, 0), 0);
+            QCOMPARE(tries("x\n\n", repeat, 0), 0);
+            QCOMPARE(tries(frame, repeat, 1), 0);
+            QCOMPARE(tries(frame, repeat, 2), 0);
         }
+        QCOMPARE(tries(frame, 0, 0), 0);
+        QCOMPARE(tries(frame, -2, 0), 0);
+        // Nobody takes a frame, as after the adapter has been pulled: an endless run ends, a counted one does not.
+        answer(0);
+        QCOMPARE(tries(frame, -1, 0), 1);
+        QCOMPARE(tries(frame, 3, 0), 3);
     }
 
     // Every row is due by its distance from the first one; delays of sending do not add up. After an empty line the
