@@ -177,6 +177,7 @@ private slots:
         }
         for (const char *none : {"nowhere.csv", "config", ""})
             QVERIFY(!reader.open(folder.path(none)));
+        QVERIFY(!reader.open("/dev/null")); // no regular file
     }
 };
 

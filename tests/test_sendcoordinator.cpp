@@ -59,8 +59,8 @@ private slots:
         b.combo(1, "FrameDataCombo")->setCurrentIndex(1);
         QSignalSpy ends(&b.thread1, &sendThread::endSend);
         // What ends it; a file of two rows per channel, or one whose first row waits for an hour.
-        for (const char *stopper : {"panel 1", "panel 2", "dialog", "itself"}) {
-            const std::size_t rows = qstrcmp(stopper, "itself") == 0 ? 2 : 0;
+        for (const QString &stopper : QStringList{"panel 1", "panel 2", "dialog", "itself"}) {
+            const std::size_t rows = stopper == "itself" ? 2 : 0;
             const std::size_t before[] = {b.driver->sentCan(0).size(), b.driver->sentCan(1).size()};
             ends.clear();
             b.dialog.hide();
@@ -73,10 +73,10 @@ private slots:
             b.panel1.restore();
             QCOMPARE(states(), QString("sending, sending"));
             QVERIFY(!b.combo(0, "ProtocolCombo")->isEnabled() && !b.combo(1, "ProtocolCombo")->isEnabled());
-            if (qstrcmp(stopper, "dialog") == 0)
+            if (stopper == "dialog")
                 dialogButton("pbStop")->click();
             else if (rows == 0)
-                b.button(qstrcmp(stopper, "panel 1") == 0 ? 0 : 1, "StopSendBtn")->click();
+                b.button(stopper == "panel 1" ? 0 : 1, "StopSendBtn")->click();
             QTRY_COMPARE(states(), QString("idle, idle"));
             QVERIFY(dialogIsIdle());
             QTRY_COMPARE(ends.count(), 2);
