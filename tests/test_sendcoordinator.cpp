@@ -50,6 +50,7 @@ private slots:
         connect(&b.thread2, &sendThread::endSend, [] { QThread::msleep(20); });
         b.button(1, "SendBtn")->click();
         QTRY_COMPARE(b.driver->sentCan(1).size(), std::size_t(kRuns));
+        QCOMPARE(takePendingFrames().constLast().channel, 1u);
         QTRY_COMPARE(states(), QString("idle, idle"));
     }
 
