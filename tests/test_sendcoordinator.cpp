@@ -67,7 +67,8 @@ private slots:
             b.dialog.hide();
             b.button(rows == 0 ? 0 : 1, "SendFileBtn")->click();
             QVERIFY(b.dialog.isVisible());
-            sendFile(4, 1, rows == 0 ? kHourMs : 0);
+            b.dialog.findChild<QComboBox *>("comboBox_2")->setCurrentIndex(rows == 0 ? 0 : 1); // recorded: at once
+            sendFile(4, 1, kHourMs);
             QCOMPARE(states(), QString("sending, sending"));
             QVERIFY(!dialogIsIdle());
             b.panel1.setSendEnabled(true); // another channel is opened meanwhile
