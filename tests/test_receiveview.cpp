@@ -120,6 +120,7 @@ private slots:
         table()->setCurrentIndex(model().index(2, 0));
         frames(run(2));
         QCOMPARE(table()->currentIndex().row(), 2);
+        table()->setCurrentIndex(model().index(4, 0));
         frames(run(4));
         QCOMPARE(indexes(), QString("5 6 7 8 9"));
         QVERIFY(!table()->currentIndex().isValid());
@@ -146,6 +147,9 @@ private slots:
         bar->setSliderDown(false);
         frames(run(1));
         QCOMPARE(bar->value(), bar->maximum());
+        view_->setMerge(true); // nothing comes in at the end
+        frames(run(300));
+        QCOMPARE(bar->value(), 0);
     }
 
     void mergingKeepsOneRowPerIdentifier()
