@@ -147,8 +147,10 @@ private slots:
         bar->setSliderDown(false);
         frames(run(1));
         QCOMPARE(bar->value(), bar->maximum());
-        view_->setMerge(true); // nothing comes in at the end
+        view_->setMerge(true);
         frames(run(300));
+        bar->setValue(0);
+        frames(run(300)); // nothing new comes in at the end
         QCOMPARE(bar->value(), 0);
     }
 
