@@ -42,6 +42,7 @@ private slots:
         QVERIFY(!model.data(cell, Qt::CheckStateRole).isValid() && !model.data(QModelIndex()).isValid());
         for (const QPoint &outside : {QPoint(11, 0), QPoint(-1, 0), QPoint(0, -1), QPoint(0, 1)})
             QVERIFY(model.cellText(outside.y(), outside.x()).isEmpty());
+        QCOMPARE(model.headerData(5, Qt::Horizontal), QVariant("t5"));
 
         QSignalSpy changed(&model, &MyTableModel::dataChanged);
         QVERIFY(model.setData(cell, 42, Qt::DisplayRole));
