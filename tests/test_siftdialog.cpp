@@ -87,17 +87,15 @@ private slots:
     void search()
     {
         const auto found = [this](const QString &text, bool caseSensitive, bool whole) {
+            search(text);
             dialog_->findChild<QCheckBox *>("caseBox")->setChecked(caseSensitive);
             dialog_->findChild<QCheckBox *>("wholeBox")->setChecked(whole);
-            search(text);
             return rows();
         };
         QCOMPARE(found("ab", false, false), QString("xAbx ab AB"));
         QCOMPARE(found("Ab", true, false), QString("xAbx"));
         QCOMPARE(found("ab", false, true), QString("ab AB"));
         QCOMPARE(found("ab", true, true), QString("ab"));
-        dialog_->findChild<QCheckBox *>("caseBox")->setChecked(false);
-        QCOMPARE(rows(), QString("ab AB"));
         for (const char *none : {"zz", "全", "."}) // no value, no pattern
             QCOMPARE(found(none, false, false), QString());
         QCOMPARE(found("", false, false), QString("全部 xAbx ab AB c"));
