@@ -78,30 +78,18 @@ struct SendBench {
         return panel(channel).findChild<QPushButton *>(channel == 0 ? "pushButton_3" : "pushButton_4");
     }
 
-    // Every input of a panel but the protocol list.
-    QList<QWidget *> inputs(int channel)
-    {
-        return {combo(channel, "FrameTypeCombo"),
-                combo(channel, "FrameDataCombo"),
-                combo(channel, "SendTypeCombo"),
-                combo(channel, "sendLenCombo"),
-                edit(channel, "SendDataEdit"),
-                edit(channel, "SendIDEdit"),
-                edit(channel, "SendCountEdit"),
-                edit(channel, "SendInvEdit"),
-                box(channel, "DataAddChk"),
-                box(channel, "IDAddChk"),
-                bytesButton(channel)};
-    }
     // "idle", "sending", or what does not fit.
     QString state(int channel)
     {
         const bool stop = button(channel, "StopSendBtn")->isEnabled();
-        for (const QWidget *input : inputs(channel))
-            if (input->isEnabled() == stop)
-                return "mixed: " + input->objectName();
-        if (button(channel, "SendBtn")->isEnabled() == stop)
-            return "mixed: send button";
+        // Every input but the protocol list.
+        for (const char *name :
+             {"SendBtn", "FrameTypeCombo", "FrameDataCombo", "SendTypeCombo", "sendLenCombo", "SendDataEdit",
+              "SendIDEdit", "SendCountEdit", "SendInvEdit", "DataAddChk", "IDAddChk"})
+            if (widget<QWidget>(channel, name)->isEnabled() == stop)
+                return QString("mixed: %1").arg(name);
+        if (bytesButton(channel)->isEnabled() == stop)
+            return "mixed: bytes button";
         return stop ? "sending" : "idle";
     }
 };
