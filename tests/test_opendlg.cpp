@@ -181,6 +181,7 @@ private slots:
             }
         }
         fake_->failing.clear();
+        dialog.initDlg(); // the dialog's timer may have seen a channel between two steps
         answerWith("btnConfirm");
         pressButton(&dialog, "pushButton_4");
         QVERIFY(dialog.channelOpened(1));
