@@ -1,27 +1,10 @@
 #include "soakaccounts.h"
 
+#include "capturerows.h"
+
 #include <QFile>
 #include <QRegularExpression>
 #include <QTextStream>
-
-namespace
-{
-// Lines behind the line of titles; -1 when the file is not as it must be.
-qint64 rowsOf(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return -1;
-    qint64 rows = -1;
-    char last = '\n';
-    while (!file.atEnd()) {
-        const QByteArray piece = file.read(1 << 20);
-        rows += piece.count('\n');
-        last = piece.back();
-    }
-    return last == '\n' ? rows : -1;
-}
-} // namespace
 
 quint64 SoakAccounts::received(unsigned channel) const
 {
@@ -62,7 +45,7 @@ void SoakAccounts::stopCapture()
         return;
     user_.stopCapture();
     const quint64 asked = counted() - countedAtStart_;
-    const qint64 rows = rowsOf(path_);
+    const qint64 rows = captureRows(path_);
     const bool all = mode_ == 0;
     if (rows < 0 || (all ? static_cast<quint64>(rows) != asked : static_cast<quint64>(rows) > asked))
         faults_ += QStringLiteral("capture %1: %2 rows for %3 frames").arg(captures_).arg(rows).arg(asked);

@@ -9,6 +9,7 @@
 // Each prints what it measured; it ends with 1 when frames are missing or differ.
 #include "app/displayfilter.h"
 #include "app/receiveview.h"
+#include "capturerows.h"
 #include "device/settingsstore.h"
 #include "frames/mytablemodel.h"
 #include "frames/pendingframes.h"
@@ -70,21 +71,6 @@ void runAndReport(Scene &scene, int seconds)
                  .arg(after.residentMiB(), 0, 'f', 1);
 }
 
-quint64 counted(const WindowDriver &user, const char *const (&labels)[2])
-{
-    return user.number(labels[0]) + user.number(labels[1]);
-}
-
-qint64 rowsOf(const QString &path)
-{
-    QFile file(path);
-    qint64 rows = -1; // the header is none
-    if (file.open(QIODevice::ReadOnly))
-        while (!file.atEnd())
-            rows += file.read(1 << 20).count('\n');
-    return rows;
-}
-
 // prepare: what is to be done with the window before the adapter is opened.
 int saturate(int seconds, const QString &capture, const std::function<void(Scene &)> &prepare = {})
 {
@@ -102,13 +88,13 @@ int saturate(int seconds, const QString &capture, const std::function<void(Scene
     const double elapsed = static_cast<double>(timer.elapsed()) / 1000;
     scene.user->closeDevice();
     scene.user->stopCapture();
-    const quint64 frames = counted(*scene.user, kReceivedLabels);
+    const quint64 frames = scene.user->received();
     out() << "frames counted: " << frames << ", " << qRound64(static_cast<double>(frames) / elapsed) << " a second\n";
     const bool lost = scene.user->log().contains("丢失");
     out() << (lost ? "frames were lost\n" : "the log tells of no lost frame\n");
     if (capture.isEmpty())
         return lost;
-    const qint64 rows = rowsOf(capture);
+    const qint64 rows = captureRows(capture);
     out() << "rows captured: " << rows << '\n';
     return lost || rows != static_cast<qint64>(frames);
 }
@@ -201,8 +187,8 @@ int endless(int seconds)
         QTest::qWait(1);
     out() << "both stopped after " << timer.elapsed() << " ms\n";
     QTest::qWait(500);
-    const quint64 sent = counted(*scene.user, kTransmittedLabels);
-    const quint64 received = counted(*scene.user, kReceivedLabels);
+    const quint64 sent = scene.user->transmitted();
+    const quint64 received = scene.user->received();
     out() << "sent " << sent << ", received " << received << '\n';
     timer.restart();
     scene.user.reset();
@@ -227,7 +213,7 @@ int record(int seconds, const QString &path)
     QTest::qWait(seconds * 1000);
     scene.user->closeDevice();
     scene.user->stopCapture();
-    out() << rowsOf(path) << " rows in " << path << '\n';
+    out() << captureRows(path) << " rows in " << path << '\n';
     return 0;
 }
 

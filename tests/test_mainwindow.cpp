@@ -128,7 +128,7 @@ private slots:
         }
         QVERIFY(taken[0] > 3 * kFrames - 100);
         QVERIFY(taken[1] > 3 * kFrames);
-        QVERIFY(lines.size() <= int(user.number("ch1RecvCount") + user.number("ch2RecvCount")) + 2);
+        QVERIFY(lines.size() <= int(user.received()) + 2);
     }
 
     // The adapter lets through what its ranges say and nothing else, counted against what the vehicle sent.

@@ -165,13 +165,7 @@ private:
             setDriver(nullptr);
         }
         QString capture() const { return folder.path("capture.csv"); }
-        quint64 moved() const
-        {
-            quint64 sum = 0;
-            for (int i = 0; i < 2; ++i)
-                sum += user->number(kReceivedLabels[i]) + user->number(kTransmittedLabels[i]);
-            return sum;
-        }
+        quint64 moved() const { return user->received() + user->transmitted(); }
         void waitUntilQuiet() const
         {
             for (quint64 before = moved() + 1; before != moved();) {

@@ -54,6 +54,16 @@ quint64 WindowDriver::number(const QByteArray &label) const
     return find<QLabel>(label)->text().toULongLong();
 }
 
+quint64 WindowDriver::received() const
+{
+    return number(kReceivedLabels[0]) + number(kReceivedLabels[1]);
+}
+
+quint64 WindowDriver::transmitted() const
+{
+    return number(kTransmittedLabels[0]) + number(kTransmittedLabels[1]);
+}
+
 QString WindowDriver::log() const
 {
     return find<QPlainTextEdit>("logEdit")->toPlainText();

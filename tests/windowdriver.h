@@ -25,6 +25,9 @@ public:
     void click(const QByteArray &button) const;
     // The number that a label begins with.
     quint64 number(const QByteArray &label) const;
+    // The totals of both channels together.
+    quint64 received() const;
+    quint64 transmitted() const;
     QString log() const;
     int rows() const; // of the frame list
 
