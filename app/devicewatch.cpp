@@ -1,7 +1,7 @@
 #include "app/devicewatch.h"
 
-#include "device/deviceinfo.h"
 #include "device/devicelayer.h"
+#include "device/dialogs/deviceinfo.h"
 
 DeviceWatch::Change DeviceWatch::look()
 {

@@ -7,9 +7,9 @@
 #include "device/settingsstore.h"
 #include "dialogs/datadlg.h"
 #include "dialogs/datatext.h"
-#include "dialogs/messages.h"
-#include "dialogs/storedfields.h"
 #include "frames/sendthread.h"
+#include "widgets/messages.h"
+#include "widgets/storedfields.h"
 
 #include <QEvent>
 #include <QRegularExpressionValidator>

@@ -1,9 +1,9 @@
 #include "app/siftdialog.h"
 
-#include "app/checkrowdelegate.h"
 #include "app/siftlistmodel.h"
-#include "dialogs/dialogscaler.h"
 #include "ui_siftdialog.h"
+#include "widgets/checkrowdelegate.h"
+#include "widgets/dialogscaler.h"
 
 #include <QDebug>
 #include <QEvent>

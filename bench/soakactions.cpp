@@ -2,7 +2,7 @@
 
 #include "app/displayfilter.h"
 #include "app/receiveview.h"
-#include "device/valuedialog.h"
+#include "device/dialogs/valuedialog.h"
 #include "frames/mytablemodel.h"
 #include "frames/sendthread.h"
 

@@ -2,7 +2,7 @@
 
 #include "ui_datadlg.h"
 
-#include "dialogs/dialogscaler.h"
+#include "widgets/dialogscaler.h"
 
 #include <QColor>
 #include <QEvent>

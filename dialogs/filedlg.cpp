@@ -3,8 +3,8 @@
 #include "ui_filedlg.h"
 
 #include "device/settingsstore.h"
-#include "dialogs/dialogscaler.h"
-#include "dialogs/storedfields.h"
+#include "widgets/dialogscaler.h"
+#include "widgets/storedfields.h"
 
 #include <QEvent>
 #include <QFileDialog>

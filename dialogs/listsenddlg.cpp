@@ -2,7 +2,7 @@
 
 #include "ui_listsenddlg.h"
 
-#include "dialogs/dialogscaler.h"
+#include "widgets/dialogscaler.h"
 
 #include <QEvent>
 

@@ -1,7 +1,7 @@
 #include "dialogs/savefiledlg.h"
 
-#include "dialogs/dialogscaler.h"
 #include "ui_savefiledlg.h"
+#include "widgets/dialogscaler.h"
 
 #include <QEvent>
 #include <QFile>

@@ -1,8 +1,8 @@
 // The stored text of a filter: the device layer takes or refuses it, the dialog shows what it can, and what the dialog
 // hands back is shown again the same.
 #include "device/devicelayer.h"
+#include "device/dialogs/filterdialog.h"
 #include "device/driver/simulated/simulateddriver.h"
-#include "device/filterdialog.h"
 #include "fuzz/require.h"
 
 #include <QApplication>

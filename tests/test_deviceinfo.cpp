@@ -1,6 +1,6 @@
-#include "device/deviceinfo.h"
 #include "device/devicelayer.h"
-#include "device/infdialog.h"
+#include "device/dialogs/deviceinfo.h"
+#include "device/dialogs/infdialog.h"
 #include "device/language.h"
 #include "fakedriver.h"
 #include "modalhelper.h"

@@ -1,6 +1,6 @@
 #include "app/receiveview.h"
 #include "bench/trialscene.h"
-#include "device/opendlg.h"
+#include "device/dialogs/opendlg.h"
 #include "device/settingsstore.h"
 #include "faultydriver.h"
 #include "frames/pendingframes.h"

@@ -1,4 +1,4 @@
-#include "device/filterdialog.h"
+#include "device/dialogs/filterdialog.h"
 #include "device/language.h"
 #include "modalhelper.h"
 #include "testfolder.h"

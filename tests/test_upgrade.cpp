@@ -1,7 +1,7 @@
 #include "device/channelparameters.h"
 #include "device/devicelayer.h"
+#include "device/dialogs/opendlg.h"
 #include "device/language.h"
-#include "device/opendlg.h"
 #include "fakedriver.h"
 #include "modalhelper.h"
 #include "testfolder.h"

@@ -2,8 +2,8 @@
 
 #include "app/mainwindow.h"
 #include "device/devicelayer.h"
-#include "device/opendlg.h"
-#include "device/paradialog.h"
+#include "device/dialogs/opendlg.h"
+#include "device/dialogs/paradialog.h"
 #include "dialogs/savefiledlg.h"
 
 #include <QAbstractButton>

@@ -2,9 +2,9 @@
 
 #include "device/devicelayer.h"
 #include "device/language.h"
-#include "dialogs/dialogscaler.h"
-#include "dialogs/messages.h"
 #include "ui_updatedlg.h"
+#include "widgets/dialogscaler.h"
+#include "widgets/messages.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>

@@ -3,9 +3,9 @@
 #include "device/channelparameters.h"
 #include "device/devicelayer.h"
 #include "device/language.h"
-#include "dialogs/messages.h"
 #include "upgrade/firmwareimage.h"
 #include "upgrade/updatedlg.h"
+#include "widgets/messages.h"
 
 bool offerFirmwareUpgrade(unsigned firmwareWord, unsigned deviceIndex, QWidget *parent)
 {

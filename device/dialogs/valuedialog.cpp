@@ -1,7 +1,7 @@
-#include "device/valuedialog.h"
+#include "device/dialogs/valuedialog.h"
 
-#include "dialogs/dialogscaler.h"
 #include "ui_valuedialog.h"
+#include "widgets/dialogscaler.h"
 
 #include <QEvent>
 #include <QIntValidator>

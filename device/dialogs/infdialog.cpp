@@ -1,9 +1,9 @@
-#include "device/infdialog.h"
+#include "device/dialogs/infdialog.h"
 
-#include "device/deviceinfo.h"
 #include "device/devicelayer.h"
-#include "dialogs/dialogscaler.h"
+#include "device/dialogs/deviceinfo.h"
 #include "ui_infdialog.h"
+#include "widgets/dialogscaler.h"
 
 #include <QDebug>
 #include <QEvent>

@@ -1,9 +1,9 @@
-#include "device/paradialog.h"
+#include "device/dialogs/paradialog.h"
 
 #include "device/channelparameters.h"
-#include "device/filterdialog.h"
-#include "dialogs/dialogscaler.h"
+#include "device/dialogs/filterdialog.h"
 #include "ui_paradialog.h"
+#include "widgets/dialogscaler.h"
 
 #include <QEvent>
 #include <QRegularExpressionValidator>

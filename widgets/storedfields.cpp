@@ -1,4 +1,4 @@
-#include "dialogs/storedfields.h"
+#include "widgets/storedfields.h"
 
 #include "device/settingsstore.h"
 

@@ -1,14 +1,14 @@
-#include "device/opendlg.h"
+#include "device/dialogs/opendlg.h"
 
 #include "device/channelparameters.h"
-#include "device/deviceinfo.h"
 #include "device/devicelayer.h"
+#include "device/dialogs/deviceinfo.h"
+#include "device/dialogs/paradialog.h"
 #include "device/language.h"
-#include "device/paradialog.h"
-#include "dialogs/dialogscaler.h"
-#include "dialogs/messages.h"
 #include "ui_opendlg.h"
 #include "upgrade/upgradeaction.h"
+#include "widgets/dialogscaler.h"
+#include "widgets/messages.h"
 
 #include <QEvent>
 #include <QTimer>

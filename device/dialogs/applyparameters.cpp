@@ -1,10 +1,10 @@
-#include "device/applyparameters.h"
+#include "device/dialogs/applyparameters.h"
 
 #include "device/channelparameters.h"
 #include "device/devicelayer.h"
+#include "device/dialogs/paradialog.h"
 #include "device/language.h"
-#include "device/paradialog.h"
-#include "dialogs/messages.h"
+#include "widgets/messages.h"
 
 void applyParameters(QWidget *parent, const std::function<void(const QString &)> &log)
 {

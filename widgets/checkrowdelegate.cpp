@@ -1,4 +1,4 @@
-#include "app/checkrowdelegate.h"
+#include "widgets/checkrowdelegate.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>

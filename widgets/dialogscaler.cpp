@@ -1,4 +1,4 @@
-#include "dialogs/dialogscaler.h"
+#include "widgets/dialogscaler.h"
 
 #include <QGuiApplication>
 #include <QHeaderView>

@@ -1,10 +1,10 @@
-#include "device/deviceinfo.h"
+#include "device/dialogs/deviceinfo.h"
 
 #include "device/channelparameters.h"
 #include "device/devicelayer.h"
-#include "device/infdialog.h"
+#include "device/dialogs/infdialog.h"
 #include "device/language.h"
-#include "dialogs/messages.h"
+#include "widgets/messages.h"
 
 #include <QDebug>
 

@@ -1,10 +1,10 @@
-#include "device/filterdialog.h"
+#include "device/dialogs/filterdialog.h"
 
 #include "device/driver/wirerecords.h"
 #include "device/language.h"
-#include "dialogs/dialogscaler.h"
-#include "dialogs/messages.h"
 #include "ui_filterdialog.h"
+#include "widgets/dialogscaler.h"
+#include "widgets/messages.h"
 
 #include <QEvent>
 

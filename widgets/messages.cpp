@@ -1,4 +1,4 @@
-#include "dialogs/messages.h"
+#include "widgets/messages.h"
 
 #include <QMessageBox>
 

@@ -1,0 +1,44 @@
+// The one way to read a recording, whatever its format. A reader streams: its memory does not grow with the file.
+#pragma once
+
+#include "traces/rawframe.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+class QIODevice;
+
+enum class TraceFormat { Candump, Asc, Trc, Blf, Pcapng, Csv };
+
+// Where and why reading ended before the end of the file.
+struct TraceError {
+    QString place;  // "line 12", "offset 0x90", English as on a command line
+    QString reason; // what was found there
+};
+
+class TraceReader
+{
+public:
+    virtual ~TraceReader() = default;
+
+    virtual TraceFormat format() const = 0;
+    // The recording's start, nanoseconds since 1970 UTC, where the file has one; known once the first frame was read.
+    virtual std::optional<std::int64_t> startUtc() const = 0;
+    // Fills up to capacity (at least 1) frames in the file's order. Fewer than capacity, 0 included, only when nothing
+    // more can be had without waiting (a pipe) or at the end: atEnd() tells which.
+    virtual int read(RawFrame *frames, int capacity) = 0;
+    virtual bool atEnd() const = 0;
+    // Set once reading has met damage; everything before it has been delivered.
+    virtual std::optional<TraceError> error() const = 0;
+    // Parts that are no frames of a bus and were passed over (comments and statistics do not count).
+    virtual std::uint64_t skipped() const = 0;
+};
+
+// Opens what the device (open for reading, sequential or not; outlives the reader) holds: by content first, by the
+// name's ending second. Null with *error set when it is no recording this program knows, or empty.
+std::unique_ptr<TraceReader> openTrace(QIODevice *device, const QString &name, QString *error);
+// The same when the format is known (pipes).
+std::unique_ptr<TraceReader> openTrace(QIODevice *device, TraceFormat format, QString *error);
