@@ -12,3 +12,10 @@ if(OSTREL_SANITIZE)
         -fsanitize=${OSTREL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(ostrel_options INTERFACE -fsanitize=${OSTREL_SANITIZE})
 endif()
+
+# What most sources of the core, of the windows and of the tests begin with.
+set(OSTREL_CORE_HEADERS
+    <QByteArray> <QDateTime> <QElapsedTimer> <QFile> <QHash> <QList> <QObject> <QString> <QStringList> <QThread> <QVector>
+    <algorithm> <atomic> <array> <functional> <memory> <mutex> <vector>)
+set(OSTREL_GUI_HEADERS <QtWidgets/QtWidgets>)
+set(OSTREL_TEST_HEADERS <QtTest/QtTest>)
