@@ -22,6 +22,8 @@ QString noticeText(const DriverNotice &notice)
         return text3("找不到CAN接口：%1", "找不到CAN接口：%1", "CAN interface missing: %1").arg(detail);
     case DriverNotice::Kind::InterfaceDown:
         return text3("CAN接口未启用：%1", "CAN接口未啓用：%1", "CAN interface is down: %1").arg(detail);
+    case DriverNotice::Kind::InterfaceBack:
+        return text3("CAN接口已重新启用：%1", "CAN接口已重新啓用：%1", "CAN interface is up again: %1").arg(detail);
     case DriverNotice::Kind::InterfaceNotFd:
         return text3("CAN接口不支持CANFD：%1", "CAN接口不支持CANFD：%1", "CAN interface is not FD-capable: %1")
             .arg(detail);

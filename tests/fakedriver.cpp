@@ -56,7 +56,7 @@ QStringList FakeDriver::takeCalls()
     return std::exchange(calls_, {});
 }
 
-std::uint32_t OSTREL_PROPERTY_CALL FakeDriver::setValue(const char *path, const char *value)
+std::uint32_t FakeDriver::setValue(const char *path, const char *value)
 {
     current->note("SetValue", QStringList{QString::fromUtf8(path), QString::fromUtf8(value)});
     return current->answer(path);

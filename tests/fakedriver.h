@@ -92,7 +92,7 @@ public:
     std::uint32_t ResetDriver() override { return answer("ResetDriver", {}); }
 
 private:
-    static std::uint32_t OSTREL_PROPERTY_CALL setValue(const char *path, const char *value);
+    static std::uint32_t setValue(const char *path, const char *value);
     void note(const char *name, const QStringList &arguments);
     void note(const char *name, std::initializer_list<std::uint32_t> arguments);
     std::uint32_t answer(const char *name, std::initializer_list<std::uint32_t> arguments); // notes the call as well

@@ -185,6 +185,24 @@ private slots:
         QCOMPARE(noticeKinds(), std::vector<Kind>{Kind::InterfaceMissing});
     }
 
+    // The other half of the pair works on.
+    void onlyAnInterfaceWhoseChannelRunsCanBeLost()
+    {
+        useOwnInterface();
+        driver_ = std::make_unique<SocketCanDriver>(std::vector<std::string>{kBus, kOwn});
+        QVERIFY(openDevice() != 0);
+        QVERIFY(ip(QStringLiteral("link set %1 down").arg(kOwn)));
+        initChannel(0);
+        startChannel(0);
+        initChannel(1);
+        QVERIFY(driver_->StartChannel(channel_[1]) != kDriverSuccess);
+        QVERIFY(isPresent());
+        QVERIFY(ip(QStringLiteral("link del %1").arg(kOwn)));
+        QVERIFY(isPresent());
+        QVERIFY(Node(kBus).send(0x2, CAN_MTU));
+        QCOMPARE(receiveCan(0, 1).size(), std::size_t(1));
+    }
+
     void aClassicInterfaceTakesClassicFrames()
     {
         useOwnInterface();
@@ -210,10 +228,13 @@ private slots:
             QVERIFY(ip(QStringLiteral("link set %1 down").arg(kOwn)));
             QVERIFY(!isPresent());
             QCOMPARE(driver_->TransmitCan(channel_[0], &record, 1), 0u);
-            QTest::qWait(50);
+            QTest::qWait(100);
             QCOMPARE(noticeKinds(), std::vector<Kind>{Kind::InterfaceDown}); // once
             QVERIFY(ip(QStringLiteral("link set %1 up").arg(kOwn)));
             QVERIFY(isPresent());
+            std::vector<Kind> told;
+            QTRY_VERIFY((told = told.empty() ? noticeKinds() : told, !told.empty()));
+            QCOMPARE(told, std::vector<Kind>{Kind::InterfaceBack});
             QCOMPARE(driver_->TransmitCan(channel_[0], &record, 1), 1u);
             QCOMPARE(receiveCan(0, 1).size(), std::size_t(1));
         }

@@ -40,6 +40,14 @@ public:
     {
         return enqueue(index, busFrame(id), type, ready);
     }
+    // When the frames of these identifiers end that follow each other from a time on, in microseconds.
+    Times endsFrom(BusTime start, const std::vector<std::uint32_t> &ids)
+    {
+        Times ends;
+        for (const std::uint32_t id : ids)
+            ends.push_back((start += frameDuration(busFrame(id), channel(0).settings)) / 1000);
+        return ends;
+    }
     // When the channel heard its classic frames.
     Times heardAt(unsigned index)
     {
@@ -73,41 +81,36 @@ private slots:
     void framesTakeTheirTime()
     {
         const BusSettings rates{1000000, 5000000, 0};
-        const std::uint32_t id = 0x123;
-        const std::pair<BusFrame, BusTime> frames[] = {
-            {busFrame(id), 47000},
-            {busFrame(id, 8), 111000},
-            {busFrame(id | kIdExtendedFlag, 8), 131000},
-            {busFrame(id | kIdRemoteFlag, 8), 47000},
-            {busFrame(id, 0, Kind::Fd), 29000 + 33 * 1000},
-            {busFrame(id, 16, Kind::FdSwitched), 29000 + 161 * 200},
-            {busFrame(id | kIdExtendedFlag, 20, Kind::FdSwitched), 48000 + 198 * 200},
-            {busFrame(id, 64, Kind::FdSwitched), 29000 + 550 * 200},
-        };
-        for (const auto &[frame, nanoseconds] : frames)
-            QCOMPARE(frameDuration(frame, rates), nanoseconds);
+        // One stuff bit in seven zeros; none; 102 in 512 zeros.
+        QCOMPARE(frameDuration(busFrame(0x7BD, 0, Kind::Fd), rates), BusTime(29000 + 34 * 1000));
+        QCOMPARE(frameDuration(busFrame(0x7BD, 0, Kind::FdSwitched), rates), BusTime(29000 + 33 * 200));
+        QCOMPARE(frameDuration(busFrame(0x7BD, 64, Kind::FdSwitched), rates), BusTime(29000 + (550 + 102) * 200));
     }
 
     void theLowestIdentifierWinsTheBus()
     {
         StartedBus bus;
         // Channel by channel the order stays; between them the one that is more dominant at the first difference wins.
+        const std::uint32_t sameBase = 0x100u << 18 | kIdExtendedFlag; // loses to the standard frame
         bus.send(0, 0x400, 10);
         bus.send(0, 0x100, 10);
         bus.send(1, 0x401, 10);
-        bus.send(1, 0x100u << 18 | kIdExtendedFlag, 10); // the same first 11 bits: loses to the standard frame
+        bus.send(1, sameBase, 10);
         bus.send(1, 0x100, 10);
-        QCOMPARE(bus.advance(1000, 100), BusTime(10 + 47000));
+        // Each of the two front frames waits for the lower one; what stands behind it comes too late to compete.
+        const Times ends = bus.endsFrom(10, {0x400, 0x100, 0x401, sameBase, 0x100});
+        QCOMPARE(bus.advance(1000, 100) / 1000, ends[0]);
         QCOMPARE(bus.advance(kMs, 100), kNever);
-        QCOMPARE(bus.heardAt(1), (Times{47, 94}));
-        QCOMPARE(bus.heardAt(0), (Times{141, 208, 255}));
+        QCOMPARE(bus.heardAt(1), Times(ends.begin(), ends.begin() + 2));
+        QCOMPARE(bus.heardAt(0), Times(ends.begin() + 2, ends.end()));
 
         StartedBus equals;
         for (const unsigned channel : {0, 0, 1, 1})
             equals.send(channel, 0x100);
         QCOMPARE(equals.advance(kMs, 100), kNever);
-        QCOMPARE(equals.heardAt(1), (Times{47, 141}));
-        QCOMPARE(equals.heardAt(0), (Times{94, 188}));
+        const Times turns = equals.endsFrom(0, {0x100, 0x100, 0x100, 0x100});
+        QCOMPARE(equals.heardAt(1), (Times{turns[0], turns[2]}));
+        QCOMPARE(equals.heardAt(0), (Times{turns[1], turns[3]}));
     }
 
     void framesWithoutListenersWaitOrAreGivenUp()

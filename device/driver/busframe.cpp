@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 
 namespace
 {
@@ -66,7 +65,8 @@ void fillRecord(const BusFrame &frame, std::uint64_t timeStamp, CanFdReceiveReco
     record->id = frame.id;
     record->length = frame.length;
     record->flags = frame.bitRateSwitch ? kFdBitRateSwitch : 0;
-    std::fill(std::begin(record->reserved), std::end(record->reserved), std::uint8_t(0));
+    record->errorStateIndicator = frame.errorStateIndicator ? 1 : 0;
+    record->reserved = 0;
     std::memcpy(record->data, frame.data, kFdDataBytes);
     record->timeStamp = timeStamp;
 }

@@ -8,6 +8,7 @@ struct BusFrame {
     std::uint8_t length = 0; // data bytes; of a remote frame: the length it asks for
     bool fd = false;
     bool bitRateSwitch = false;
+    bool errorStateIndicator = false; // FD: the sender is error passive
     std::uint8_t data[kFdDataBytes] = {};
 
     bool extended() const { return (id & kIdExtendedFlag) != 0; }

@@ -8,13 +8,6 @@
 #include <string>
 #include <vector>
 
-#if defined(_WIN32) && !defined(_WIN64)
-// Calling convention of the property interface's entries. Not yet confirmed on hardware.
-#define OSTREL_PROPERTY_CALL __stdcall
-#else
-#define OSTREL_PROPERTY_CALL
-#endif
-
 constexpr std::uint32_t kDeviceType = 41;   // the Halden-D2's type code
 constexpr std::uint32_t kStatusPresent = 2; // GetDeviceStatus: present and answering
 constexpr std::uint32_t kDriverSuccess = 1; // what most operations answer on success
@@ -23,7 +16,7 @@ constexpr unsigned kChannelCount = 2;
 // The table of entry points that GetPropertyInterface answers; the program uses its first entry only.
 struct PropertyInterface {
     // path: channel digit + "/name", both texts zero-terminated; 1 on success
-    std::uint32_t(OSTREL_PROPERTY_CALL *SetValue)(const char *path, const char *value);
+    std::uint32_t (*SetValue)(const char *path, const char *value);
 };
 
 // Something a driver wants the user to know; the window words it in the current language.
@@ -36,6 +29,7 @@ struct DriverNotice {
         TraceUnreadable,  // detail: file name of the recorded log that cannot be played
         InterfaceMissing, // detail: kernel interface
         InterfaceDown,    // detail: kernel interface
+        InterfaceBack,    // detail: kernel interface; was down while its channel ran
         InterfaceNotFd,   // detail: kernel interface
         InterfaceRefused, // detail: kernel interface and the system's reason
         FramesLost,       // channel and count: frames that arrived but found no room since the last notice

@@ -28,7 +28,7 @@ Route &route()
     return theRoute;
 }
 
-std::uint32_t OSTREL_PROPERTY_CALL setValue(const char *path, const char *value)
+std::uint32_t setValue(const char *path, const char *value)
 {
     const std::lock_guard<std::mutex> lock(route().guard);
     return route().target ? route().target->setProperty(path, value) : 0;

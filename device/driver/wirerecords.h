@@ -57,9 +57,10 @@ struct CanReceiveRecord {
 
 struct CanFdReceiveRecord {
     std::uint32_t id;
-    std::uint8_t length; // bytes, not a DLC code
-    std::uint8_t flags;
-    std::uint8_t reserved[2];
+    std::uint8_t length;              // bytes, not a DLC code
+    std::uint8_t flags;               // kFdBitRateSwitch or 0, nothing else: rows compare the whole byte
+    std::uint8_t errorStateIndicator; // 1: the sender was error passive; 0 where the driver does not know
+    std::uint8_t reserved;
     std::uint8_t data[kFdDataBytes];
     std::uint64_t timeStamp; // microseconds
 };
@@ -86,8 +87,8 @@ static_assert(offsetof(CanFdTransmitRecord, flags) == 5 && offsetof(CanFdTransmi
 static_assert(sizeof(CanReceiveRecord) == 24);
 static_assert(offsetof(CanReceiveRecord, data) == 8 && offsetof(CanReceiveRecord, timeStamp) == 16);
 static_assert(sizeof(CanFdReceiveRecord) == 80);
-static_assert(offsetof(CanFdReceiveRecord, flags) == 5 && offsetof(CanFdReceiveRecord, data) == 8 &&
-              offsetof(CanFdReceiveRecord, timeStamp) == 72);
+static_assert(offsetof(CanFdReceiveRecord, flags) == 5 && offsetof(CanFdReceiveRecord, errorStateIndicator) == 6 &&
+              offsetof(CanFdReceiveRecord, data) == 8 && offsetof(CanFdReceiveRecord, timeStamp) == 72);
 static_assert(sizeof(DeviceInfoRecord) == 80);
 static_assert(offsetof(DeviceInfoRecord, firmwareVersion) == 2 && offsetof(DeviceInfoRecord, driverVersion) == 4 &&
               offsetof(DeviceInfoRecord, serialNumber) == 11 && offsetof(DeviceInfoRecord, hardwareType) == 31);

@@ -43,3 +43,6 @@ cd build
     -qt-zlib -qt-pcre -qt-libpng -qt-libjpeg -qt-freetype
 make -s -j"$jobs"
 make -s install
+# For the notice that goes with the libraries: qtbase-opensource-src and the whole version.
+(cd "$work" && sed -n 's/^Source: //p; s/^Version: //p' qtbase-opensource-src_5.15.*.dsc | paste -sd' ') \
+    >"$prefix/debian-source"

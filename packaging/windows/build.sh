@@ -5,7 +5,7 @@
 # Environment:
 #   QT_WINDOWS_ROOT   a Qt 5.15 for win32-g++; without it one is built once, from Debian's source package
 #   OSTREL_CACHE      where that Qt is kept; ~/.cache/ostrel when not set
-# Needs: cmake, ninja, g++-mingw-w64-i686-posix, qttools5-dev, qttranslations5-l10n, zip.
+# Needs: cmake, ninja, g++-mingw-w64-i686-posix, qttools5-dev, qttranslations5-l10n, python3.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
@@ -13,7 +13,7 @@ triple=i686-w64-mingw32
 build=build/windows
 version=$(sed -n 's/^project(Ostrel VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 
-for tool in cmake ninja zip $triple-g++-posix; do
+for tool in cmake ninja python3 $triple-g++-posix; do
     command -v "$tool" >/dev/null || { echo "build.sh: $tool is missing" >&2; exit 1; }
 done
 
@@ -43,7 +43,12 @@ copy_needed_libraries "$program"
 find "$program" \( -name '*.exe' -o -name '*.dll' \) -exec $triple-strip --strip-unneeded {} +
 
 documents=/usr/share/doc
-cp packaging/windows/licences/README.txt "$program/licences/"
+# A Qt that was built elsewhere may not say which revision of the source package it comes from.
+qt_version=$(sed -n 's/^set(PACKAGE_VERSION \([0-9.]*\))/\1/p' \
+    "$QT_WINDOWS_ROOT/lib/cmake/Qt5Core/Qt5CoreConfigVersion.cmake")
+qt_source=$(cat "$QT_WINDOWS_ROOT/debian-source" 2>/dev/null || echo "qtbase-opensource-src $qt_version (Debian 12)")
+sed "s/@QT_VERSION@/$qt_version/; s/@QT_SOURCE@/$qt_source/" packaging/windows/licences/README.txt.in \
+    >"$program/licences/README.txt"
 for licence in GPL-3 LGPL-3; do
     cp "/usr/share/common-licenses/$licence" "$program/licences/$licence.txt"
 done
@@ -64,7 +69,7 @@ limit=$((40 * 1024 * 1024))
 for folder in "$program" "$library"; do
     name=$(basename "$folder")
     rm -f "$build/$name-windows.zip"
-    (cd "$build" && zip -qr9 "$name-windows.zip" "$name")
+    packaging/windows/make-zip.py "$folder" "$build/$name-windows.zip"
     size=$(stat -c %s "$build/$name-windows.zip")
     echo "$build/$name-windows.zip: $size bytes"
     [ "$size" -lt $limit ] || { echo "build.sh: larger than $limit bytes" >&2; exit 1; }

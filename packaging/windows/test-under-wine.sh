@@ -20,7 +20,7 @@ mkdir -p "$stage/abi" "$stage/core"
 failures=0
 
 # The binding: needs no DLL but the library itself.
-cp $build/tests/windows/{test_kestrixabi.exe,Incomplete.dll} $build/packaging/windows/kestrix-sim/Kestrix.dll \
+cp $build/tests/windows/{test_kestrixabi.exe,Incomplete.dll} $build/packaging/windows/kestrix-sim/Kestrix{,Cdecl}.dll \
     "$stage/abi/"
 result=$(timeout 600 "$runner" "$stage/abi" test_kestrixabi.exe 2>"$stage/abi/stderr" | tr -d '\r' || true)
 echo "$result"

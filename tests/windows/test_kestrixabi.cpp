@@ -1,6 +1,7 @@
-// Proves that the program and a Kestrix.dll fit together: the binding by ordinal, the calling convention, the records,
-// and what is told when the library is no good. Beside the executable: Kestrix.dll (the simulated adapter) and
-// Incomplete.dll. Without Qt, so that a failure is the binding's own.
+// Proves that the program and a Kestrix.dll fit together: the binding by ordinal, either calling convention, the
+// records, and what is told when the library is no good. Beside the executable: Kestrix.dll (the simulated adapter, its
+// operations __stdcall), KestrixCdecl.dll (the same, __cdecl) and Incomplete.dll. Without Qt, so that a failure is the
+// binding's own.
 // "test_kestrixabi speed" tells the frames a second that go through the library instead.
 #include "device/driver/kestrix/kestrixdriver.h"
 
@@ -12,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <thread>
 
 namespace
@@ -57,21 +59,11 @@ std::uint32_t word(const void *pointer)
     return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(pointer));
 }
 
-// What the measuring itself is worth: a function of the other convention leaves its argument on the stack.
-std::uint32_t __cdecl leavesItsArgument(std::uint32_t argument)
-{
-    return argument;
-}
+enum class Convention { Stdcall, Cdecl };
 
-void imbalanceIsSeen()
-{
-    const std::uint32_t argument = 7;
-    std::int32_t unbalance = 0;
-    const std::uint32_t answer = measuredCall(reinterpret_cast<void *>(leavesItsArgument), &argument, 1, &unbalance);
-    check(answer == argument && unbalance == sizeof argument, "a call with the wrong convention is noticed");
-}
-
-void stackStaysBalanced(const KestrixOperations &library, Driver::Handle device, Driver::Handle channel)
+// Every operation, called directly, leaves the stack as its convention has it: the two libraries do differ. Through the
+// program's own way of calling the stack stands as before, a million times.
+void stackIsKept(const KestrixOperations &library, Convention convention, Driver::Handle device, Driver::Handle channel)
 {
     constexpr int kCalls = 1000000;
     static CanTransmitRecord classic{};
@@ -82,6 +74,7 @@ void stackStaysBalanced(const KestrixOperations &library, Driver::Handle device,
     static ChannelInitRecord init{};
     constexpr std::uint32_t kNoDevice = 99;
     const PropertyInterface *properties = library.GetPropertyInterface(device);
+    void *setValue = reinterpret_cast<void *>(properties->SetValue);
 
     struct Case {
         const char *name;
@@ -91,39 +84,63 @@ void stackStaysBalanced(const KestrixOperations &library, Driver::Handle device,
     };
     // What would take real time a million times (opening, wire time) is called so that it is refused at once.
     const Case cases[] = {
-        {"OpenDevice", reinterpret_cast<void *>(library.OpenDevice), {kDeviceType, kNoDevice, 0}, 0},
-        {"CloseDevice", reinterpret_cast<void *>(library.CloseDevice), {0}, 0},
-        {"GetDeviceInfo", reinterpret_cast<void *>(library.GetDeviceInfo), {device, word(&info)}, kDriverSuccess},
-        {"GetDeviceStatus", reinterpret_cast<void *>(library.GetDeviceStatus), {device}, kStatusPresent},
-        {"InitChannel", reinterpret_cast<void *>(library.InitChannel), {0, 0, word(&init)}, 0},
-        {"StartChannel", reinterpret_cast<void *>(library.StartChannel), {0}, 0},
-        {"ResetChannel", reinterpret_cast<void *>(library.ResetChannel), {0}, 0},
-        {"TransmitCan", reinterpret_cast<void *>(library.TransmitCan), {channel, word(&classic), 0}, 0},
-        {"ReceiveCan", reinterpret_cast<void *>(library.ReceiveCan), {channel, word(classicRead), 4, 0}, 0},
-        {"TransmitCanFd", reinterpret_cast<void *>(library.TransmitCanFd), {channel, word(&fd), 0}, 0},
-        {"ReceiveCanFd", reinterpret_cast<void *>(library.ReceiveCanFd), {channel, word(fdRead), 4, 0}, 0},
-        {"GetPropertyInterface", reinterpret_cast<void *>(library.GetPropertyInterface), {device}, word(properties)},
-        {"UpdateDevice", reinterpret_cast<void *>(library.UpdateDevice), {0}, 0},
-        {"SetArbitrationBaud", reinterpret_cast<void *>(library.SetArbitrationBaud), {device, 0, 0}, kDriverSuccess},
-        {"SetDataBaud", reinterpret_cast<void *>(library.SetDataBaud), {device, 0, 0}, kDriverSuccess},
-        {"SetCanFdStandard", reinterpret_cast<void *>(library.SetCanFdStandard), {device, 0, 0}, kDriverSuccess},
-        {"SetValue", reinterpret_cast<void *>(properties->SetValue), {word("0/no_such_path"), word("0")}, 0},
+        {"OpenDevice", library.OpenDevice.address(), {kDeviceType, kNoDevice, 0}, 0},
+        {"CloseDevice", library.CloseDevice.address(), {0}, 0},
+        {"GetDeviceInfo", library.GetDeviceInfo.address(), {device, word(&info)}, kDriverSuccess},
+        {"GetDeviceStatus", library.GetDeviceStatus.address(), {device}, kStatusPresent},
+        {"InitChannel", library.InitChannel.address(), {0, 0, word(&init)}, 0},
+        {"StartChannel", library.StartChannel.address(), {0}, 0},
+        {"ResetChannel", library.ResetChannel.address(), {0}, 0},
+        {"TransmitCan", library.TransmitCan.address(), {channel, word(&classic), 0}, 0},
+        {"ReceiveCan", library.ReceiveCan.address(), {channel, word(classicRead), 4, 0}, 0},
+        {"TransmitCanFd", library.TransmitCanFd.address(), {channel, word(&fd), 0}, 0},
+        {"ReceiveCanFd", library.ReceiveCanFd.address(), {channel, word(fdRead), 4, 0}, 0},
+        {"GetPropertyInterface", library.GetPropertyInterface.address(), {device}, word(properties)},
+        {"UpdateDevice", library.UpdateDevice.address(), {0}, 0},
+        {"SetArbitrationBaud", library.SetArbitrationBaud.address(), {device, 0, 0}, kDriverSuccess},
+        {"SetDataBaud", library.SetDataBaud.address(), {device, 0, 0}, kDriverSuccess},
+        {"SetCanFdStandard", library.SetCanFdStandard.address(), {device, 0, 0}, kDriverSuccess},
+        {"SetValue", setValue, {word("0/no_such_path"), word("0")}, 0},
         // Last: what it does to an open device is the library's own business.
-        {"ResetDriver", reinterpret_cast<void *>(library.ResetDriver), {}, kDriverSuccess},
+        {"ResetDriver", library.ResetDriver.address(), {}, kDriverSuccess},
     };
     for (const Case &one : cases) {
+        const auto count = static_cast<std::uint32_t>(one.arguments.size());
+        const std::uint32_t leftThere = convention == Convention::Cdecl ? count * sizeof(std::uint32_t) : 0;
+        std::int32_t unbalance = 0;
+        measuredCall(one.function, one.arguments.data(), count, &unbalance);
+        check(unbalance == static_cast<std::int32_t>(leftThere), std::string(one.name) + " has its convention");
+
+        const std::uint32_t call[] = {word(one.function), word(one.arguments.data()), count};
         int unbalanced = 0;
         int unexpected = 0;
-        for (int call = 0; call < kCalls; ++call) {
-            std::int32_t difference = 0;
-            const std::uint32_t answer = measuredCall(one.function, one.arguments.data(),
-                                                      static_cast<std::uint32_t>(one.arguments.size()), &difference);
-            unbalanced += difference != 0;
+        for (int i = 0; i < kCalls; ++i) {
+            const std::uint32_t answer =
+                measuredCall(reinterpret_cast<void *>(ostrelStackKeepingCall), call, std::size(call), &unbalance);
+            unbalanced += unbalance != sizeof call; // its own arguments, which it leaves to its caller
             unexpected += answer != one.answer;
         }
         check(unbalanced == 0, std::string(one.name) + " leaves the stack as it was");
         check(unexpected == 0, std::string(one.name) + " answers as expected a million times");
     }
+}
+
+// A million calls as the program makes them, arguments and all: settings that are refused or taken by their value.
+void aMillionOrdinaryCalls(const std::string &name, const std::wstring &folder)
+{
+    constexpr std::uint32_t kCalls = 1000000;
+    KestrixDriver driver(folder);
+    const Driver::Handle device = driver.OpenDevice(kDeviceType, 0, 0);
+    const PropertyInterface *properties = driver.GetPropertyInterface(device);
+    check(properties != nullptr, name + ": opens");
+    std::uint32_t unexpected = 0;
+    for (std::uint32_t i = 0; properties && i < kCalls; ++i) {
+        const std::uint32_t channel = i % (kChannelCount + 1);
+        unexpected += driver.SetDataBaud(device, channel, 0) != (channel < kChannelCount ? kDriverSuccess : 0);
+        unexpected += properties->SetValue("1/filter_clear", i % 2 ? "0" : "x") != i % 2;
+    }
+    check(unexpected == 0, name + ": answers two million mixed calls as expected");
+    driver.CloseDevice(device);
 }
 
 // --- frames -------------------------------------------------------------------------------------------------------
@@ -174,8 +191,10 @@ void session(const std::string &name, Library &library,
     check(properties && properties->SetValue, name + ": property interface");
     if (!properties || !properties->SetValue)
         return;
-    check(properties->SetValue("1/filter_clear", "0") == kDriverSuccess, name + ": a known path is taken");
-    check(properties->SetValue("1/no_such_path", "0") != kDriverSuccess, name + ": an unknown path is refused");
+    const LibraryFunction<std::uint32_t(const char *, const char *)> setValue(
+        reinterpret_cast<void *>(properties->SetValue));
+    check(setValue("1/filter_clear", "0") == kDriverSuccess, name + ": a known path is taken");
+    check(setValue("1/no_such_path", "0") != kDriverSuccess, name + ": an unknown path is refused");
 
     Driver::Handle channels[kChannelCount] = {};
     check(startBoth(library, device, channels), name + ": both channels start");
@@ -369,22 +388,32 @@ int main(int argc, char **argv)
     if (argc > 1 && std::strcmp(argv[1], "speed") == 0)
         return tellSpeed();
 
-    imbalanceIsSeen();
     libraryFileIsJudged();
-    {
-        KestrixDriver driver;
-        session("through the driver", driver);
-    }
-    KestrixLibrary library;
-    check(!library.load(executableFolder()), "the library beside the executable binds");
-    if (HMODULE module = GetModuleHandleW((executableFolder() + L"\\Kestrix.dll").c_str()))
+    const Folder cdeclFolder(L"cdecl");
+    cdeclFolder.put(contentOf(L"KestrixCdecl.dll"));
+    const struct {
+        const char *name;
+        Convention convention;
+        std::wstring folder;
+    } builds[] = {{"stdcall", Convention::Stdcall, executableFolder()},
+                  {"cdecl", Convention::Cdecl, cdeclFolder.path()}};
+    for (const auto &[name, convention, folder] : builds) {
+        {
+            KestrixDriver driver(folder);
+            session(std::string(name) + " through the driver", driver);
+        }
+        aMillionOrdinaryCalls(name, folder);
+        KestrixLibrary library;
+        check(!library.load(folder), std::string(name) + ": the library binds");
+        HMODULE module = GetModuleHandleW((folder + L"\\Kestrix.dll").c_str());
+        check(module != nullptr, std::string(name) + ": it is the one from its folder");
+        if (!module)
+            continue;
         exportsAreOrdinalsOnly(module);
-    else
-        check(false, "the library is loaded from the executable's folder");
-    if (library.operations().OpenDevice)
-        session("bare pointers", library.operations(), [&](Driver::Handle device, Driver::Handle channel) {
-            stackStaysBalanced(library.operations(), device, channel);
+        session(std::string(name) + " bare", library.operations(), [&](Driver::Handle device, Driver::Handle channel) {
+            stackIsKept(library.operations(), convention, device, channel);
         });
+    }
 
     std::printf("%d passed, %d failed\n", passed, failed);
     return failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -11,15 +11,14 @@ namespace
 
 constexpr unsigned kDevicesOffered = 4; // the library has no operation that counts them
 
-template <typename Result, typename... Parameters, typename... Arguments>
-Result callIfBound(Result(OSTREL_KESTRIX_CALL *operation)(Parameters...), Arguments... arguments)
-{
-    return operation ? operation(arguments...) : Result();
-}
-
 } // namespace
 
 KestrixDriver::KestrixDriver(std::wstring folder) : folder_(std::move(folder)) {}
+
+KestrixDriver::~KestrixDriver()
+{
+    endPropertyRoute(this);
+}
 
 std::vector<std::string> KestrixDriver::deviceNames()
 {
@@ -66,82 +65,97 @@ Driver::Handle KestrixDriver::OpenDevice(std::uint32_t deviceType, std::uint32_t
 
 std::uint32_t KestrixDriver::CloseDevice(Handle device)
 {
-    return callIfBound(library().CloseDevice, device);
+    endPropertyRoute(this);
+    properties_ = nullptr;
+    return library().CloseDevice(device);
 }
 
 std::uint32_t KestrixDriver::GetDeviceInfo(Handle device, DeviceInfoRecord *record)
 {
-    return callIfBound(library().GetDeviceInfo, device, record);
+    return library().GetDeviceInfo(device, record);
 }
 
 std::uint32_t KestrixDriver::GetDeviceStatus(Handle device)
 {
-    return callIfBound(library().GetDeviceStatus, device);
+    return library().GetDeviceStatus(device);
 }
 
 Driver::Handle KestrixDriver::InitChannel(Handle device, std::uint32_t channel, const ChannelInitRecord *record)
 {
-    return callIfBound(library().InitChannel, device, channel, record);
+    return library().InitChannel(device, channel, record);
 }
 
 std::uint32_t KestrixDriver::StartChannel(Handle channel)
 {
-    return callIfBound(library().StartChannel, channel);
+    return library().StartChannel(channel);
 }
 
 std::uint32_t KestrixDriver::ResetChannel(Handle channel)
 {
-    return callIfBound(library().ResetChannel, channel);
+    return library().ResetChannel(channel);
 }
 
 std::uint32_t KestrixDriver::TransmitCan(Handle channel, const CanTransmitRecord *records, std::uint32_t count)
 {
-    return callIfBound(library().TransmitCan, channel, records, count);
+    return library().TransmitCan(channel, records, count);
 }
 
 std::uint32_t KestrixDriver::ReceiveCan(Handle channel, CanReceiveRecord *records, std::uint32_t capacity,
                                         std::uint32_t waitMs)
 {
-    return callIfBound(library().ReceiveCan, channel, records, capacity, waitMs);
+    return library().ReceiveCan(channel, records, capacity, waitMs);
 }
 
 std::uint32_t KestrixDriver::TransmitCanFd(Handle channel, const CanFdTransmitRecord *records, std::uint32_t count)
 {
-    return callIfBound(library().TransmitCanFd, channel, records, count);
+    return library().TransmitCanFd(channel, records, count);
 }
 
 std::uint32_t KestrixDriver::ReceiveCanFd(Handle channel, CanFdReceiveRecord *records, std::uint32_t capacity,
                                           std::uint32_t waitMs)
 {
-    return callIfBound(library().ReceiveCanFd, channel, records, capacity, waitMs);
+    const std::uint32_t filled = library().ReceiveCanFd(channel, records, capacity, waitMs);
+    for (std::uint32_t i = 0; i < filled && i < capacity; ++i)
+        records[i].errorStateIndicator = 0; // the library does not tell it: what stands there means nothing
+    return filled;
 }
 
 const PropertyInterface *KestrixDriver::GetPropertyInterface(Handle device)
 {
-    return callIfBound(library().GetPropertyInterface, device);
+    properties_ = library().GetPropertyInterface(device);
+    return properties_ ? beginPropertyRoute(this) : nullptr;
+}
+
+std::uint32_t KestrixDriver::setProperty(const char *path, const char *value)
+{
+    if (!properties_)
+        return 0;
+    const LibraryFunction<std::uint32_t(const char *, const char *)> setValue(
+        reinterpret_cast<void *>(properties_->SetValue));
+    return setValue(path, value);
 }
 
 std::uint32_t KestrixDriver::UpdateDevice(Handle device)
 {
-    return callIfBound(library().UpdateDevice, device);
+    return library().UpdateDevice(device);
 }
 
 std::uint32_t KestrixDriver::SetArbitrationBaud(Handle device, std::uint32_t channel, std::uint32_t value)
 {
-    return callIfBound(library().SetArbitrationBaud, device, channel, value);
+    return library().SetArbitrationBaud(device, channel, value);
 }
 
 std::uint32_t KestrixDriver::SetDataBaud(Handle device, std::uint32_t channel, std::uint32_t value)
 {
-    return callIfBound(library().SetDataBaud, device, channel, value);
+    return library().SetDataBaud(device, channel, value);
 }
 
 std::uint32_t KestrixDriver::SetCanFdStandard(Handle device, std::uint32_t channel, std::uint32_t value)
 {
-    return callIfBound(library().SetCanFdStandard, device, channel, value);
+    return library().SetCanFdStandard(device, channel, value);
 }
 
 std::uint32_t KestrixDriver::ResetDriver()
 {
-    return callIfBound(library().ResetDriver);
+    return library().ResetDriver();
 }

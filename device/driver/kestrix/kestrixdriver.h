@@ -2,12 +2,14 @@
 #pragma once
 
 #include "device/driver/kestrix/kestrixlibrary.h"
+#include "device/driver/propertyroute.h"
 
-class KestrixDriver : public Driver
+class KestrixDriver : public Driver, public PropertyTarget
 {
 public:
     // folder: where Kestrix.dll is. It is looked for at OpenDevice, and again at every one until it is loaded.
     explicit KestrixDriver(std::wstring folder = executableFolder());
+    ~KestrixDriver() override;
 
     std::vector<std::string> deviceNames() override;
     std::vector<DriverNotice> takeNotices() override;
@@ -28,12 +30,16 @@ public:
     std::uint32_t TransmitCanFd(Handle channel, const CanFdTransmitRecord *records, std::uint32_t count) override;
     std::uint32_t ReceiveCanFd(Handle channel, CanFdReceiveRecord *records, std::uint32_t capacity,
                                std::uint32_t waitMs) override;
+    // A table of our own, whose calls reach the library's as every operation does. Serves the driver that handed it out
+    // last, until the device is closed.
     const PropertyInterface *GetPropertyInterface(Handle device) override;
     std::uint32_t UpdateDevice(Handle device) override;
     std::uint32_t SetArbitrationBaud(Handle device, std::uint32_t channel, std::uint32_t value) override;
     std::uint32_t SetDataBaud(Handle device, std::uint32_t channel, std::uint32_t value) override;
     std::uint32_t SetCanFdStandard(Handle device, std::uint32_t channel, std::uint32_t value) override;
     std::uint32_t ResetDriver() override;
+
+    std::uint32_t setProperty(const char *path, const char *value) override;
 
 private:
     const KestrixOperations &library() const { return library_.operations(); }
@@ -42,5 +48,6 @@ private:
 
     std::wstring folder_;
     KestrixLibrary library_;
+    const PropertyInterface *properties_ = nullptr; // the library's
     std::vector<DriverNotice> notices_;
 };

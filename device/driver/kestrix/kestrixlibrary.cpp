@@ -82,7 +82,7 @@ std::string KestrixLibrary::bind()
         return address;
     };
 #define OSTREL_BIND(ordinal, name, result, parameters)                                                                 \
-    operations_.name = reinterpret_cast<decltype(operations_.name)>(resolve(ordinal, #name));
+    operations_.name = decltype(operations_.name)(resolve(ordinal, #name));
     OSTREL_KESTRIX_OPERATIONS(OSTREL_BIND)
 #undef OSTREL_BIND
     return missing;

@@ -2,15 +2,16 @@
 #pragma once
 
 #include "device/driver/kestrix/kestrixordinals.h"
+#include "device/driver/kestrix/stackkeepingcall.h"
 
 #include <optional>
 #include <string>
 
 struct HINSTANCE__; // what the system's HMODULE points to
 
-// The library's entry points; each is null while no library is loaded.
+// The library's entry points; each answers 0 while no library is loaded.
 struct KestrixOperations {
-#define OSTREL_POINTER(ordinal, name, result, parameters) result(OSTREL_KESTRIX_CALL *name) parameters = nullptr;
+#define OSTREL_POINTER(ordinal, name, result, parameters) LibraryFunction<result parameters> name;
     OSTREL_KESTRIX_OPERATIONS(OSTREL_POINTER)
 #undef OSTREL_POINTER
 };

@@ -4,9 +4,6 @@
 
 #include "device/driver/driver.h"
 
-// Calling convention of the exports. Not yet confirmed on hardware.
-#define OSTREL_KESTRIX_CALL __stdcall
-
 // X(ordinal, operation, result, parameters)
 #define OSTREL_KESTRIX_OPERATIONS(X)                                                                                   \
     X(1, OpenDevice, Driver::Handle, (std::uint32_t deviceType, std::uint32_t deviceIndex, std::uint32_t reserved))    \

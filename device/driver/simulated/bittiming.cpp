@@ -1,5 +1,7 @@
 #include "device/driver/simulated/bittiming.h"
 
+#include "device/driver/framelength.h"
+
 #include <cmath>
 #include <iterator>
 
@@ -15,28 +17,6 @@ constexpr double kSlowestRate = 5000;
 constexpr double kFastestArbitrationRate = 1000000;
 constexpr double kFastestDataRate = 8000000;
 constexpr std::uint64_t kRateTolerance = 200; // one part in so many
-constexpr BusTime kNanosecondsPerSecond = 1000000000;
-
-// Bits outside the data field; n = data bytes.
-constexpr unsigned kClassicStandardBits = 47;
-constexpr unsigned kClassicExtendedBits = 67;
-constexpr unsigned kFdStandardNominalBits = 29;
-constexpr unsigned kFdExtendedNominalBits = 48;
-constexpr unsigned kFdShortCrcBytes = 16; // up to so many data bytes
-
-unsigned fdDataBits(unsigned bytes)
-{
-    const bool shortCrc = bytes <= kFdShortCrcBytes;
-    const unsigned crc = shortCrc ? 17 : 21;
-    const unsigned fixedStuff = shortCrc ? 6 : 7;
-    // error state, length code, data, stuff count, CRC with its stuff bits, CRC delimiter
-    return 1 + 4 + 8 * bytes + 4 + crc + fixedStuff + 1;
-}
-
-BusTime bitTime(std::uint64_t bits, std::uint32_t rate)
-{
-    return bits * kNanosecondsPerSecond / rate;
-}
 
 bool sameRate(std::uint32_t a, std::uint32_t b)
 {
@@ -144,11 +124,5 @@ bool understands(const BusSettings &listener, const BusSettings &sender, const B
 
 BusTime frameDuration(const BusFrame &frame, const BusSettings &settings)
 {
-    if (frame.fd) {
-        const unsigned nominal = frame.extended() ? kFdExtendedNominalBits : kFdStandardNominalBits;
-        return bitTime(nominal, settings.arbitrationRate) +
-               bitTime(fdDataBits(frame.length), frame.bitRateSwitch ? settings.dataRate : settings.arbitrationRate);
-    }
-    const unsigned overhead = frame.extended() ? kClassicExtendedBits : kClassicStandardBits;
-    return bitTime(overhead + (frame.remote() ? 0 : 8 * frame.length), settings.arbitrationRate);
+    return wireTime(frameBits(frame), settings.arbitrationRate, settings.dataRate);
 }

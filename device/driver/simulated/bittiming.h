@@ -33,5 +33,5 @@ bool parseCustomRates(const std::string &text, BusSettings *settings);
 // a percent, as oscillators do.
 bool understands(const BusSettings &listener, const BusSettings &sender, const BusFrame &frame);
 
-// Time on the wire, interframe space included, no stuff bits counted but the fixed ones of FD.
+// Exact time on the wire, stuff bits and interframe space included.
 BusTime frameDuration(const BusFrame &frame, const BusSettings &settings);

@@ -5,7 +5,8 @@
 namespace
 {
 
-constexpr std::uint32_t kShortestFrameId = 0x7F0; // low priority: others get their turn
+// The least important identifier that needs no stuff bit: others get their turn, and no frame is shorter.
+constexpr std::uint32_t kShortestFrameId = 0x7BD;
 constexpr std::uint8_t kNumberBytes = 4;
 
 class Flood : public TrafficSource

@@ -32,6 +32,7 @@ bool fromKernelFrame(const canfd_frame &kernelFrame, std::size_t bytes, BusFrame
     if (frame->fd) {
         frame->id &= ~kIdRemoteFlag; // there are no remote FD frames
         frame->bitRateSwitch = (kernelFrame.flags & CANFD_BRS) != 0;
+        frame->errorStateIndicator = (kernelFrame.flags & CANFD_ESI) != 0;
     }
     frame->length = std::min<std::uint8_t>(kernelFrame.len, frame->fd ? kFdDataBytes : kClassicDataBytes);
     if (!frame->remote())

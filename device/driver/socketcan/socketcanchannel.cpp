@@ -19,6 +19,8 @@ constexpr std::size_t kQueueRecords = 1 << 16; // of each kind
 constexpr auto kTransmitPatience = 1s;
 // The kernel does not tell when a full transmit queue has room again: look so often.
 constexpr std::chrono::nanoseconds kQueueFullPause = 250us;
+constexpr int kLookAgainMs = 50; // whether an interface that is down is up again
+constexpr int kNoLimit = -1;
 
 timespec toTimespec(std::chrono::nanoseconds span)
 {
@@ -64,6 +66,23 @@ void SocketCanChannel::tellOnce(DriverNotice::Kind kind, std::atomic<bool> *told
         notices_->put(kind, interface_.name);
 }
 
+void SocketCanChannel::tellDown()
+{
+    tellOnce(DriverNotice::Kind::InterfaceDown, &toldDown_);
+    eventfd_write(downEvent_.get(), 1); // the thread may sleep: it was a sender that met the error
+}
+
+void SocketCanChannel::tellIfBack()
+{
+    eventfd_t ignored = 0;
+    eventfd_read(downEvent_.get(), &ignored);
+    CanInterface now;
+    if (toldDown_ && findCanInterface(interface_.name, &now) && now.index == interface_.index && now.up) {
+        toldDown_ = false;
+        notices_->put(DriverNotice::Kind::InterfaceBack, interface_.name);
+    }
+}
+
 bool SocketCanChannel::start()
 {
     if (running_)
@@ -85,7 +104,8 @@ bool SocketCanChannel::start()
     if (!selfHeard_.valid())
         return refuse(error);
     stopEvent_ = Descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    if (!stopEvent_.valid())
+    downEvent_ = Descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!stopEvent_.valid() || !downEvent_.valid())
         return refuse(errno);
     if (!now.fd) // classic frames work all the same
         notices_->put(DriverNotice::Kind::InterfaceNotFd, interface_.name);
@@ -118,10 +138,12 @@ void SocketCanChannel::setFilter(const AcceptanceFilter &filter)
 void SocketCanChannel::run()
 {
     FrameReader reader;
-    pollfd watched[] = {{main_.get(), POLLIN, 0}, {stopEvent_.get(), POLLIN, 0}};
+    pollfd watched[] = {{main_.get(), POLLIN, 0}, {stopEvent_.get(), POLLIN, 0}, {downEvent_.get(), POLLIN, 0}};
     while (running_) {
-        if (poll(watched, std::size(watched), -1) < 0)
+        if (poll(watched, std::size(watched), toldDown_ ? kLookAgainMs : kNoLimit) < 0)
             continue; // a signal
+        if (toldDown_ || watched[2].revents != 0)
+            tellIfBack();
         if (drain(&reader) == Drained::Removed)
             watched[0].fd = -1; // nothing more will come: wait for the stop
     }
@@ -137,7 +159,7 @@ SocketCanChannel::Drained SocketCanChannel::drain(FrameReader *reader)
             countDropped();
             return Drained::All;
         } else if (errno == ENETDOWN) {
-            tellOnce(DriverNotice::Kind::InterfaceDown, &toldDown_);
+            tellDown();
         } else if (errno != EINTR) {
             tellOnce(DriverNotice::Kind::InterfaceMissing, &toldMissing_);
             return Drained::Removed;
@@ -148,7 +170,6 @@ SocketCanChannel::Drained SocketCanChannel::drain(FrameReader *reader)
 
 void SocketCanChannel::store(const FrameReader &reader, int frames)
 {
-    toldDown_ = false;
     clock_.look();
     std::uint64_t noRoom = 0;
     {
@@ -236,14 +257,13 @@ bool SocketCanChannel::send(const canfd_frame &frame, std::size_t bytes, bool he
     bool wasDown = false;
     while (running_) {
         if (::send(socket, &frame, bytes, MSG_DONTWAIT) == static_cast<ssize_t>(bytes)) {
-            toldDown_ = false;
             return true;
         }
         const int error = errno;
         if (error == ENETDOWN && !wasDown) {
             wasDown = true; // perhaps only the socket's memory of it: try again
         } else if (error == ENETDOWN) {
-            tellOnce(DriverNotice::Kind::InterfaceDown, &toldDown_);
+            tellDown();
             return false;
         } else if (error == ENODEV || error == ENXIO) {
             tellOnce(DriverNotice::Kind::InterfaceMissing, &toldMissing_);

@@ -22,6 +22,7 @@ public:
     ~SocketCanChannel(); // stops
 
     const CanInterface &interface() const { return interface_; }
+    bool running() const { return running_; } // from a start that succeeded to the stop; any thread
 
     // Opens the sockets; false, with a notice, when the interface is missing or down or refuses. Once only.
     bool start();
@@ -43,6 +44,8 @@ private:
 
     bool refuse(int error);
     void tellOnce(DriverNotice::Kind kind, std::atomic<bool> *told);
+    void tellDown();
+    void tellIfBack();
     void run();
     Drained drain(FrameReader *reader);
     Drained readFailed(int error);
@@ -62,9 +65,10 @@ private:
     Descriptor main_;           // receives, and sends what is not to be heard here
     Descriptor selfHeard_;      // sends what is
     Descriptor stopEvent_;      // readable once the channel stops
+    Descriptor downEvent_;      // readable once the interface was told to be down
     std::uint32_t dropped_ = 0; // the kernel's count so far; the thread's
     std::atomic<bool> running_{false};
-    std::atomic<bool> toldDown_{false}; // until frames move again
+    std::atomic<bool> toldDown_{false}; // until the interface is up again
     std::atomic<bool> toldMissing_{false};
     std::atomic<std::uint64_t> lost_{0};
 

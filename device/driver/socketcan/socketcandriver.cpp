@@ -105,7 +105,7 @@ bool SocketCanDriver::isPresent(Handle device, const std::vector<CanInterface> &
 {
     return isOpen(device) && !own.empty() &&
            std::all_of(std::begin(slots_), std::end(slots_), [&own](const Slot &slot) {
-               return !slot.channel || isStillThere(slot.channel->interface(), own);
+               return !slot.channel || !slot.channel->running() || isStillThere(slot.channel->interface(), own);
            });
 }
 

@@ -19,8 +19,8 @@ public:
     Handle OpenDevice(std::uint32_t deviceType, std::uint32_t deviceIndex, std::uint32_t reserved) override;
     std::uint32_t CloseDevice(Handle device) override;
     std::uint32_t GetDeviceInfo(Handle device, DeviceInfoRecord *record) override;
-    // Gone: an initialised channel's interface was removed or renamed or is down, or all of the device's interfaces are
-    // removed.
+    // Gone: the interface of a channel that runs was removed or renamed or is down, or all of the device's interfaces
+    // are removed.
     std::uint32_t GetDeviceStatus(Handle device) override;
     // A channel that is initialised already loses its old handle. Everything passes its filter then.
     Handle InitChannel(Handle device, std::uint32_t channel, const ChannelInitRecord *record) override;

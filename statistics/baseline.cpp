@@ -1,0 +1,139 @@
+#include "statistics/baseline.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+
+constexpr int kVersion = 1;
+constexpr std::uint64_t kPeriodicFrom = 5; // frames
+constexpr double kPeriodicDeviation = 0.5; // of the mean
+constexpr double kNanosecondsPerMillisecond = 1e6;
+constexpr double kLongestMilliseconds = 1e12;
+constexpr std::uint32_t kMaxStandardId = 0x7FF;
+constexpr std::uint32_t kMaxExtendedId = 0x1FFFFFFF;
+constexpr int kMaxChannel = 255;
+constexpr int kHex = 16;
+
+const QString kVersionKey = QStringLiteral("ostrel_baseline");
+const QString kMessagesKey = QStringLiteral("messages");
+const QString kChannelKey = QStringLiteral("channel");
+const QString kDirectionKey = QStringLiteral("direction");
+const QString kIdKey = QStringLiteral("id");
+const QString kExtendedKey = QStringLiteral("extended");
+const QString kMeanKey = QStringLiteral("mean_ms");
+const QString kMinimumKey = QStringLiteral("minimum_ms");
+const QString kMaximumKey = QStringLiteral("maximum_ms");
+const QString kReceived = QStringLiteral("rx");
+const QString kSent = QStringLiteral("tx");
+
+bool readTime(const QJsonObject &object, const QString &key, double *nanoseconds)
+{
+    const QJsonValue value = object.value(key);
+    const double milliseconds = value.toDouble(-1);
+    *nanoseconds = milliseconds * kNanosecondsPerMillisecond;
+    return value.isDouble() && milliseconds >= 0 && milliseconds <= kLongestMilliseconds;
+}
+
+// Empty when all is well.
+QString readMessage(const QJsonObject &object, BaselineMessage *message)
+{
+    const int channel = object.value(kChannelKey).toInt(0);
+    if (channel < 1 || channel > kMaxChannel)
+        return QStringLiteral("\"channel\" is not between 1 and 255");
+    const QString direction = object.value(kDirectionKey).toString();
+    if (direction != kReceived && direction != kSent)
+        return QStringLiteral("\"direction\" is neither \"rx\" nor \"tx\"");
+    bool isNumber = false;
+    const QString id = object.value(kIdKey).toString();
+    message->key.id = id.toUInt(&isNumber, kHex);
+    message->key.extended = object.value(kExtendedKey).toBool(false);
+    if (!isNumber || message->key.id > (message->key.extended ? kMaxExtendedId : kMaxStandardId))
+        return QStringLiteral("\"id\" is no identifier: %1").arg(id);
+    message->key.channel = static_cast<std::uint8_t>(channel);
+    message->key.direction = direction == kSent ? Direction::Sent : Direction::Received;
+    if (!object.contains(kMeanKey))
+        return {};
+    double minimum = 0;
+    double maximum = 0;
+    if (!readTime(object, kMeanKey, &message->mean) || !readTime(object, kMinimumKey, &minimum) ||
+        !readTime(object, kMaximumKey, &maximum) || minimum > maximum)
+        return QStringLiteral("\"mean_ms\", \"minimum_ms\" and \"maximum_ms\" are not three times in order");
+    message->minimum = std::llround(minimum);
+    message->maximum = std::llround(maximum);
+    return {};
+}
+
+} // namespace
+
+Baseline learnBaseline(const IdentifierTable &identifiers)
+{
+    Baseline baseline;
+    for (const IdentifierStatistics &entry : identifiers.entries()) {
+        if (entry.key.remote || entry.key.error)
+            continue;
+        BaselineMessage message;
+        message.key = entry.key;
+        if (entry.count >= kPeriodicFrom && entry.period.mean > 0 &&
+            entry.period.deviation() < kPeriodicDeviation * entry.period.mean) {
+            message.mean = entry.period.mean;
+            message.minimum = std::max<std::int64_t>(0, entry.period.minimum);
+            message.maximum = entry.period.maximum;
+        }
+        baseline.messages.push_back(message);
+    }
+    std::sort(baseline.messages.begin(), baseline.messages.end(),
+              [](const BaselineMessage &a, const BaselineMessage &b) { return a.key.packed() < b.key.packed(); });
+    return baseline;
+}
+
+QByteArray toJson(const Baseline &baseline)
+{
+    QJsonArray messages;
+    for (const BaselineMessage &message : baseline.messages) {
+        QJsonObject object{
+            {kChannelKey, message.key.channel},
+            {kDirectionKey, message.key.direction == Direction::Sent ? kSent : kReceived},
+            {kIdKey, QStringLiteral("0x") + QString::number(message.key.id, kHex).toUpper()},
+            {kExtendedKey, message.key.extended},
+        };
+        if (message.mean > 0) {
+            object.insert(kMeanKey, message.mean / kNanosecondsPerMillisecond);
+            object.insert(kMinimumKey, static_cast<double>(message.minimum) / kNanosecondsPerMillisecond);
+            object.insert(kMaximumKey, static_cast<double>(message.maximum) / kNanosecondsPerMillisecond);
+        }
+        messages.append(object);
+    }
+    return QJsonDocument(QJsonObject{{kVersionKey, kVersion}, {kMessagesKey, messages}}).toJson();
+}
+
+std::optional<Baseline> baselineFromJson(const QByteArray &json, QString *error)
+{
+    QJsonParseError parseError;
+    const QJsonObject root = QJsonDocument::fromJson(json, &parseError).object();
+    if (parseError.error != QJsonParseError::NoError) {
+        *error = QStringLiteral("offset %1: %2").arg(parseError.offset).arg(parseError.errorString());
+        return std::nullopt;
+    }
+    if (root.value(kVersionKey).toInt() != kVersion || !root.value(kMessagesKey).isArray()) {
+        *error = QStringLiteral("no baseline of version %1").arg(kVersion);
+        return std::nullopt;
+    }
+    Baseline baseline;
+    const QJsonArray messages = root.value(kMessagesKey).toArray();
+    for (const QJsonValue &value : messages) {
+        BaselineMessage message;
+        const QString reason = readMessage(value.toObject(), &message);
+        if (!reason.isEmpty()) {
+            *error = QStringLiteral("message %1: %2").arg(baseline.messages.size() + 1).arg(reason);
+            return std::nullopt;
+        }
+        baseline.messages.push_back(message);
+    }
+    return baseline;
+}
