@@ -13,7 +13,10 @@ constexpr std::size_t kCapacity = 2 * ByteSource::kLargestFill;
 } // namespace
 
 ByteSource::ByteSource(QIODevice *device)
-    : device_(device), zeroIsEnd_(!device->isSequential() || qobject_cast<QFileDevice *>(device)), buffer_(kCapacity)
+    : device_(device),
+      sequential_(device->isSequential()),
+      zeroIsEnd_(!sequential_ || qobject_cast<QFileDevice *>(device)),
+      buffer_(kCapacity)
 {
 }
 
@@ -34,7 +37,7 @@ bool ByteSource::readMore()
     }
     qint64 wanted = static_cast<qint64>(buffer_.size() - end_);
     // What a device has already taken in comes without waiting for more.
-    const qint64 waiting = device_->isSequential() ? device_->bytesAvailable() : 0;
+    const qint64 waiting = sequential_ ? device_->bytesAvailable() : 0;
     if (waiting > 0)
         wanted = std::min(wanted, waiting);
     const qint64 got = device_->read(buffer_.data() + end_, wanted);

@@ -32,6 +32,8 @@ public:
         offset_ += bytes;
     }
 
+    // A pipe or the like: fill() may wait, or have nothing now.
+    bool sequential() const { return sequential_; }
     // Nothing comes behind what is at hand.
     bool ended() const { return ended_; }
     // It ended because the device could not be read.
@@ -43,6 +45,7 @@ private:
     bool readMore();
 
     QIODevice *device_;
+    bool sequential_;
     bool zeroIsEnd_; // files answer 0 at their end, sockets and processes when they have nothing yet
     std::vector<char> buffer_;
     std::size_t begin_ = 0;

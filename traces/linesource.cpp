@@ -15,7 +15,7 @@ void LineSource::show(std::size_t length)
     }
 }
 
-LineSource::Next LineSource::next()
+LineSource::Next LineSource::next(bool mayWait)
 {
     source_.consume(taken_);
     taken_ = 0;
@@ -45,6 +45,8 @@ LineSource::Next LineSource::next()
             tooLong_ = true;
             continue;
         }
+        if (!mayWait && source_.sequential())
+            return Next::Nothing;
         if (source_.fill(size + 1))
             continue;
         if (!source_.ended())

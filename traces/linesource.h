@@ -17,7 +17,8 @@ public:
         Nothing, // a pipe has no whole line now
         End,
     };
-    Next next();
+    // mayWait false: Nothing rather than a wait for a pipe.
+    Next next(bool mayWait = true);
 
     // The line without its end (LF or CRLF); may hold any byte. Valid until the next call of next().
     std::string_view text() const { return text_; }
