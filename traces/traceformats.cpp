@@ -1,6 +1,7 @@
 #include "traces/traceformats.h"
 
 #include "traces/candumptrace.h"
+#include "traces/csvtrace.h"
 
 #include <algorithm>
 #include <utility>
@@ -28,6 +29,7 @@ const std::vector<TraceFormatEntry> &traceFormats()
 {
     static const std::vector<TraceFormatEntry> all = {
         {TraceFormat::Candump, "candump", "log", looksLikeCandump, readCandump, writeCandump},
+        {TraceFormat::Csv, "csv", "csv", looksLikeCsv, readCsv, writeCsv},
     };
     return all;
 }
