@@ -5,6 +5,7 @@ const char *lossText(Loss loss)
     static constexpr const char *texts[] = {
         "error frame",
         "class and data of an error frame",
+        "direction of an error frame",
         "direction",
         "channel",
         "FD frame",

@@ -8,6 +8,7 @@
 enum class Loss : std::uint8_t {
     ErrorFrame, // lost whole
     ErrorDetails,
+    ErrorDirection,
     Direction,
     Channel,
     Fd, // lost whole

@@ -22,10 +22,14 @@ class TextTraceWriter : public TraceWriter
 {
 public:
     TextTraceWriter(QIODevice *device, const TraceWriterOptions &options)
-        : sink_(device), options_(options), origin_(options.relativeTimes ? 0 : options.startUtc.value_or(0))
+        : TextTraceWriter(device, options, options.relativeTimes ? 0 : options.startUtc.value_or(0))
     {
     }
-
+    // origin: what is added to every time that is written, nanoseconds.
+    TextTraceWriter(QIODevice *device, const TraceWriterOptions &options, std::int64_t origin)
+        : sink_(device), options_(options), origin_(origin)
+    {
+    }
     bool write(const RawFrame *frames, int count) final;
     bool flush() final;
     bool finish() final;
@@ -39,7 +43,8 @@ protected:
     // The lines of the frames, into the sink.
     virtual void writeLines(const RawFrame *frames, int count) = 0;
 
-    // The time to write, not negative: since 1970, or since the recording's start when that is unknown or not wanted.
+    // The time to write, not negative: without an origin of its own it counts from 1970, or from the recording's start
+    // when that is unknown or not wanted.
     std::int64_t timeOnFile(std::int64_t time)
     {
         if (!__builtin_add_overflow(time, origin_, &time) && time >= 0)

@@ -1,5 +1,6 @@
 #include "traces/traceformats.h"
 
+#include "traces/asctrace.h"
 #include "traces/candumptrace.h"
 #include "traces/csvtrace.h"
 
@@ -29,6 +30,7 @@ const std::vector<TraceFormatEntry> &traceFormats()
 {
     static const std::vector<TraceFormatEntry> all = {
         {TraceFormat::Candump, "candump", "log", looksLikeCandump, readCandump, writeCandump},
+        {TraceFormat::Asc, "asc", "asc", looksLikeAsc, readAsc, writeAsc},
         {TraceFormat::Csv, "csv", "csv", looksLikeCsv, readCsv, writeCsv},
     };
     return all;
