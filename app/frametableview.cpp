@@ -1,10 +1,10 @@
 #include "app/frametableview.h"
 
-#include "app/columntitles.h"
+#include "traces/columntitles.h"
 #include "app/framecelldelegate.h"
 #include "app/rowheader.h"
 #include "device/driver/wirerecords.h"
-#include "frames/frametexts.h"
+#include "traces/frametexts.h"
 
 #include <QAccessible>
 #include <QEvent>

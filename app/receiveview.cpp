@@ -1,6 +1,6 @@
 #include "app/receiveview.h"
 
-#include "app/columntitles.h"
+#include "traces/columntitles.h"
 #include "app/displayfilter.h"
 #include "app/rowclipboard.h"
 #include "frames/framecounter.h"

@@ -1,6 +1,6 @@
 #include "frames/csvrow.h"
 
-#include "frames/frametexts.h"
+#include "traces/frametexts.h"
 
 #include <QByteArray>
 

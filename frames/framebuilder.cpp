@@ -1,7 +1,7 @@
 #include "frames/framebuilder.h"
 
 #include "device/settingsstore.h"
-#include "frames/frametexts.h"
+#include "traces/frametexts.h"
 
 #include <algorithm>
 #include <type_traits>

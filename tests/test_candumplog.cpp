@@ -39,7 +39,7 @@ private slots:
         QFETCH(QByteArray, expected);
         LoggedFrame read{};
         const std::string line = std::string("(1.000002) vcan12 ") + QTest::currentDataTag();
-        QCOMPARE(parseCandumpLine(line, &read), CandumpLine::Frame);
+        QCOMPARE(parseLoggedLine(line, &read), LoggedLine::Frame);
         const BusFrame &frame = read.frame;
         QByteArray text = QByteArray::number(frame.id, 16) + ' ' + QByteArray::number(frame.length) + ' ' +
                           QByteArray(reinterpret_cast<const char *>(frame.data), frame.length).toHex();
@@ -52,16 +52,16 @@ private slots:
     void noFrames()
     {
         LoggedFrame read{};
-        QCOMPARE(parseCandumpLine("(1.000002) can0 20000080#0000000000000000", &read), CandumpLine::ErrorFrame);
+        QCOMPARE(parseLoggedLine("(1.000002) can0 20000080#0000000000000000", &read), LoggedLine::ErrorFrame);
         using namespace std::string_literals;
         for (const std::string &text :
              {"C0000123#11"s, "800#11"s, "1234#11"s, "123456789#11"s, "123#112"s, "123#112233445566778899"s,
               "123##1" + std::string(130, 'A'), "123##"s, "123#11zz"s, "12311"s, "\xff\xfe#11"s, "123#11\0"s})
-            QVERIFY2(parseCandumpLine("(1.000002) can0 " + text, &read) == CandumpLine::Malformed, text.c_str());
+            QVERIFY2(parseLoggedLine("(1.000002) can0 " + text, &read) == LoggedLine::Malformed, text.c_str());
         for (const char *line :
              {"(1.000002) 123#11", "can0 123#11", "(1) can0 123#11", "(99999999999999999999.000000) can0 123#11",
               "(1.0000000001) can0 123#11", "(-1.000002) can0 123#11", "(1.000002) can0", "("})
-            QVERIFY2(parseCandumpLine(line, &read) == CandumpLine::Malformed, line);
+            QVERIFY2(parseLoggedLine(line, &read) == LoggedLine::Malformed, line);
     }
 
     void times()
@@ -69,7 +69,7 @@ private slots:
         LoggedFrame read{};
         for (const auto &[text, time] :
              {std::pair("1398128223.803317", BusTime(1398128223803317000)), {"0.5", 500000000}, {"000.000000001", 1}}) {
-            QCOMPARE(parseCandumpLine(std::string("(") + text + ") can0 166#", &read), CandumpLine::Frame);
+            QCOMPARE(parseLoggedLine(std::string("(") + text + ") can0 166#", &read), LoggedLine::Frame);
             QCOMPARE(read.time, time);
         }
     }

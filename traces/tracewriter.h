@@ -14,7 +14,7 @@ struct TraceLoss {
 struct TraceWriterOptions {
     // The recording's start, nanoseconds since 1970 UTC: written where the format has a place for it.
     std::optional<std::int64_t> startUtc;
-    bool nanoseconds = false;   // candump: nine decimals instead of six
+    bool nanoseconds = false;   // candump and ASC: nine decimals instead of six
     bool relativeTimes = false; // times as they are, from 0, in formats that otherwise write the date's time
 };
 
@@ -23,8 +23,9 @@ class TraceWriter
 public:
     virtual ~TraceWriter() = default;
 
-    // Appends frames. false when the device refused (disk full): errorText() says why; what was written before is
-    // whole up to the last frame that fitted, and writing may be tried again.
+    // Appends frames. false when the device refused (disk full) and none of these frames was taken: errorText() says
+    // why; the file is whole up to the last frame that fitted, frames taken before that did not fit are kept, and
+    // writing may be tried again. A file is best opened Unbuffered.
     virtual bool write(const RawFrame *frames, int count) = 0;
     // Hands everything to the device, so that what has been written so far can be read; false as above.
     virtual bool flush() = 0;

@@ -27,17 +27,6 @@ bool parseDigits(const std::string &text, std::size_t from, int base, std::uint3
 
 } // namespace
 
-int hexDigitValue(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    return -1;
-}
-
 bool parseUnsigned(const std::string &text, std::uint32_t *value)
 {
     return hasHexPrefix(text) ? parseDigits(text, 2, 16, value) : parseDigits(text, 0, 10, value);

@@ -22,10 +22,10 @@ struct CandumpLog {
 // A ceiling for the memory of a recorded log (about 180 MB).
 constexpr std::size_t kMaxLoggedFrames = 2000000;
 
-enum class CandumpLine { Frame, ErrorFrame, Malformed };
+enum class LoggedLine { Frame, ErrorFrame, Malformed };
 
 // One line without its line end; *frame is filled for Frame only.
-CandumpLine parseCandumpLine(const std::string &line, LoggedFrame *frame);
+LoggedLine parseLoggedLine(const std::string &line, LoggedFrame *frame);
 // Everything in the stream, whatever it is made of.
 CandumpLog readCandumpLog(std::istream &stream);
 // false when the file cannot be read or holds no frame.

@@ -1,4 +1,4 @@
-#include "frames/frametexts.h"
+#include "traces/frametexts.h"
 
 // Literals only: their reference count is never written, so the threads do not fight over it.
 const FrameWords &frameWords(unsigned code)

@@ -1,4 +1,4 @@
-#include "app/columntitles.h"
+#include "traces/columntitles.h"
 
 #include "device/language.h"
 

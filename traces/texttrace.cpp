@@ -1,0 +1,87 @@
+#include "traces/texttrace.h"
+
+bool TextTraceWriter::write(const RawFrame *frames, int count)
+{
+    begin();
+    if (!sink_.drain())
+        return false;
+    writeLines(frames, count);
+    return true;
+}
+
+bool TextTraceWriter::flush()
+{
+    begin();
+    return sink_.flush();
+}
+
+bool TextTraceWriter::finish()
+{
+    begin();
+    if (!finished_)
+        writeTail();
+    finished_ = true;
+    return sink_.flush();
+}
+
+void TextTraceWriter::begin()
+{
+    if (!begun_)
+        writeHead();
+    begun_ = true;
+}
+
+int TextTraceReader::read(RawFrame *frames, int capacity)
+{
+    int count = 0;
+    while (count < capacity && !ended_) {
+        switch (lines_.next(count == 0)) {
+        case LineSource::Next::Line:
+            frames[count] = RawFrame();
+            switch (readLine(lines_.text(), &frames[count])) {
+            case LineKind::Frame:
+                understood_ = true;
+                ++count;
+                break;
+            case LineKind::Other:
+                understood_ = true;
+                break;
+            case LineKind::Unknown:
+                skipped_ += lines_.text().empty() ? 0 : 1;
+                break;
+            case LineKind::Damaged:
+                stop("no whole frame");
+                break;
+            }
+            break;
+        case LineSource::Next::Cut:
+            if (!completeWithoutEnd(lines_.text()))
+                stop("the line has no end, the file may be cut");
+            break;
+        case LineSource::Next::TooLong:
+            stop("a line without end");
+            break;
+        case LineSource::Next::Nothing:
+            return count;
+        case LineSource::Next::End:
+            if (lines_.failed())
+                stop("the file cannot be read on");
+            else if (!understood_ && skipped_ > 0)
+                stop("no line of this format");
+            ended_ = true;
+            break;
+        }
+    }
+    return count;
+}
+
+bool TextTraceReader::completeWithoutEnd(std::string_view line) const
+{
+    return line.find_first_not_of(" \t\r") == std::string_view::npos;
+}
+
+void TextTraceReader::stop(const char *reason)
+{
+    error_ = TraceError{QStringLiteral("line %1").arg(lines_.number()), QLatin1String(reason)};
+    ended_ = true;
+}

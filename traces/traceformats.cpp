@@ -1,0 +1,92 @@
+#include "traces/traceformats.h"
+
+#include "traces/asctrace.h"
+#include "traces/candumptrace.h"
+#include "traces/csvtrace.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace
+{
+
+const TraceFormatEntry *find(TraceFormat format)
+{
+    const auto &all = traceFormats();
+    const auto found =
+        std::find_if(all.begin(), all.end(), [format](const auto &entry) { return entry.format == format; });
+    return found == all.end() ? nullptr : &*found;
+}
+
+std::unique_ptr<TraceReader> fail(QString *error, const char *reason)
+{
+    *error = QLatin1String(reason);
+    return nullptr;
+}
+
+} // namespace
+
+const std::vector<TraceFormatEntry> &traceFormats()
+{
+    static const std::vector<TraceFormatEntry> all = {
+        {TraceFormat::Candump, "candump", "log", looksLikeCandump, readCandump, writeCandump},
+        {TraceFormat::Asc, "asc", "asc", looksLikeAsc, readAsc, writeAsc},
+        {TraceFormat::Csv, "csv", "csv", looksLikeCsv, readCsv, writeCsv},
+    };
+    return all;
+}
+
+std::unique_ptr<TraceReader> openTrace(QIODevice *device, const QString &name, QString *error)
+{
+    ByteSource source(device);
+    source.fill(kTraceHeadBytes);
+    if (source.size() == 0)
+        return fail(error, source.failed()  ? "cannot be read"
+                           : source.ended() ? "is empty"
+                                            : "has nothing to read yet");
+    const std::string_view head(source.data(), std::min(source.size(), kTraceHeadBytes));
+    for (const TraceFormatEntry &entry : traceFormats())
+        if (entry.recognises && entry.recognises(head))
+            return entry.read(std::move(source));
+    const std::optional<TraceFormat> named = traceFormatOfName(name);
+    const TraceFormatEntry *entry = named ? find(*named) : nullptr;
+    if (!entry || !entry->read)
+        return fail(error, "is no recording of a known format");
+    return entry->read(std::move(source));
+}
+
+std::unique_ptr<TraceReader> openTrace(QIODevice *device, TraceFormat format, QString *error)
+{
+    const TraceFormatEntry *entry = find(format);
+    if (!entry || !entry->read)
+        return fail(error, "recordings of this format cannot be read");
+    return entry->read(ByteSource(device));
+}
+
+std::unique_ptr<TraceWriter> createTrace(QIODevice *device, TraceFormat format, const TraceWriterOptions &options)
+{
+    const TraceFormatEntry *entry = find(format);
+    return entry && entry->write ? entry->write(device, options) : nullptr;
+}
+
+std::optional<TraceFormat> traceFormatOfName(const QString &fileName)
+{
+    for (const TraceFormatEntry &entry : traceFormats())
+        if (fileName.endsWith(QLatin1Char('.') + QLatin1String(entry.ending), Qt::CaseInsensitive))
+            return entry.format;
+    return std::nullopt;
+}
+
+std::optional<TraceFormat> traceFormatFromText(const QString &text)
+{
+    for (const TraceFormatEntry &entry : traceFormats())
+        if (text.compare(QLatin1String(entry.name), Qt::CaseInsensitive) == 0)
+            return entry.format;
+    return std::nullopt;
+}
+
+QString traceFormatText(TraceFormat format)
+{
+    const TraceFormatEntry *entry = find(format);
+    return entry ? QLatin1String(entry->name) : QString();
+}
