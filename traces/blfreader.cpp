@@ -62,10 +62,27 @@ int BlfReader::read(RawFrame *frames, int capacity)
         const Step step = nextFrame(frames + count);
         if (step == Step::Frame)
             ++count;
-        else if (step == Step::Stop || !advance())
+        else if (step == Step::Stop || (count > 0 && !atHand()) || !advance())
             break;
     }
     return count;
+}
+
+// The present stage can go on without waiting for a pipe.
+bool BlfReader::atHand() const
+{
+    if (!source_.sequential() || source_.ended())
+        return true;
+    switch (stage_) {
+    case Stage::FileHeader:
+        return source_.size() >= kFileHeaderBytes;
+    case Stage::Object:
+        return source_.size() >= kLargestPadding + container::kData;
+    case Stage::Packed:
+        return source_.size() >= left_;
+    default:
+        return source_.size() > 0 || left_ == 0;
+    }
 }
 
 // Takes the next frame out of what has been unpacked. More: something has to be unpacked first.

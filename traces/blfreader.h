@@ -25,6 +25,7 @@ private:
     enum class Stage : std::uint8_t { FileHeader, RestOfFileHeader, Object, Plain, Packed };
     enum class Step : std::uint8_t { Frame, More, Stop };
 
+    bool atHand() const;
     Step nextFrame(RawFrame *frame);
     bool advance();
     bool readFileHeader();

@@ -3,6 +3,8 @@
 #include "traces/asctrace.h"
 #include "traces/candumptrace.h"
 #include "traces/csvtrace.h"
+#include "traces/blftrace.h"
+#include "traces/trctrace.h"
 
 #include <algorithm>
 #include <utility>
@@ -32,6 +34,8 @@ const std::vector<TraceFormatEntry> &traceFormats()
         {TraceFormat::Candump, "candump", "log", looksLikeCandump, readCandump, writeCandump},
         {TraceFormat::Asc, "asc", "asc", looksLikeAsc, readAsc, writeAsc},
         {TraceFormat::Csv, "csv", "csv", looksLikeCsv, readCsv, writeCsv},
+        {TraceFormat::Blf, "blf", "blf", looksLikeBlf, readBlf, writeBlf},
+        {TraceFormat::Trc, "trc", "trc", looksLikeTrc, readTrc, writeTrc},
     };
     return all;
 }

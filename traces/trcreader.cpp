@@ -94,10 +94,10 @@ bool takeLength(std::string_view word, bool isCode, RawFrame *frame)
         return false;
     if (!isCode) {
         frame->length = static_cast<std::uint8_t>(std::min<unsigned>(number, kRawDataBytes));
-        return number <= (frame->fd ? kRawDataBytes : kClassicBytes);
+        return number <= (frame->fd ? kRawDataBytes : kClassicData);
     }
     frame->length = lengthOfDlc(number, frame->fd);
-    if (!frame->fd && number > kClassicBytes)
+    if (!frame->fd && number > kClassicData)
         frame->rawDlc = static_cast<std::uint8_t>(number);
     return number <= kLargestCode;
 }

@@ -4,6 +4,7 @@
 #include "traces/trcreader.h"
 #include "traces/trcwriter.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace
