@@ -4,6 +4,7 @@
 #include "traces/candumptrace.h"
 #include "traces/csvtrace.h"
 #include "traces/blftrace.h"
+#include "traces/pcapngtrace.h"
 #include "traces/trctrace.h"
 
 #include <algorithm>
@@ -36,6 +37,7 @@ const std::vector<TraceFormatEntry> &traceFormats()
         {TraceFormat::Csv, "csv", "csv", looksLikeCsv, readCsv, writeCsv},
         {TraceFormat::Blf, "blf", "blf", looksLikeBlf, readBlf, writeBlf},
         {TraceFormat::Trc, "trc", "trc", looksLikeTrc, readTrc, writeTrc},
+        {TraceFormat::Pcapng, "pcapng", "pcapng", nullptr, nullptr, writePcapng},
     };
     return all;
 }
