@@ -102,7 +102,7 @@ char *TrcWriter::writeRow(const RawFrame &frame, char *at)
     const bool oddCode = !fd && length == kClassicData && frame.rawDlc > kClassicData;
     const unsigned code = oddCode ? frame.rawDlc : dlcOfLength(length);
     at = put::decimal(at, code);
-    if (!frame.remote) {
+    if (!frame.remote && code > 0) {
         at = put::text(at, code < 10 ? "  " : " ");
         // A length that FD does not have is filled up to the next one.
         const unsigned written = lengthOfDlc(code, fd);
