@@ -9,9 +9,9 @@ constexpr unsigned kRawDataBytes = 64;
 enum class Direction : std::uint8_t { Received, Sent };
 
 struct RawFrame {
-    std::int64_t time = 0;    // nanoseconds since the recording's start; may go back in a damaged or merged recording
-    std::uint32_t id = 0;     // 11 or 29 bits without flags; of an error frame: SocketCAN's error classes, 0 if unknown
-    std::uint8_t channel = 1; // from 1, as users and recordings count
+    std::int64_t time = 0; // nanoseconds since the recording's start; may go back in a damaged or merged recording
+    std::uint32_t id = 0;  // 11 or 29 bits without flags; of an error frame: SocketCAN's error classes, 0 if unknown
+    std::uint16_t channel = 1; // from 1, as users and recordings count
     Direction direction = Direction::Received;
     bool extended = false;
     bool remote = false;

@@ -37,25 +37,12 @@ int TextTraceReader::read(RawFrame *frames, int capacity)
     while (count < capacity && !ended_) {
         switch (lines_.next(count == 0)) {
         case LineSource::Next::Line:
-            frames[count] = RawFrame();
-            switch (readLine(lines_.text(), &frames[count])) {
-            case LineKind::Frame:
-                understood_ = true;
-                ++count;
-                break;
-            case LineKind::Other:
-                understood_ = true;
-                break;
-            case LineKind::Unknown:
-                skipped_ += lines_.text().empty() ? 0 : 1;
-                break;
-            case LineKind::Damaged:
-                stop("no whole frame");
-                break;
-            }
+            count += take(&frames[count]);
             break;
         case LineSource::Next::Cut:
-            if (!completeWithoutEnd(lines_.text()))
+            if (completeWithoutEnd(lines_.text()))
+                count += take(&frames[count]);
+            else
                 stop("the line has no end, the file may be cut");
             break;
         case LineSource::Next::TooLong:
@@ -73,6 +60,26 @@ int TextTraceReader::read(RawFrame *frames, int capacity)
         }
     }
     return count;
+}
+
+int TextTraceReader::take(RawFrame *frame)
+{
+    *frame = RawFrame();
+    switch (readLine(lines_.text(), frame)) {
+    case LineKind::Frame:
+        understood_ = true;
+        return 1;
+    case LineKind::Other:
+        understood_ = true;
+        break;
+    case LineKind::Unknown:
+        skipped_ += lines_.text().empty() ? 0 : 1;
+        break;
+    case LineKind::Damaged:
+        stop("no whole frame");
+        break;
+    }
+    return 0;
 }
 
 bool TextTraceReader::completeWithoutEnd(std::string_view line) const

@@ -92,6 +92,8 @@ protected:
     std::optional<std::int64_t> startUtc_;
 
 private:
+    // Takes the line at hand; answers how many frames it was, 0 or 1.
+    int take(RawFrame *frame);
     void stop(const char *reason);
 
     std::optional<TraceError> error_;

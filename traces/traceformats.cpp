@@ -3,6 +3,9 @@
 #include "traces/asctrace.h"
 #include "traces/candumptrace.h"
 #include "traces/csvtrace.h"
+#include "traces/blftrace.h"
+#include "traces/pcapngtrace.h"
+#include "traces/trctrace.h"
 
 #include <algorithm>
 #include <utility>
@@ -32,6 +35,9 @@ const std::vector<TraceFormatEntry> &traceFormats()
         {TraceFormat::Candump, "candump", "log", looksLikeCandump, readCandump, writeCandump},
         {TraceFormat::Asc, "asc", "asc", looksLikeAsc, readAsc, writeAsc},
         {TraceFormat::Csv, "csv", "csv", looksLikeCsv, readCsv, writeCsv},
+        {TraceFormat::Blf, "blf", "blf", looksLikeBlf, readBlf, writeBlf},
+        {TraceFormat::Trc, "trc", "trc", looksLikeTrc, readTrc, writeTrc},
+        {TraceFormat::Pcapng, "pcapng", "pcapng", nullptr, nullptr, writePcapng},
     };
     return all;
 }

@@ -1,0 +1,26 @@
+// Reads TRC, from version 1.0, which has no version line, to 2.1, whose columns the file names itself.
+#pragma once
+
+#include "traces/texttrace.h"
+
+#include <string>
+
+class TrcReader : public TextTraceReader
+{
+public:
+    explicit TrcReader(ByteSource source);
+
+    TraceFormat format() const override { return TraceFormat::Trc; }
+
+protected:
+    LineKind readLine(std::string_view line, RawFrame *frame) override;
+    bool completeWithoutEnd(std::string_view line) const override;
+
+private:
+    LineKind readComment(std::string_view line);
+    LineKind parse(std::string_view line, RawFrame *frame) const;
+    void setVersion(std::string_view version);
+
+    std::string columns_;    // a letter each, as the file's $COLUMNS
+    bool typedRows_ = false; // of versions 1.x: rows say Rx, Tx, Warng or Error
+};
