@@ -1,5 +1,7 @@
 #include "frames/pendingframes.h"
 
+#include "frames/stopflag.h"
+
 #include <QMutex>
 #include <QMutexLocker>
 
@@ -8,14 +10,34 @@
 
 namespace
 {
+constexpr unsigned kRoomPollMs = 5;
 QMutex pendingFramesLock; // held for an append or a take, never across a driver call
 QList<ModelItem> pendingFrames;
 std::atomic<int> pendingCount{0}; // written under the lock
+std::atomic<bool> windowTakes{true};
 } // namespace
+
+void setPendingFramesTaken(bool taken)
+{
+    windowTakes = taken;
+}
+
+bool pendingFramesTaken()
+{
+    return windowTakes;
+}
 
 bool pendingFramesHaveRoom()
 {
     return pendingCount < kPendingCeiling;
+}
+
+bool waitForPendingRoom(StopFlag &stop, const std::function<bool()> &goOn)
+{
+    while (!pendingFramesHaveRoom())
+        if (!stop.sleepFor(kRoomPollMs, goOn))
+            return false;
+    return true;
 }
 
 void appendPendingFrames(QList<ModelItem> batch)

@@ -1,18 +1,31 @@
 #include "statistics/busstatistics.h"
 
+ChannelStatistics *BusStatistics::channel(unsigned number)
+{
+    const auto found = channels_.find(number);
+    if (found != channels_.end())
+        return &found->second;
+    return channels_.size() < kMaxChannels ? &channels_[number] : nullptr;
+}
+
 void BusStatistics::setRates(unsigned channel, const BusRates &rates)
 {
-    channels_[channel].setRates(rates);
+    if (ChannelStatistics *statistics = this->channel(channel))
+        statistics->setRates(rates);
 }
 
 void BusStatistics::add(const RawFrame *frames, std::size_t count)
 {
-    unsigned channel = 0;
+    unsigned number = 0; // no channel's
     ChannelStatistics *statistics = nullptr;
     for (std::size_t i = 0; i < count; ++i) {
-        if (!statistics || frames[i].channel != channel) {
-            channel = frames[i].channel;
-            statistics = &channels_[channel];
+        if (frames[i].channel != number || i == 0) {
+            number = frames[i].channel;
+            statistics = channel(number);
+        }
+        if (!statistics) {
+            ++beyondChannels_;
+            continue;
         }
         statistics->add(frames[i]);
         identifiers_.add(frames[i]);
@@ -30,4 +43,5 @@ void BusStatistics::clear()
     for (auto &channel : channels_)
         channel.second = ChannelStatistics(channel.second.rates());
     identifiers_.clear();
+    beyondChannels_ = 0;
 }

@@ -9,7 +9,10 @@
 class BusStatistics
 {
 public:
-    // Rates of a channel (from 1), from its next frame on.
+    // Channels kept at most; frames of later ones are counted by beyondCeiling() alone.
+    static constexpr std::size_t kMaxChannels = 64;
+
+    // Rates of a channel (from 1), from its next frame on; nothing happens past the ceiling.
     void setRates(unsigned channel, const BusRates &rates);
 
     void add(const RawFrame *frames, std::size_t count);
@@ -21,8 +24,13 @@ public:
     // Channels that had a frame or were given rates, by number.
     const std::map<unsigned, ChannelStatistics> &channels() const { return channels_; }
     const IdentifierTable &identifiers() const { return identifiers_; }
+    // Frames that no identifier or no channel could be kept for.
+    std::uint64_t beyondCeiling() const { return beyondChannels_ + identifiers_.beyondCeiling(); }
 
 private:
+    ChannelStatistics *channel(unsigned number);
+
     std::map<unsigned, ChannelStatistics> channels_;
     IdentifierTable identifiers_;
+    std::uint64_t beyondChannels_ = 0;
 };

@@ -142,7 +142,7 @@ void TestFrameFilter::tellsWhereItIsWrong_data()
     QTest::newRow("open parenthesis") << "(rx" << 3 << 0;
     QTest::newRow("half a byte") << "data 1" << 5 << 1;
     QTest::newRow("past the data") << "data[64] 00" << 5 << 2;
-    QTest::newRow("channel") << "channel 256" << 8 << 3;
+    QTest::newRow("channel") << "channel 65536" << 8 << 5;
     QTest::newRow("unknown word") << "rx or bogus" << 6 << 5;
     QTest::newRow("signal without a database") << "signal Engine.Speed > 1" << 7 << 12;
     QTest::newRow("time without a range") << "time 5" << 6 << 0;

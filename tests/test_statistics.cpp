@@ -210,6 +210,14 @@ void TestStatistics::memoryHasACeiling()
     RawFrame known = frameAt(0, 5, 0);
     known.extended = true;
     QCOMPARE(table.add(known)->count, 2U);
+
+    BusStatistics statistics;
+    for (std::size_t channel = 1; channel <= BusStatistics::kMaxChannels + 3; ++channel) {
+        known.channel = static_cast<std::uint16_t>(channel);
+        statistics.add(&known, 1);
+    }
+    QCOMPARE(statistics.channels().size(), BusStatistics::kMaxChannels);
+    QCOMPARE(statistics.beyondCeiling(), 3U);
 }
 
 void TestStatistics::baselineSurvivesItsFile()

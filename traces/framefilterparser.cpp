@@ -12,7 +12,7 @@ namespace
 {
 
 constexpr std::int64_t kMaxId = 0x1FFFFFFF;
-constexpr std::int64_t kMaxChannel = 255;
+constexpr std::int64_t kMaxChannel = 65535;
 constexpr int kHex = 16;
 constexpr int kDecimal = 10;
 constexpr int kBitsPerDigit = 4;
