@@ -7,6 +7,8 @@
 #include <QThread>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <utility>
 
 namespace
@@ -18,6 +20,7 @@ constexpr std::uint32_t kChannelTypeCanFd = 1;
 struct Layer {
     std::unique_ptr<Driver> driver;
     DeviceState state;
+    std::atomic<std::int64_t> openedAt{0};
     // Per channel: workers hold it shared during a driver call, closing and resetting hold it exclusively, so that a
     // handle is never closed under a call. The lock prefers waiting writers.
     QReadWriteLock guard[kChannelCount];
@@ -88,6 +91,11 @@ bool isDeviceOpen()
     return state().device != 0;
 }
 
+std::int64_t deviceOpenedAt()
+{
+    return layer().openedAt;
+}
+
 bool isChannelOpen(unsigned channel)
 {
     return state().channel[channelIndex(channel)] != 0;
@@ -105,6 +113,7 @@ bool openDevice(unsigned type, unsigned index, unsigned reserved)
         if (!isDeviceOpen())
             return false;
     }
+    layer().openedAt = std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
     state().properties = driver()->GetPropertyInterface(state().device);
     if (state().properties)
         return true;

@@ -25,6 +25,8 @@ std::vector<DriverNotice> takeDriverNotices();
 // --- device -----------------------------------------------------------------------------------------------------
 
 bool isDeviceOpen();
+// When openDevice() last succeeded, in nanoseconds of the steady clock. Any thread.
+std::int64_t deviceOpenedAt();
 bool isChannelOpen(unsigned channel);
 // false at once when a device is open; one retry after a driver reset. Without a property interface the device is
 // closed again but its handle stays stored until closeDevice().

@@ -11,7 +11,18 @@ namespace
 QMutex pendingFramesLock; // held for an append or a take, never across a driver call
 QList<ModelItem> pendingFrames;
 std::atomic<int> pendingCount{0}; // written under the lock
+std::atomic<bool> windowTakes{true};
 } // namespace
+
+void setPendingFramesTaken(bool taken)
+{
+    windowTakes = taken;
+}
+
+bool pendingFramesTaken()
+{
+    return windowTakes;
+}
 
 bool pendingFramesHaveRoom()
 {

@@ -7,6 +7,10 @@
 // thread that finds the list there takes no frame and sends none until the window has taken the list; of each thread
 // one batch may be on its way above it.
 constexpr int kPendingCeiling = 500000;
+// Whether a window takes the list; true until a program without one says otherwise, before its first worker starts.
+// Without, workers make no texts and leave the list empty. Any thread.
+void setPendingFramesTaken(bool taken);
+bool pendingFramesTaken();
 // Whether the list is below the ceiling. Any thread; takes no lock.
 bool pendingFramesHaveRoom();
 

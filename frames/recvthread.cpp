@@ -3,9 +3,12 @@
 #include "device/devicelayer.h"
 #include "device/language.h"
 #include "device/settingsstore.h"
+#include "frames/adapterclock.h"
 #include "frames/finetimers.h"
 #include "frames/framebuilder.h"
 #include "frames/pendingframes.h"
+#include "frames/rawrecords.h"
+#include "frames/tap.h"
 
 #include <utility>
 
@@ -117,6 +120,9 @@ void recvThread::buildBatch(const CanFdReceiveRecord *records, uint count)
 
 template <typename Record> void recvThread::build(const Record *records, uint count, std::atomic<std::uint32_t> &lastId)
 {
+    passTap(records, count);
+    if (!pendingFramesTaken())
+        return;
     QList<ModelItem> batch;
     batch.reserve(static_cast<int>(count));
     for (const Record *record = records; record != records + count; ++record) {
@@ -124,6 +130,19 @@ template <typename Record> void recvThread::build(const Record *records, uint co
         appendItem(batch, *record, channel_);
     }
     appendPendingFrames(std::move(batch));
+}
+
+template <typename Record> void recvThread::passTap(const Record *records, uint count)
+{
+    if (count == 0)
+        return;
+    noteAdapterTime(channel_, records[count - 1].timeStamp);
+    if (!tapHasReaders())
+        return;
+    rawBatch_.clear();
+    for (const Record *record = records; record != records + count; ++record)
+        rawBatch_.push_back(toRawFrame(*record, channel_));
+    publishToTap(rawBatch_.data(), rawBatch_.size());
 }
 
 void recvThread::checkContinuity(std::uint32_t id, std::atomic<std::uint32_t> &lastId)

@@ -1,8 +1,10 @@
-// Drains one channel: polls the driver every millisecond and hands every frame on as a ModelItem. While the list of
-// pending frames is at its ceiling, frames stay in the driver.
+// Drains one channel: polls the driver every millisecond and hands every frame on, raw to the tap and as a ModelItem to
+// the window when there is one (setPendingFramesTaken()). While the list of pending frames is at its ceiling, frames
+// stay in the driver.
 #pragma once
 
 #include "frames/modelitem.h"
+#include "traces/rawframe.h"
 
 #include "device/driver/wirerecords.h"
 
@@ -10,6 +12,7 @@
 #include <QThread>
 
 #include <atomic>
+#include <vector>
 
 class recvThread : public QThread
 {
@@ -42,6 +45,8 @@ private:
     void buildBatch(const CanReceiveRecord *records, uint count);
     void buildBatch(const CanFdReceiveRecord *records, uint count);
     template <typename Record> void build(const Record *records, uint count, std::atomic<std::uint32_t> &lastId);
+    // Teaches the adapter's clock, and hands the frames to the tap when somebody reads it.
+    template <typename Record> void passTap(const Record *records, uint count);
     // Compares one pair of consecutive identifier words when the user has armed the check, and disarms it.
     void checkContinuity(std::uint32_t id, std::atomic<std::uint32_t> &lastId);
 
@@ -52,5 +57,6 @@ private:
     // Raw identifier words of the last frames that went through the check, 0 = none yet.
     std::atomic<std::uint32_t> lastClassicId_{0};
     std::atomic<std::uint32_t> lastFdId_{0};
-    QElapsedTimer lastPause_; // since reading last had to pause; the running thread's
+    std::vector<RawFrame> rawBatch_; // of passTap(); the running thread's
+    QElapsedTimer lastPause_;        // since reading last had to pause; the running thread's
 };

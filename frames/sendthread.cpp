@@ -6,6 +6,7 @@
 #include "frames/csvrow.h"
 #include "frames/finetimers.h"
 #include "frames/framebuilder.h"
+#include "frames/framesender.h"
 #include "frames/pendingframes.h"
 
 #include <algorithm>
@@ -24,16 +25,6 @@ constexpr quint16 kOwnChannel = 2; // channel argument of the batch builders
 bool anyChannelOpen()
 {
     return isChannelOpen(0) || isChannelOpen(1);
-}
-
-bool transmit(uint channel, const CanTransmitRecord *records, uint count)
-{
-    return sendCan(channel, records, count);
-}
-
-bool transmit(uint channel, const CanFdTransmitRecord *records, uint count)
-{
-    return sendCanFd(channel, records, count);
 }
 
 // Adds 1 to a little-endian number; a carry out of the last byte is dropped.
@@ -137,7 +128,7 @@ template <typename Record> void sendThread::sendCounted(const LogText &failure)
         const uint batchSize = framesPerSend_;
         for (uint i = 0; i < batchSize; ++i)
             nextFrame(records[i]);
-        const bool sent = transmit(channel_, records.data(), batchSize);
+        const bool sent = sendRecords(channel_, records.data(), batchSize);
         count_ -= batchSize;
         if (count_ == 0 && keepSending_)
             count_ = kEndlessCount;
@@ -238,7 +229,7 @@ bool sendThread::sendRow(const CsvFrame &frame, uint channel)
 {
     const auto send = [&](auto record) {
         toRecord(frame, record);
-        const bool taken = transmit(channel, &record, 1);
+        const bool taken = sendRecords(channel, &record, 1);
         buildBatch(&record, 1, static_cast<quint16>(channel));
         return taken;
     };
@@ -247,6 +238,8 @@ bool sendThread::sendRow(const CsvFrame &frame, uint channel)
 
 template <typename Record> void sendThread::buildBatch(const Record *records, uint count, quint16 channel)
 {
+    if (!pendingFramesTaken())
+        return;
     QList<ModelItem> batch;
     batch.reserve(static_cast<int>(count));
     for (const Record *record = records; record != records + count; ++record)

@@ -1,0 +1,21 @@
+// The one way of a frame out: to the driver, and what it took to the tap.
+#pragma once
+
+#include "traces/rawframe.h"
+
+#include "device/driver/wirerecords.h"
+
+// Any thread; senders of one channel (0 or 1) take turns. true when the driver took the records, which then have passed
+// the tap, all with the moment before the call as their time. Waits as long as the driver does; closing the channel
+// ends that.
+bool sendRecords(unsigned channel, const CanTransmitRecord *records, unsigned count);
+bool sendRecords(unsigned channel, const CanFdTransmitRecord *records, unsigned count);
+
+enum class SendResult {
+    Taken,
+    Refused,    // the channel is closed, or the driver did not take it: listen-only, nobody acknowledges
+    Unsendable, // see isSendable()
+};
+// Sends one raw frame on a channel, whatever channel and time it carries, and shows it in the frame list. Any thread.
+// While pendingFramesHaveRoom() is false, wait before calling.
+SendResult sendRaw(unsigned channel, const RawFrame &frame, TransmitType type);
