@@ -122,6 +122,7 @@ void MainWindow::arrangeWidgets()
     }
     auto *fileDialog = new fileDlg(this);
     sending_ = new SendCoordinator(channels_[0].panel, channels_[1].panel, channels_[0].sender, fileDialog, this);
+    connect(sending_, &SendCoordinator::logLine, this, &MainWindow::logLine);
     connect(fileDialog, &fileDlg::send, sending_, &SendCoordinator::startFileSend);
     connect(fileDialog, &fileDlg::stop, sending_, &SendCoordinator::stopFileSend);
     log_ = new OperationLog(this);

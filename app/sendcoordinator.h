@@ -18,8 +18,11 @@ public:
     SendCoordinator(SendPanel *panel1, SendPanel *panel2, sendThread *thread1, fileDlg *dialog,
                     QObject *parent = nullptr);
 
+signals:
+    void logLine(QString message);
+
 public slots:
-    // Refused while anything is being sent: the dialog goes back to idle.
+    // Refused while anything is being sent: the log says so, and the dialog goes back to idle.
     void startFileSend(const QString &path, int count, int interval, int channel);
     // Ends the file under way; nothing without one.
     void stopFileSend();

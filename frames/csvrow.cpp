@@ -59,8 +59,8 @@ bool splitFields(Field line, std::array<Field, FrameColumnCount> &fields)
     return true; // further fields are not looked at
 }
 
-// "hh:mm:ss.zzz", bare or as ="..." ; 0 when it is no time.
-std::uint32_t readTime(Field field)
+// "hh:mm:ss.zzz", bare or as ="..." , in milliseconds; false when it is no time.
+bool readTime(Field field, std::uint32_t &milliseconds)
 {
     constexpr Field wrapping = "=\"";
     constexpr char pattern[] = "00:00:00.000";
@@ -68,10 +68,10 @@ std::uint32_t readTime(Field field)
     if (field.substr(0, wrapping.size()) == wrapping)
         field.remove_prefix(wrapping.size());
     if (field.size() < length)
-        return 0;
+        return false;
     for (std::size_t i = 0; i < length; ++i)
         if (pattern[i] == '0' ? !isDigit(field[i]) : field[i] != pattern[i])
-            return 0;
+            return false;
     const auto pair = [field](std::size_t at) {
         return static_cast<std::uint32_t>((field[at] - '0') * 10 + (field[at + 1] - '0'));
     };
@@ -79,8 +79,10 @@ std::uint32_t readTime(Field field)
     const std::uint32_t minutes = pair(3);
     const std::uint32_t seconds = pair(6);
     if (hours >= 24 || minutes >= 60 || seconds >= 60)
-        return 0;
-    return ((hours * 60 + minutes) * 60 + seconds) * 1000 + pair(9) * 10 + static_cast<std::uint32_t>(field[11] - '0');
+        return false;
+    milliseconds =
+        ((hours * 60 + minutes) * 60 + seconds) * 1000 + pair(9) * 10 + static_cast<std::uint32_t>(field[11] - '0');
+    return true;
 }
 
 // A word of the frame texts in the three languages, as it stands in a file.
@@ -185,7 +187,7 @@ bool parseCsvRow(const char *line, std::size_t size, CsvFrame &frame)
     frame = CsvFrame{};
     if (!readId(fields, frame.id))
         return false;
-    frame.timeMs = readTime(fields[SystemTimeColumn]);
+    frame.hasTime = readTime(fields[SystemTimeColumn], frame.timeMs);
     frame.canFd = fields[ProtocolColumn].find("CANFD") != Field::npos;
     frame.bitRateSwitch = frame.canFd && fields[ProtocolColumn].find('-') != Field::npos;
 

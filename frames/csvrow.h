@@ -24,7 +24,8 @@ void appendCsvRow(QString &rows, const FrameRow &row);
 struct CsvFrame {
     static constexpr unsigned kNoChannel = 0xFF;
 
-    std::uint32_t timeMs = 0;      // since midnight; 0 also when the time cannot be read
+    bool hasTime = false;          // false: the time cannot be read
+    std::uint32_t timeMs = 0;      // since midnight; 0 without a time
     std::uint32_t id = 0;          // identifier word with its flags
     unsigned channel = kNoChannel; // 0 or 1 when the row's channel is "1" or "2"
     bool canFd = false;

@@ -51,17 +51,24 @@ template <typename Record> bool send(unsigned channel, const Record *records, un
     return taken;
 }
 
+template <typename Record> void show(unsigned channel, const Record *records, unsigned count)
+{
+    if (!pendingFramesTaken())
+        return;
+    QList<ModelItem> batch;
+    batch.reserve(static_cast<int>(count));
+    for (const Record *record = records; record != records + count; ++record)
+        appendItem(batch, *record, channel);
+    appendPendingFrames(std::move(batch));
+}
+
 template <typename Record> SendResult sendAs(unsigned channel, const RawFrame &frame, TransmitType type)
 {
     Record record;
     toRecord(frame, type, record);
     if (!send(channel, &record, 1))
         return SendResult::Refused;
-    if (pendingFramesTaken()) {
-        QList<ModelItem> row;
-        appendItem(row, record, channel);
-        appendPendingFrames(std::move(row));
-    }
+    show(channel, &record, 1);
     return SendResult::Taken;
 }
 
@@ -75,6 +82,16 @@ bool sendRecords(unsigned channel, const CanTransmitRecord *records, unsigned co
 bool sendRecords(unsigned channel, const CanFdTransmitRecord *records, unsigned count)
 {
     return send(channel, records, count);
+}
+
+void showSent(unsigned channel, const CanTransmitRecord *records, unsigned count)
+{
+    show(channel, records, count);
+}
+
+void showSent(unsigned channel, const CanFdTransmitRecord *records, unsigned count)
+{
+    show(channel, records, count);
 }
 
 SendResult sendRaw(unsigned channel, const RawFrame &frame, TransmitType type)

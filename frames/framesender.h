@@ -11,6 +11,10 @@
 bool sendRecords(unsigned channel, const CanTransmitRecord *records, unsigned count);
 bool sendRecords(unsigned channel, const CanFdTransmitRecord *records, unsigned count);
 
+// Rows of records for the frame list, in one batch; nothing when there is no window to take them. Any thread.
+void showSent(unsigned channel, const CanTransmitRecord *records, unsigned count);
+void showSent(unsigned channel, const CanFdTransmitRecord *records, unsigned count);
+
 enum class SendResult {
     Taken,
     Refused,    // the channel is closed, or the driver did not take it: listen-only, nobody acknowledges

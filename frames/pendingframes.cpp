@@ -1,5 +1,7 @@
 #include "frames/pendingframes.h"
 
+#include "frames/stopflag.h"
+
 #include <QMutex>
 #include <QMutexLocker>
 
@@ -8,6 +10,7 @@
 
 namespace
 {
+constexpr unsigned kRoomPollMs = 5;
 QMutex pendingFramesLock; // held for an append or a take, never across a driver call
 QList<ModelItem> pendingFrames;
 std::atomic<int> pendingCount{0}; // written under the lock
@@ -27,6 +30,14 @@ bool pendingFramesTaken()
 bool pendingFramesHaveRoom()
 {
     return pendingCount < kPendingCeiling;
+}
+
+bool waitForPendingRoom(StopFlag &stop, const std::function<bool()> &goOn)
+{
+    while (!pendingFramesHaveRoom())
+        if (!stop.sleepFor(kRoomPollMs, goOn))
+            return false;
+    return true;
 }
 
 void appendPendingFrames(QList<ModelItem> batch)

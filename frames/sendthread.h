@@ -2,8 +2,9 @@
 // of pending frames is at its ceiling.
 #pragma once
 
+#include "frames/filesend.h"
+#include "frames/logtext.h"
 #include "frames/modelitem.h"
-#include "frames/rowclock.h"
 #include "frames/stopflag.h"
 
 #include "device/driver/wirerecords.h"
@@ -12,13 +13,6 @@
 
 #include <array>
 
-struct CsvFrame;
-class CsvReader;
-
-// File interval that asks for the recorded timing.
-constexpr uint kRecordedTiming = 0xFFFFFFFF;
-// File channel that asks for the channel written in each row.
-constexpr uint kChannelOfRow = 2;
 // Largest frames-per-send value; the send panels ask for 1.
 constexpr uint kMaxFramesPerSend = 1000;
 
@@ -54,29 +48,16 @@ protected:
 
 private:
     enum class Mode { Count, File };
-    struct LogText {
-        const char *simplified;
-        const char *traditional;
-        const char *english;
-    };
 
     void runCount();
     template <typename Record> void sendCounted(const LogText &failure);
     template <typename Record> void nextFrame(Record &record);
     void runFile();
-    // What became of one pass over the file: no row met an open channel, none was taken by the driver, or some were.
-    enum class PassResult { NothingSent, NothingTaken, Taken };
-    PassResult sendPass(CsvReader &reader);
-    bool sendRow(const CsvFrame &frame, uint channel);
-    template <typename Record> void buildBatch(const Record *records, uint count, quint16 channel);
-    bool sleepFor(uint milliseconds, const std::function<bool()> &goOn);
-    // Waits while the list of pending frames is at its ceiling; false when the run is to end instead.
-    bool waitForRoom(const std::function<bool()> &goOn);
-    // Nothing is logged while the language code is none of the three.
-    template <typename... Args> void say(const LogText &text, const Args &...args);
+    // A line that begins with the word for "channel" and the number.
     void sayChannel(const LogText &text);
 
     const uint channel_;
+    const LogSink log_;
     StopFlag stop_;
     Mode mode_ = Mode::Count;
 
@@ -96,11 +77,5 @@ private:
     uint transmitType_ = 0;
     bool keepSending_ = false;
 
-    // File mode
-    QString filePath_;
-    int fileRepeat_ = 0;
-    uint fileInterval_ = 0;
-    uint fileChannel_ = 0;
-    RowClock rowClock_;
-    quint64 skippedTold_ = 0; // the largest number of skipped rows that this run has logged
+    FileSend::Request file_; // file mode
 };

@@ -28,3 +28,10 @@ bool StopFlag::sleepUntil(Clock::time_point due, const std::function<bool()> &go
         wake_.wait_until(guard, std::min(due, now + kSlice));
     }
 }
+
+bool StopFlag::sleepFor(unsigned milliseconds, const std::function<bool()> &goOn)
+{
+    if (milliseconds == 0)
+        return !isSet();
+    return sleepUntil(Clock::now() + std::chrono::milliseconds(milliseconds), goOn);
+}

@@ -19,6 +19,8 @@ public:
     // Sleeps until the moment comes: true. false as soon as the flag is set, and within kSlice after goOn() has become
     // false. One sleeper.
     bool sleepUntil(Clock::time_point due, const std::function<bool()> &goOn);
+    // The same from now on. 0: does not sleep, and only the flag counts.
+    bool sleepFor(unsigned milliseconds, const std::function<bool()> &goOn);
 
     static constexpr std::chrono::milliseconds kSlice{100};
 

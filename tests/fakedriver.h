@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <atomic>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -47,6 +48,9 @@ public:
     }
     // When set, every receive answers this instead (an absurd count, say) and fills nothing.
     std::uint32_t receiveAnswer = 0;
+    // Receive calls so far, and the longest wait that one asked for.
+    std::atomic<int> receiveCalls{0};
+    std::atomic<std::uint32_t> longestWaitMs{0};
     // Every record ever transmitted, per channel; thread-safe copies.
     std::vector<CanTransmitRecord> sentCan(unsigned channel) const { return copy(sent_[channel]); }
     std::vector<CanFdTransmitRecord> sentFd(unsigned channel) const { return copy(sentFd_[channel]); }
@@ -66,14 +70,15 @@ public:
     std::uint32_t ResetChannel(Handle channel) override { return answer("ResetChannel", {channel}); }
     std::uint32_t TransmitCan(Handle channel, const CanTransmitRecord *records, std::uint32_t count) override;
     std::uint32_t TransmitCanFd(Handle channel, const CanFdTransmitRecord *records, std::uint32_t count) override;
-    std::uint32_t ReceiveCan(Handle channel, CanReceiveRecord *records, std::uint32_t capacity, std::uint32_t) override
+    std::uint32_t ReceiveCan(Handle channel, CanReceiveRecord *records, std::uint32_t capacity,
+                             std::uint32_t waitMs) override
     {
-        return take(queue_[channelOf(channel)], records, capacity);
+        return take(queue_[channelOf(channel)], records, capacity, waitMs);
     }
     std::uint32_t ReceiveCanFd(Handle channel, CanFdReceiveRecord *records, std::uint32_t capacity,
-                               std::uint32_t) override
+                               std::uint32_t waitMs) override
     {
-        return take(queueFd_[channelOf(channel)], records, capacity);
+        return take(queueFd_[channelOf(channel)], records, capacity, waitMs);
     }
     const PropertyInterface *GetPropertyInterface(Handle device) override;
     std::uint32_t UpdateDevice(Handle device) override { return answer("UpdateDevice", {device}); }
@@ -107,8 +112,11 @@ private:
         const QMutexLocker lock(&lock_);
         return all;
     }
-    template <typename Record> std::uint32_t take(std::vector<Record> &queue, Record *records, std::uint32_t capacity)
+    template <typename Record>
+    std::uint32_t take(std::vector<Record> &queue, Record *records, std::uint32_t capacity, std::uint32_t waitMs)
     {
+        ++receiveCalls;
+        longestWaitMs = std::max(longestWaitMs.load(), waitMs);
         const QMutexLocker lock(&lock_);
         if (receiveAnswer != 0)
             return receiveAnswer;

@@ -117,7 +117,8 @@ private slots:
         QCOMPARE(timeOf("01:00:00.000"), 3600000u);
         for (const char *none :
              {"=\"24:00:00.000\"", "10:60:00.000", "10:00:60.000", "10:00:00", "", "=\"", "1O:00:00.000"})
-            QCOMPARE(timeOf(none), 0u);
+            QVERIFY(timeOf(none) == 0 && !frame.hasTime);
+        QVERIFY(timeOf("00:00:00.000") == 0 && frame.hasTime);
         const std::pair<const char *, int> protocols[] = {
             {"CAN", 0}, {"CAN-加速", 0}, {"CANFD", 1}, {"CANFD-加速", 2}, {"xCANFD-acceleration", 2}};
         for (const auto &[text, flags] : protocols) {

@@ -5,6 +5,7 @@
 #include "frames/recvthread.h"
 #include "testfolder.h"
 
+#include <QElapsedTimer>
 #include <QtTest>
 
 #include <algorithm>
@@ -86,6 +87,7 @@ private slots:
         thread.stop();
         thread.start();
         QVERIFY(thread.wait(5000)); // stopped before it began
+        QCOMPARE(fake_->receiveCalls.load(), 0);
         for (const bool close : {false, true}) {
             thread.start();
             QTest::qWait(20); // more than ten idle passes
@@ -100,6 +102,20 @@ private slots:
         feed(0, {1});
         QVERIFY(received(1));
     } // destroyed while it runs
+
+    // A pass asks both queues without waiting and then sleeps for a millisecond, so that idling costs nothing.
+    void polls()
+    {
+        recvThread thread(0);
+        QElapsedTimer clock;
+        clock.start();
+        thread.start();
+        QTest::qWait(50);
+        thread.stopAndWait();
+        QVERIFY(fake_->receiveCalls > 2);
+        QVERIFY(fake_->receiveCalls <= 2 * (clock.elapsed() + 1));
+        QCOMPARE(fake_->longestWaitMs.load(), 0u);
+    }
 
     void continuity()
     {
@@ -123,6 +139,10 @@ private slots:
                 settings::setValue("recvIDAdd", "1", false);
                 recvThread thread(0);
                 QSignalSpy errors(&thread, &recvThread::errorID);
+                connect(
+                    &thread, &recvThread::errorID, this,
+                    [] { QCOMPARE(settings::value("recvIDAdd", ""), QString("0")); },
+                    Qt::DirectConnection); // disarmed before it is told
                 isFd ? feedFd(0, c.ids) : feed(0, c.ids);
                 thread.start();
                 QVERIFY(received(c.ids.size()));

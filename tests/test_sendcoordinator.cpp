@@ -93,6 +93,7 @@ private slots:
     void aFileIsRefusedWhileSomethingIsSent()
     {
         SendBench &b = *bench_;
+        QSignalSpy log(&b.coordinator, &SendCoordinator::logLine);
         for (const int channel : {0, 1}) {
             b.edit(channel, "SendCountEdit")->setText("-1");
             b.button(channel, "SendBtn")->click();
@@ -110,6 +111,8 @@ private slots:
         dialogButton("pbStop")->click();
         dialogButton("pbSend")->click();
         QVERIFY(dialogIsIdle());
+        QCOMPARE(log.count(), 3);
+        QCOMPARE(log.last().at(0).toString(), QString("文件未发送：正在发送其他数据！"));
         QTRY_COMPARE(states(), QString("idle, idle"));
     }
 

@@ -2,10 +2,11 @@
 #include "device/language.h"
 #include "fakedriver.h"
 #include "frames/pendingframes.h"
+#include "frames/rowclock.h"
 #include "frames/sendthread.h"
 #include "testfolder.h"
 
-#include <QElapsedTimer>
+#include <QRegularExpression>
 #include <QtTest>
 
 #include <memory>
@@ -216,26 +217,110 @@ private slots:
         QVERIFY(takePendingFrames().isEmpty());
     }
 
+    // Every line of the log, in every language; none for a number that is no language.
     void languages()
     {
         const QStringList languages[] = {
-            {"通道: 1开始发送数据：一直发送，发送间隔:0ms...", "通道1CAN数据发送失败！", "开始发送文件: /no/%1...",
-             "文件发送错误！"},
-            {"通道: 1開始發送數據：一直發送，發送間隔:0ms...", "通道1CAN數據發送失敗！", "開始發送文件: /no/%1...",
-             "文件發送錯誤！"},
-            {"Channel:1 Start sending data: Keep sending, sending interval:0ms...", "channel1CAN Data sending failed！",
-             "send file: /no/%1...", "File transmission Error!"},
+            {"通道: 1开始发送数据：一直发送，发送间隔:0ms...",
+             "通道1CAN数据发送失败！",
+             "通道: 1开始发送数据：一直发送，发送间隔:0ms...",
+             "通道1CANFD数据发送失败！",
+             "通道: 1开始发送数据：数据总帧数:1，发送间隔:0ms...",
+             "通道1数据发送完成！",
+             "通道: 1开始发送数据：数据总帧数:1，发送间隔:0ms...",
+             "通道1数据中止发送！",
+             "开始发送文件: /no/%1...",
+             "文件发送错误！",
+             "开始发送文件: ROWS...",
+             "文件中止发送！",
+             "开始发送文件: ROWS...",
+             "文件中跳过了1行无效数据！",
+             "文件中有1行的时间无法读取，已立即发送",
+             "文件发送完成！",
+             "未被接收的帧数：1（只听模式、无应答或通道未打开）",
+             "开始发送文件: ROWS...",
+             "文件发送完成！",
+             "文件中没有可发送的帧！",
+             "开始发送文件: ROWS...",
+             "文件发送完成！",
+             "没有打开的通道！"},
+            {"通道: 1開始發送數據：一直發送，發送間隔:0ms...",
+             "通道1CAN數據發送失敗！",
+             "通道: 1開始發送數據：一直發送，發送間隔:0ms...",
+             "通道1CANFD數據發送失敗！",
+             "通道: 1開始發送數據：數據縂幀數:1，發送間隔:0ms...",
+             "通道1數據發送完成！",
+             "通道: 1開始發送數據：數據縂幀數:1，發送間隔:0ms...",
+             "通道1數據中止發送！",
+             "開始發送文件: /no/%1...",
+             "文件發送錯誤！",
+             "開始發送文件: ROWS...",
+             "文件中止發送！",
+             "開始發送文件: ROWS...",
+             "文件中跳過了1行無效數據！",
+             "文件中有1行的時間無法讀取，已立即發送",
+             "文件發送完成！",
+             "未被接收的幀數：1（只聽模式、無應答或通道未打開）",
+             "開始發送文件: ROWS...",
+             "文件發送完成！",
+             "文件中沒有可發送的幀！",
+             "開始發送文件: ROWS...",
+             "文件發送完成！",
+             "沒有打開的通道！"},
+            {"Channel:1 Start sending data: Keep sending, sending interval:0ms...",
+             "channel1CAN Data sending failed！",
+             "Channel:1 Start sending data: Keep sending, sending interval:0ms...",
+             "channel1CANFD Data sending failed！",
+             "Channel:1 Start sending data: Total frames of data:1, sending interval:0ms...",
+             kDone,
+             "Channel:1 Start sending data: Total frames of data:1, sending interval:0ms...",
+             "channel1Data Aborted Sending!",
+             "send file: /no/%1...",
+             "File transmission Error!",
+             "send file: ROWS...",
+             "File Aborted Sending!",
+             "send file: ROWS...",
+             "Invalid rows of the file skipped: 1",
+             "Rows sent at once because their time cannot be read: 1",
+             "File transmission completed!",
+             "Frames not taken: 1 (listen-only, no acknowledge or channel not open)",
+             "send file: ROWS...",
+             "File transmission completed!",
+             "The file holds no frame to send!",
+             "send file: ROWS...",
+             "File transmission completed!",
+             "No channel is open!"},
             {},
         };
-        answer(0);
-        Template t;
-        t.count = -1;
         for (unsigned code = 0; code <= LanguageCount; ++code) {
             setLanguageCode(code);
-            const QStringList counted = send(t);
+            openFrom(0);
+            QStringList lines;
+            Template t;
+            answer(0);
+            for (const uint fd : {0u, 1u}) {
+                t.canFd = fd;
+                t.count = -1;
+                lines += send(t);
+            }
+            answer(1);
+            t.count = 1;
+            lines += send(t);
+            configure(t);
+            thread_->stop();
+            lines += finish();
             thread_->setFileSend("/no/%1", 1, 0, 0);
-            const QStringList file = finish();
-            QCOMPARE(counted.mid(0, counted.size() - 1) + file.mid(0, file.size() - 2), languages[code]);
+            lines += finish();
+            thread_->setFileSend(write(""), 1, 0, 0);
+            thread_->stop();
+            lines += finish();
+            answer(0);
+            lines += sendFile(csvRow("", "0x100") + "short\n", 1, kRecordedTiming);
+            lines += sendFile("", 1, 0);
+            closeDevice();
+            lines += sendFile("", 1, 0);
+            const QStringList said = lines.filter(QRegularExpression("^(?!end )"));
+            QCOMPARE(said, QStringList(languages[code]).replaceInStrings("ROWS", folder_->path("rows.csv")));
         }
     }
 
@@ -244,18 +329,22 @@ private slots:
         QTest::addColumn<bool>("file");
         QTest::addColumn<uint>("interval");
         QTest::addColumn<int>("sent");
-        QTest::newRow("count") << false << kHour << 1;
-        QTest::newRow("file") << true << kHour << 0;
-        QTest::newRow("recorded gap") << true << kRecordedTiming << 1;
+        QTest::addColumn<int>("count");
+        QTest::newRow("count") << false << kHour << 1 << -1;
+        QTest::newRow("count, after the last") << false << kHour << 1 << 1;
+        QTest::newRow("file") << true << kHour << 0 << -1;
+        QTest::newRow("recorded gap") << true << kRecordedTiming << 2 << -1;
     }
     void sleepsEndAtOnce()
     {
         QFETCH(bool, file);
         QFETCH(uint, interval);
         QFETCH(int, sent);
-        const QString path = write(csvRow("01:00:00.000", "0x100") + csvRow("03:00:00.000", "0x101"));
+        QFETCH(int, count);
+        const QString path = write(csvRow("01:00:00.000", "0x100") + csvRow("no time: at once", "0x101") +
+                                   csvRow("03:00:00.000", "0x102"));
         Template t;
-        t.count = -1;
+        t.count = count;
         t.interval = interval;
         const auto configureRun = [&] { file ? thread_->setFileSend(path, -1, interval, 0) : configure(t); };
         configureRun();
@@ -274,6 +363,13 @@ private slots:
             QCOMPARE(events.last(), QString(file ? "end 1" : "end 0"));
             QCOMPARE(events.filter("Aborted").size(), close ? 0 : 1);
             QCOMPARE(takePendingFrames().size(), sent);
+            const QString announced("Next frame due at ");
+            const QStringList due = events.filter(announced);
+            QCOMPARE(due.size(), interval == kRecordedTiming ? 1 : 0);
+            for (const QString &line : due) {
+                const QTime moment = QTime::fromString(line.mid(announced.size()), "hh:mm:ss");
+                QVERIFY(qAbs(QTime::currentTime().addSecs(2 * 3600).secsTo(moment)) % (24 * 3600 - 60) < 60);
+            }
         }
         openFrom(0);
         configureRun();
@@ -286,7 +382,7 @@ private slots:
                                 csvRow("", "0x102", "3") + csvRow("", "0x900") + "short\n" + "index,a,b,c\n" +
                                 csvRow("", "0x103", "2", "CANFD");
         QCOMPARE(sendFile(rows, 2, 0, kChannelOfRow),
-                 QStringList({"send file: " + folder_->path("rows.csv") + "...", "4 invalid rows of the file skipped!",
+                 QStringList({"send file: " + folder_->path("rows.csv") + "...", "Invalid rows of the file skipped: 4",
                               "File transmission completed!", "end 0", "end 1"}));
         const QStringList pass{"TransmitCan(0,1)", "TransmitCanFd(1,1)", "TransmitCanFd(1,1)"};
         QCOMPARE(batches(), pass + pass);
@@ -301,57 +397,75 @@ private slots:
 
         // On a fixed channel the channel column does not count, and failing rows end nothing.
         answer(0);
-        QCOMPARE(sendFile(rows, 1, 0, 1).at(1), QString("3 invalid rows of the file skipped!"));
+        QCOMPARE(sendFile(rows, 1, 0, 1).at(1), QString("Invalid rows of the file skipped: 3"));
         QCOMPARE(batches().filter("(1,1)").size(), 4);
         QCOMPARE(takePendingFrames().size(), 4);
     }
 
-    void passesThatSendNothingEnd()
+    // A file ends by itself after its passes, or when no channel is open, or when it holds no frame.
+    void fileEnds()
     {
-        const auto tries = [this](const QByteArray &rows, int repeat, unsigned closedChannels) {
-            openFrom(closedChannels);
-            const QStringList events = sendFile(rows, repeat, 0);
-            return events.endsWith("end 1") && events.contains("File transmission completed!") ? batches().size() : -1;
-        };
-        const QByteArray frame = csvRow("10:00:00.000", "0x100");
         constexpr int kMany = 0x7FFFFFFF;
-        for (const int repeat : {-1, kMany}) {
-            QCOMPARE(tries("", repeat, 0), 0);
-            QCOMPARE(tries("x\n\n", repeat, 0), 0);
-            QCOMPARE(tries(frame, repeat, 1), 0);
-            QCOMPARE(takePendingFrames().size(), 1); // shown all the same
-            QCOMPARE(tries(frame, repeat, 2), 0);
+        const QByteArray frame = csvRow("10:00:00.000", "0x100");
+        const QString done("File transmission completed!");
+        const QString noFrame("The file holds no frame to send!");
+        const QString noChannel("No channel is open!");
+        struct Case {
+            QByteArray rows;
+            int repeat;
+            unsigned closedChannels;
+            QString last;
+            int shown;
+        };
+        const Case cases[] = {
+            {"", -1, 0, noFrame, 0},      {"", kMany, 0, noFrame, 0},      {"x\n\n", -1, 0, noFrame, 0},
+            {frame, -1, 2, noChannel, 0}, {frame, kMany, 2, noChannel, 0}, {frame, 0, 0, done, 0},
+            {frame, -2, 0, done, 0},      {frame, 3, 0, done, 3},          {frame, 3, 1, "not taken: 3", 3}, // shown
+        };
+        for (const Case &c : cases) {
+            openFrom(c.closedChannels);
+            takePendingFrames();
+            const QStringList events = sendFile(c.rows, c.repeat, 0);
+            QVERIFY2(events.at(events.size() - 3).contains(c.last), qPrintable(events.join('\n')));
+            QVERIFY(events.contains(done));
+            QCOMPARE(takePendingFrames().size(), c.shown);
         }
-        QCOMPARE(tries(frame, 0, 0), 0);
-        QCOMPARE(tries(frame, -2, 0), 0);
-        // Nobody takes a frame, as after the adapter has been pulled: an endless run ends, a counted one does not.
-        answer(0);
-        QCOMPARE(tries(frame, -1, 0), 1);
-        QCOMPARE(tries(frame, 3, 0), 3);
     }
 
-    // Every row is due by its distance from the first one; delays of sending do not add up. After an empty line the
-    // recording starts anew; so it does after a first row without a time.
+    // Whoever refuses its frames, listen-only or unacknowledged, a file goes on: endlessly or as often as asked for.
+    void refusedFramesEndNoFile()
+    {
+        const QByteArray frame = csvRow("10:00:00.000", "0x100");
+        openFrom(0);
+        answer(0);
+        QVERIFY(sendFile(frame + frame, 3, 0)
+                    .contains("Frames not taken: 6 (listen-only, no acknowledge or channel not open)"));
+        for (const unsigned closedChannels : {0u, 1u}) {
+            openFrom(closedChannels);
+            takePendingFrames();
+            thread_->setFileSend(write(frame), -1, 0, 0);
+            int shown = 0;
+            const QStringList events = finish([&] {
+                QTRY_VERIFY((shown += takePendingFrames().size()) >= 5);
+                thread_->stop();
+            });
+            shown += takePendingFrames().size();
+            QCOMPARE(events.mid(1, 1), QStringList("File Aborted Sending!"));
+            QVERIFY(events.at(2).startsWith(QString("Frames not taken: %1 ").arg(shown)));
+        }
+    }
+
+    // Every row is due by its distance from the first one, so that delays do not add up; times that go back are the
+    // next day's.
     void recordedTiming()
     {
-        QElapsedTimer clock;
-        std::vector<qint64> moments;
-        fake_->onTransmitCan = [&](unsigned, const CanTransmitRecord *, std::uint32_t) {
-            moments.push_back(clock.elapsed());
-            QThread::msleep(100);
-            return 1u;
-        };
-        QByteArray rows;
-        for (const char *time : {"none", "23:59:59.900", "00:00:00.100", "00:00:00.200", "00:00:00.200", "00:00:00.400",
-                                 "", "09:00:00.000", "09:00:00.050"})
-            rows += *time ? csvRow(time, "0x100") : "\n";
-        clock.start();
-        sendFile(rows, 2, kRecordedTiming);
-        const std::vector<qint64> due{0, 100, 300, 400, 400, 600, 700, 750};
-        QCOMPARE(moments.size(), 2 * due.size()); // the second pass begins at once
-        for (std::size_t i = 0; i < moments.size(); ++i) {
-            const qint64 late = moments[i] - moments[i / due.size() * due.size()] - due[i % due.size()];
-            QVERIFY2(late >= -1 && late < 300, qPrintable(QString("row %1: %2 ms late").arg(i).arg(late)));
+        RowClock clock;
+        for (int pass = 0; pass < 2; ++pass) {
+            clock.clear();
+            const auto first = clock.nextDue(86399900);
+            const std::pair<quint64, int> rows[] = {{100, 200}, {200, 300}, {200, 300}, {400, 500}, {300, 86400400}};
+            for (const auto &[time, distance] : rows)
+                QCOMPARE((clock.nextDue(time) - first) / std::chrono::milliseconds(1), distance);
         }
     }
 };
