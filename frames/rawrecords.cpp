@@ -12,7 +12,7 @@ template <typename Record> RawFrame convert(const Record &record, unsigned chann
 {
     RawFrame frame;
     frame.id = record.id & kIdMask;
-    frame.channel = static_cast<std::uint8_t>(channel + 1);
+    frame.channel = static_cast<std::uint16_t>(channel + 1);
     frame.direction = direction;
     frame.extended = (record.id & kIdExtendedFlag) != 0;
     frame.remote = (record.id & kIdRemoteFlag) != 0;

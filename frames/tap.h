@@ -1,6 +1,7 @@
 // The tap: received and sent frames as they went over the bus, before their texts are made, for whoever subscribes.
-// Their times are nanoseconds of the adapter's clock (frames/adapterclock.h); within a channel and direction they never
-// go back, between them by the few milliseconds that one poll may come after another.
+// Their times are nanoseconds of the adapter's clock (frames/adapterclock.h). They come as they were read and sent, not
+// sorted: from one channel, kind or direction to another, and between sent frames, times may go back by the few
+// milliseconds that one poll comes after another.
 #pragma once
 
 #include "traces/rawframe.h"

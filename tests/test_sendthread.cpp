@@ -354,8 +354,9 @@ private slots:
         for (const bool close : {false, true}) {
             thread_->stop(); // from before the configuration: does not count
             configureRun();
+            const std::size_t before = fake_->sentCan(0).size();
             const QStringList events = finish([&] {
-                QTRY_COMPARE(batches().size(), sent);
+                QTRY_COMPARE(fake_->sentCan(0).size(), before + std::size_t(sent));
                 QTest::qWait(20);
                 QVERIFY(thread_->isRunning());
                 close ? closeDevice() : thread_->stop();

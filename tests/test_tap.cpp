@@ -20,7 +20,7 @@ namespace
 
 constexpr std::int64_t kSecond = 1'000'000'000;
 
-void publish(std::initializer_list<std::uint32_t> ids, std::uint8_t channel = 1)
+void publish(std::initializer_list<std::uint32_t> ids, std::uint16_t channel = 1)
 {
     std::vector<RawFrame> frames;
     for (const std::uint32_t id : ids) {
@@ -124,11 +124,11 @@ private slots:
     void manyThreads()
     {
         constexpr std::uint32_t kFrames = 20000;
-        constexpr std::uint8_t kPublishers = 3;
+        constexpr std::uint16_t kPublishers = 3;
         TapReader steady;
         std::atomic<bool> done{false};
         std::vector<std::thread> publishers;
-        for (std::uint8_t channel = 0; channel < kPublishers; ++channel)
+        for (std::uint16_t channel = 0; channel < kPublishers; ++channel)
             publishers.emplace_back([channel] {
                 for (std::uint32_t id = 0; id < kFrames; id += 2)
                     publish({id, id + 1}, channel);
