@@ -16,6 +16,9 @@ const std::vector<TraceLimits> &traceLimits()
         {TraceFormat::Candump, microsecond, true, true, {Loss::RemoteFd}},
         {TraceFormat::Asc, microsecond, true, true, {Loss::ErrorDetails, Loss::ErrorDirection}},
         {TraceFormat::Csv, millisecond, false, true, {Loss::ErrorFrame, Loss::ErrorStateIndicator, Loss::RawDlc}},
+        {TraceFormat::Trc, microsecond, true, true, {Loss::ErrorDetails, Loss::RemoteFd}},
+        {TraceFormat::Blf, 1, true, false, {Loss::ErrorDirection}},
+        {TraceFormat::Pcapng, 1, true, false, {Loss::RemoteFd, Loss::RawDlc}},
     };
     return all;
 }
@@ -56,6 +59,10 @@ std::vector<RawFrame> everyKindOfFrame()
             frame.remote = true;
             for (frame.length = 0; frame.length <= 8; ++frame.length)
                 add();
+            identify(extended, id);
+            frame.fd = frame.remote = true; // no bus has them, but recordings do
+            frame.length = 8;
+            add();
             identify(extended, id);
             frame.fd = true;
             for (const std::uint8_t length : fdLengths) {
@@ -156,7 +163,9 @@ WrittenTrace writeTrace(TraceFormat format, const std::vector<RawFrame> &frames,
     QBuffer buffer(&written.bytes);
     buffer.open(QIODevice::WriteOnly);
     const auto writer = createTrace(&buffer, format, options);
-    bool good = writer != nullptr;
+    bool good = writer != nullptr && (!flushEach || writer->flush());
+    if (flushEach)
+        written.sizes.push_back(written.bytes.size());
     const std::size_t piece = flushEach ? 1 : 7; // no number of frames at once is special
     for (std::size_t i = 0; good && i < frames.size(); i += piece) {
         good = writer->write(&frames[i], static_cast<int>(std::min(piece, frames.size() - i)));

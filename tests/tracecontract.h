@@ -30,7 +30,7 @@ std::vector<RawFrame> heldBy(const TraceLimits &limits, const std::vector<RawFra
 struct WrittenTrace {
     QByteArray bytes;
     std::vector<TraceLoss> losses;
-    std::vector<int> sizes; // of the file after each frame, where frames were flushed one by one
+    std::vector<int> sizes; // of the file before the first and after each frame, where they were flushed one by one
 };
 WrittenTrace writeTrace(TraceFormat format, const std::vector<RawFrame> &frames, const TraceWriterOptions &options = {},
                         bool flushEach = false);

@@ -190,7 +190,8 @@ bool BlfReader::beginObject()
     if (!padding) {
         place_ = source_.offset();
         if (source_.ended() && size <= kLargestPadding)
-            return waitOrEnd(passOver_ == 0 && objects_.size() - begin_ <= kLargestPadding);
+            return waitOrEnd(passOver_ == 0 && objects_.size() - begin_ <= kLargestPadding &&
+                             std::all_of(source_.data(), source_.data() + size, [](char byte) { return byte == 0; }));
         fail(QStringLiteral("no object where one must begin"));
         return false;
     }
