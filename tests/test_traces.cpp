@@ -200,10 +200,13 @@ private slots:
         QFETCH(TraceFormat, format);
         if (!canBeRead(format))
             return;
+        constexpr int padding = 3; // the most that may follow the last object
         const TraceLimits &limits = limitsOf(format);
         auto frames = heldBy(limits, everyKindOfFrame());
         frames.erase(frames.begin() + 12, frames.end() - 12);
         const WrittenTrace written = writeTrace(format, frames, {}, true);
+        std::vector<int> ends = written.sizes;
+        ends.push_back(written.bytes.size());
         for (int size = 0; size <= written.bytes.size(); ++size) {
             const QByteArray bytes = written.bytes.left(size);
             const ReadTrace read = readTrace(bytes, format);
@@ -222,7 +225,7 @@ private slots:
                                   rest.startsWith(';') || long(read.frames.size()) > whole;
             if (limits.text && harmless)
                 QVERIFY2(!read.error, qPrintable(QString::number(size)));
-            else if (size > 0 && !std::binary_search(written.sizes.begin(), written.sizes.end(), size))
+            else if (size > 0 && *std::lower_bound(ends.begin(), ends.end(), size) - size > padding)
                 QVERIFY2(read.error && !read.error->place.isEmpty(), qPrintable(QString::number(size)));
         }
     }

@@ -160,11 +160,8 @@ bool TrcReader::completeWithoutEnd(std::string_view line) const
 {
     RawFrame frame;
     const LineKind kind = parse(line, &frame);
-    // Nothing else of a row tells where it ends.
-    constexpr std::string_view rtr = "RTR";
-    const bool wholeData =
-        kind == LineKind::Frame && !frame.error &&
-        (frame.remote ? line.size() > rtr.size() && line.substr(line.size() - rtr.size()) == rtr : frame.length > 0);
+    // Nothing of an error's row tells where it ends.
+    const bool wholeData = kind == LineKind::Frame && !frame.error && (frame.remote || frame.length > 0);
     return TextTraceReader::completeWithoutEnd(line) || line.front() == ';' || wholeData;
 }
 
