@@ -17,7 +17,7 @@ constexpr double kNanosecondsPerMillisecond = 1e6;
 constexpr double kLongestMilliseconds = 1e12;
 constexpr std::uint32_t kMaxStandardId = 0x7FF;
 constexpr std::uint32_t kMaxExtendedId = 0x1FFFFFFF;
-constexpr int kMaxChannel = 255;
+constexpr int kMaxChannel = 65535;
 constexpr int kHex = 16;
 
 const QString kVersionKey = QStringLiteral("ostrel_baseline");
@@ -45,7 +45,7 @@ QString readMessage(const QJsonObject &object, BaselineMessage *message)
 {
     const int channel = object.value(kChannelKey).toInt(0);
     if (channel < 1 || channel > kMaxChannel)
-        return QStringLiteral("\"channel\" is not between 1 and 255");
+        return QStringLiteral("\"channel\" is not between 1 and 65535");
     const QString direction = object.value(kDirectionKey).toString();
     if (direction != kReceived && direction != kSent)
         return QStringLiteral("\"direction\" is neither \"rx\" nor \"tx\"");
@@ -55,7 +55,7 @@ QString readMessage(const QJsonObject &object, BaselineMessage *message)
     message->key.extended = object.value(kExtendedKey).toBool(false);
     if (!isNumber || message->key.id > (message->key.extended ? kMaxExtendedId : kMaxStandardId))
         return QStringLiteral("\"id\" is no identifier: %1").arg(id);
-    message->key.channel = static_cast<std::uint8_t>(channel);
+    message->key.channel = static_cast<std::uint16_t>(channel);
     message->key.direction = direction == kSent ? Direction::Sent : Direction::Received;
     if (!object.contains(kMeanKey))
         return {};

@@ -12,7 +12,7 @@
 // Who a frame is: its identifier on a channel, in a direction.
 struct IdentifierKey {
     std::uint32_t id = 0;
-    std::uint8_t channel = 1;
+    std::uint16_t channel = 1;
     Direction direction = Direction::Received;
     bool extended = false;
     bool remote = false;
