@@ -266,8 +266,9 @@ bool decode(const std::uint8_t *object, std::size_t size, std::size_t headerByte
     }
 }
 
-std::size_t encode(const RawFrame &frame, std::uint8_t *object)
+std::size_t encode(const RawFrame &frame, std::int64_t later, std::uint8_t *object)
 {
+    const std::int64_t latest = std::numeric_limits<std::int64_t>::max() - later;
     std::memset(object, 0, kMaxEncodedBytes);
     std::uint8_t *const body = object + kObjectHeaderBytes;
     const std::uint32_t type = typeOf(frame);
@@ -285,7 +286,8 @@ std::size_t encode(const RawFrame &frame, std::uint8_t *object)
     put<std::uint32_t>(object, objectheader::kObjectBytes, static_cast<std::uint32_t>(size));
     put<std::uint32_t>(object, objectheader::kType, type);
     put<std::uint32_t>(object, objectheader::kFlags, kTimeIsNanoseconds);
-    put<std::uint64_t>(object, objectheader::kTime, static_cast<std::uint64_t>(std::max<std::int64_t>(frame.time, 0)));
+    put<std::uint64_t>(object, objectheader::kTime,
+                       static_cast<std::uint64_t>(std::max<std::int64_t>(std::min(frame.time, latest) + later, 0)));
     return size;
 }
 

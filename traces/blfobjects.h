@@ -23,7 +23,8 @@ bool isNoTraffic(std::uint32_t type);
 // is too short for its type.
 bool decode(const std::uint8_t *object, std::size_t size, std::size_t headerBytes, RawFrame *frame);
 
-// Writes one frame as an object (at most kMaxEncodedBytes), padding not included; returns its size.
-std::size_t encode(const RawFrame &frame, std::uint8_t *object);
+// Writes one frame as an object (at most kMaxEncodedBytes), its time moved by so many nanoseconds, padding not
+// included; returns its size.
+std::size_t encode(const RawFrame &frame, std::int64_t later, std::uint8_t *object);
 
 } // namespace blf

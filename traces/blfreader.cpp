@@ -2,6 +2,7 @@
 
 #include "traces/blfobjects.h"
 #include "traces/blftime.h"
+#include "traces/inflate.h"
 
 #include <QtEndian>
 
@@ -21,7 +22,6 @@ constexpr std::size_t kLargestFrameObject = 64 * 1024;
 constexpr std::uint32_t kLargestUnpacked = 16 * 1024 * 1024;
 // Between two objects there are up to three bytes of padding; some files pad up to eight.
 constexpr std::size_t kLargestPadding = 7;
-constexpr int kLengthPrefix = 4;
 
 template <typename T> T at(const void *bytes, std::size_t offset)
 {
@@ -44,11 +44,12 @@ std::optional<std::size_t> paddingBefore(const void *bytes, std::size_t size)
     return std::nullopt;
 }
 
-// Nothing packs into more than itself but for some bytes; a container that says so holds more than it tells.
+// Nothing packs into more than itself but for some bytes, or into less than a thousandth.
 bool canUnpackTo(std::uint64_t packed, std::uint64_t unpacked)
 {
     constexpr std::uint64_t kOverhead = 1024;
-    return packed <= unpacked + unpacked / 8 + kOverhead;
+    constexpr std::uint64_t kBestRatio = 1032;
+    return packed <= unpacked + unpacked / 8 + kOverhead && unpacked <= packed * kBestRatio;
 }
 
 } // namespace
@@ -160,8 +161,10 @@ bool BlfReader::advance()
         return movePlain();
     case Stage::Packed:
         return gatherPacked();
+    case Stage::Cut:
+        break;
     }
-    return false;
+    return waitOrEnd(false);
 }
 
 bool BlfReader::readFileHeader()
@@ -190,7 +193,8 @@ bool BlfReader::beginObject()
     if (!padding) {
         place_ = source_.offset();
         if (source_.ended() && size <= kLargestPadding)
-            return waitOrEnd(passOver_ == 0 && objects_.size() - begin_ <= kLargestPadding);
+            return waitOrEnd(passOver_ == 0 && objects_.size() - begin_ <= kLargestPadding &&
+                             std::all_of(source_.data(), source_.data() + size, [](char byte) { return byte == 0; }));
         fail(QStringLiteral("no object where one must begin"));
         return false;
     }
@@ -231,7 +235,7 @@ bool BlfReader::beginContainer(std::uint32_t objectBytes)
         return false;
     } else {
         stage_ = Stage::Packed;
-        packed_.resize(kLengthPrefix);
+        packed_.clear();
     }
     source_.consume(container::kData);
     return true;
@@ -256,31 +260,32 @@ bool BlfReader::movePlain()
 
 bool BlfReader::gatherPacked()
 {
-    while (left_ > 0) {
-        if (!source_.fill(1))
-            return waitOrEnd(false);
+    while (left_ > 0 && source_.fill(1)) {
         const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left_, source_.size()));
-        packed_.append(source_.data(), static_cast<int>(count));
+        packed_.insert(packed_.end(), source_.data(), source_.data() + count);
         source_.consume(count);
         left_ -= count;
     }
-    stage_ = Stage::Object;
+    if (left_ > 0 && !source_.ended())
+        return false;
+    // Of a container that has been cut the first part is as good as any other.
+    stage_ = left_ > 0 ? Stage::Cut : Stage::Object;
     return unpack();
 }
 
 bool BlfReader::unpack()
 {
-    if (unpackedBytes_ == 0)
-        return true;
-    qToBigEndian<std::uint32_t>(unpackedBytes_, packed_.data());
-    const QByteArray unpacked = qUncompress(packed_);
-    if (static_cast<std::uint32_t>(unpacked.size()) != unpackedBytes_) {
-        fail(QStringLiteral("a container that cannot be unpacked"));
-        return false;
-    }
     makeRoom();
-    objects_.insert(objects_.end(), unpacked.begin(), unpacked.end());
-    return true;
+    const std::size_t before = objects_.size();
+    objects_.resize(before + unpackedBytes_);
+    std::size_t bytes = 0;
+    const Inflated result = inflate(packed_.data(), packed_.size(), objects_.data() + before, unpackedBytes_, &bytes);
+    const bool good =
+        stage_ == Stage::Cut ? result == Inflated::Cut : result == Inflated::Whole && bytes == unpackedBytes_;
+    objects_.resize(before + (good ? bytes : 0));
+    if (!good && stage_ != Stage::Cut)
+        fail(QStringLiteral("a container that cannot be unpacked"));
+    return stage_ == Stage::Cut || good;
 }
 
 void BlfReader::makeRoom()

@@ -4,8 +4,6 @@
 #include "traces/bytesource.h"
 #include "traces/tracereader.h"
 
-#include <QByteArray>
-
 #include <vector>
 
 class BlfReader : public TraceReader
@@ -22,7 +20,7 @@ public:
     std::uint64_t skipped() const override { return skipped_; }
 
 private:
-    enum class Stage : std::uint8_t { FileHeader, RestOfFileHeader, Object, Plain, Packed };
+    enum class Stage : std::uint8_t { FileHeader, RestOfFileHeader, Object, Plain, Packed, Cut };
     enum class Step : std::uint8_t { Frame, More, Stop };
 
     bool atHand() const;
@@ -43,7 +41,7 @@ private:
     std::uint64_t place_ = 0; // of the object at hand, in the file
     std::uint64_t left_ = 0;  // bytes of the present stage that are still to come
     std::uint32_t unpackedBytes_ = 0;
-    QByteArray packed_;                 // with four bytes before it, as qUncompress() wants them
+    std::vector<std::uint8_t> packed_;
     std::vector<std::uint8_t> objects_; // what the containers held, from begin_ on
     std::size_t begin_ = 0;
     std::uint64_t passOver_ = 0; // bytes of an object of no interest that are still to come

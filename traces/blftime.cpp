@@ -9,7 +9,6 @@ namespace blf
 namespace
 {
 
-constexpr std::int64_t kNanosecondsPerMillisecond = 1'000'000;
 // Years whose nanoseconds since 1970 fit 64 bits.
 constexpr int kFirstYear = 1970;
 constexpr int kLastYear = 2261;
@@ -34,12 +33,12 @@ std::optional<std::int64_t> utcFromSystemTime(const std::uint8_t *bytes)
     const QTime time(get(bytes, Hour), get(bytes, Minute), get(bytes, Second), get(bytes, Millisecond));
     if (!date.isValid() || !time.isValid() || date.year() < kFirstYear || date.year() > kLastYear)
         return std::nullopt;
-    return QDateTime(date, time, Qt::UTC).toMSecsSinceEpoch() * kNanosecondsPerMillisecond;
+    return QDateTime(date, time, Qt::UTC).toMSecsSinceEpoch() * kStartResolution;
 }
 
 void putSystemTime(std::int64_t utc, std::uint8_t *bytes)
 {
-    const QDateTime moment = QDateTime::fromMSecsSinceEpoch(utc / kNanosecondsPerMillisecond, Qt::UTC);
+    const QDateTime moment = QDateTime::fromMSecsSinceEpoch(utc / kStartResolution, Qt::UTC);
     constexpr int kDaysPerWeek = 7;
     put(bytes, Year, moment.date().year());
     put(bytes, Month, moment.date().month());

@@ -31,6 +31,7 @@ BlfWriter::BlfWriter(QIODevice *device, const TraceWriterOptions &options)
     : device_(device),
       sink_(device),
       start_(std::max<std::int64_t>(options.startUtc.value_or(0), 0)),
+      startRest_(start_ % kStartResolution),
       objects_(kContainerBytes + kMaxEncodedBytes + 3),
       unpackedBytes_(kFileHeaderBytes)
 {
@@ -90,11 +91,11 @@ void BlfWriter::append(const RawFrame &frame)
     if (frame.time < 0)
         losses_.add(Loss::TimeBeforeStart);
     if (frame.error && frame.direction == Direction::Sent)
-        losses_.add(Loss::Direction);
+        losses_.add(Loss::ErrorDirection);
     if (frame.fd && frame.channel > kLargestFdChannel)
         losses_.add(Loss::Channel);
     std::uint8_t *const object = objects_.data() + objectBytes_;
-    const std::size_t bytes = encode(frame, object);
+    const std::size_t bytes = encode(frame, startRest_, object);
     const std::size_t padding = paddingAfter(bytes);
     std::memset(object + bytes, 0, padding);
     objectBytes_ += bytes + padding;

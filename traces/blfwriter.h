@@ -26,7 +26,8 @@ private:
     BlockSink sink_;
     LossCounts losses_;
     QString errorText_;
-    const std::int64_t start_; // UTC in nanoseconds; 0 when not known
+    const std::int64_t start_;     // UTC in nanoseconds; 0 when not known
+    const std::int64_t startRest_; // of the start, which the file tells in milliseconds; it goes into the times
     qint64 headerAt_ = 0;
     std::vector<std::uint8_t> objects_; // of the container at hand
     std::size_t objectBytes_ = 0;

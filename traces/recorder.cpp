@@ -58,6 +58,7 @@ void Recorder::write(const RawFrame *frames, int count)
                 before_.add(frames[index]);
                 continue;
             }
+            before_.dropOld(frames[index].time);
             startRecording();
             first = index;
         } else if (state_ == State::Recording && anyMatches(settings_.stop, frames[index])) {

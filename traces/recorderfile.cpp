@@ -3,8 +3,8 @@
 namespace
 {
 
-// Until a file has told how much its frames take.
-constexpr std::uint64_t kUsualBytesPerFrame = 48;
+// Until a file has told how much its frames take: rather too many than too few.
+constexpr std::uint64_t kFirstBytesPerFrame = 128;
 
 } // namespace
 
@@ -67,6 +67,6 @@ void RecorderFile::abandon()
 std::uint64_t RecorderFile::bytes() const
 {
     const auto written = static_cast<std::uint64_t>(file_.pos());
-    const std::uint64_t perFrame = safeFrames_ > 0 ? written / safeFrames_ : kUsualBytesPerFrame;
+    const std::uint64_t perFrame = safeFrames_ > 0 ? written / safeFrames_ : kFirstBytesPerFrame;
     return written + (frames_ - safeFrames_) * perFrame;
 }

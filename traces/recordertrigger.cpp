@@ -61,10 +61,7 @@ void PreTriggerBuffer::add(const RawFrame &frame)
 {
     if (most_ == 0)
         return;
-    while (span_ > 0 && count_ > 0 && frame.time - at(0).time > span_) {
-        first_ = place(1);
-        --count_;
-    }
+    dropOld(frame.time);
     if (count_ == most_) {
         first_ = place(1);
         --count_;
@@ -73,6 +70,14 @@ void PreTriggerBuffer::add(const RawFrame &frame)
         grow();
     ring_[place(count_)] = frame;
     ++count_;
+}
+
+void PreTriggerBuffer::dropOld(std::int64_t now)
+{
+    while (span_ > 0 && count_ > 0 && now - at(0).time > span_) {
+        first_ = place(1);
+        --count_;
+    }
 }
 
 void PreTriggerBuffer::grow()

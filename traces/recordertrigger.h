@@ -44,6 +44,8 @@ public:
     PreTriggerBuffer(int frames, int milliseconds);
 
     void add(const RawFrame &frame);
+    // Lets go of what is too old at a time, in nanoseconds as frames have it.
+    void dropOld(std::int64_t now);
     int size() const { return count_; }
     // From the oldest on; index below size().
     const RawFrame &at(int index) const { return ring_[place(index)]; }

@@ -1,9 +1,9 @@
 #include "traces/traceformats.h"
 
 #include "traces/asctrace.h"
+#include "traces/blftrace.h"
 #include "traces/candumptrace.h"
 #include "traces/csvtrace.h"
-#include "traces/blftrace.h"
 #include "traces/pcapngtrace.h"
 #include "traces/trctrace.h"
 

@@ -160,7 +160,9 @@ bool TrcReader::completeWithoutEnd(std::string_view line) const
 {
     RawFrame frame;
     const LineKind kind = parse(line, &frame);
-    return TextTraceReader::completeWithoutEnd(line) || line.front() == ';' || kind == LineKind::Frame;
+    // Nothing of an error's row tells where it ends.
+    const bool wholeData = kind == LineKind::Frame && !frame.error && (frame.remote || frame.length > 0);
+    return TextTraceReader::completeWithoutEnd(line) || line.front() == ';' || wholeData;
 }
 
 TextTraceReader::LineKind TrcReader::readComment(std::string_view line)
