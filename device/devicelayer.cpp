@@ -1,6 +1,7 @@
 #include "device/devicelayer.h"
 
 #include "device/devicestate.h"
+#include "device/driver/nulldriver.h"
 
 #include <QDebug>
 #include <QReadWriteLock>
@@ -16,7 +17,7 @@ constexpr unsigned long kRetryPauseMs = 10;
 constexpr std::uint32_t kChannelTypeCanFd = 1;
 
 struct Layer {
-    std::unique_ptr<Driver> driver;
+    std::unique_ptr<Driver> driver = std::make_unique<NullDriver>(); // never null
     DeviceState state;
     // Per channel: workers hold it shared during a driver call, closing and resetting hold it exclusively, so that a
     // handle is never closed under a call. The lock prefers waiting writers.
@@ -52,13 +53,13 @@ bool setProperty(unsigned channel, const char *name, const QByteArray &value)
     return properties->SetValue(path.constData(), value.constData()) == kDriverSuccess;
 }
 
-// Runs call(handle) with the channel guarded against closing; 0 when the channel is closed.
-template <typename Call> std::uint32_t withChannel(unsigned channel, Call call)
+// Runs call(handle) with the channel guarded against closing; an empty answer when the channel is closed.
+template <typename Call> auto withChannel(unsigned channel, Call call) -> decltype(call(Driver::Handle()))
 {
     const unsigned index = channelIndex(channel);
     const QReadLocker guard(&layer().guard[index]);
     const Driver::Handle handle = state().channel[index];
-    return handle != 0 ? call(handle) : 0;
+    return handle != 0 ? call(handle) : decltype(call(handle))();
 }
 
 } // namespace
@@ -66,21 +67,20 @@ template <typename Call> std::uint32_t withChannel(unsigned channel, Call call)
 void setDriver(std::unique_ptr<Driver> newDriver)
 {
     state().reset();
-    layer().driver = std::move(newDriver);
+    layer().driver = newDriver ? std::move(newDriver) : std::make_unique<NullDriver>();
 }
 
 QStringList deviceNames()
 {
     QStringList names;
-    if (driver())
-        for (const std::string &name : driver()->deviceNames())
-            names.append(QString::fromStdString(name));
+    for (const std::string &name : driver()->deviceNames())
+        names.append(QString::fromStdString(name));
     return names;
 }
 
 std::vector<DriverNotice> takeDriverNotices()
 {
-    return driver() ? driver()->takeNotices() : std::vector<DriverNotice>();
+    return driver()->takeNotices();
 }
 
 bool isDeviceOpen()
@@ -95,7 +95,7 @@ bool isChannelOpen(unsigned channel)
 
 bool openDevice(unsigned type, unsigned index, unsigned reserved)
 {
-    if (isDeviceOpen() || !driver())
+    if (isDeviceOpen())
         return false;
     state().device = driver()->OpenDevice(type, index, reserved);
     if (!isDeviceOpen()) {
@@ -120,7 +120,7 @@ void closeDevice()
         handle = 0;
     const QWriteLocker first(&layer().guard[0]);
     const QWriteLocker second(&layer().guard[1]);
-    if (driver() && isDeviceOpen())
+    if (isDeviceOpen())
         driver()->CloseDevice(state().device);
     state().reset();
 }
@@ -137,14 +137,14 @@ bool updateDevice(unsigned index)
 DeviceInfoRecord readDeviceInfo()
 {
     DeviceInfoRecord record{};
-    if (!driver() || driver()->GetDeviceInfo(state().device, &record) != kDriverSuccess)
+    if (driver()->GetDeviceInfo(state().device, &record) != kDriverSuccess)
         record = DeviceInfoRecord{};
     return record;
 }
 
 unsigned refreshDeviceInfo()
 {
-    if (!driver() || driver()->GetDeviceStatus(state().device) != kStatusPresent)
+    if (driver()->GetDeviceStatus(state().device) != kStatusPresent)
         return 0;
     DeviceInfoRecord record{};
     driver()->GetDeviceInfo(state().device, &record);
@@ -158,7 +158,7 @@ unsigned refreshDeviceInfo()
 
 QString deviceInfoText()
 {
-    if (!driver() || driver()->GetDeviceStatus(state().device) != kStatusPresent)
+    if (driver()->GetDeviceStatus(state().device) != kStatusPresent)
         return {};
     return state().infoText;
 }
@@ -173,13 +173,13 @@ QString versionText(unsigned word)
 
 bool setCanFdStandard(unsigned channel, unsigned standard)
 {
-    return driver() && driver()->SetCanFdStandard(state().device, channelIndex(channel), standard) == kDriverSuccess;
+    return driver()->SetCanFdStandard(state().device, channelIndex(channel), standard) == kDriverSuccess;
 }
 
 bool setBaudRate(unsigned channel, unsigned arbitration, unsigned data)
 {
     const unsigned index = channelIndex(channel);
-    return driver() && driver()->SetArbitrationBaud(state().device, index, arbitration) == kDriverSuccess &&
+    return driver()->SetArbitrationBaud(state().device, index, arbitration) == kDriverSuccess &&
            driver()->SetDataBaud(state().device, index, data) == kDriverSuccess;
 }
 
@@ -229,8 +229,6 @@ bool applyFilterRows(unsigned channel, const QString &rowText)
 
 bool initChannel(unsigned channel, unsigned mode)
 {
-    if (!driver())
-        return false;
     const unsigned index = channelIndex(channel);
     ChannelInitRecord &record = state().initRecord;
     record.channelType = kChannelTypeCanFd;
@@ -242,17 +240,29 @@ bool initChannel(unsigned channel, unsigned mode)
 
 bool startChannel(unsigned channel)
 {
-    return driver() && driver()->StartChannel(state().channel[channelIndex(channel)]) == kDriverSuccess;
+    return driver()->StartChannel(state().channel[channelIndex(channel)]) == kDriverSuccess;
 }
 
 bool resetChannel(unsigned channel)
 {
     const unsigned index = channelIndex(channel);
     const QWriteLocker guard(&layer().guard[index]);
-    if (!driver() || driver()->ResetChannel(state().channel[index]) != kDriverSuccess)
+    if (driver()->ResetChannel(state().channel[index]) != kDriverSuccess)
         return false;
     state().channel[index] = 0;
     return true;
+}
+
+BusReport takeBusEvents(unsigned channel)
+{
+    return withChannel(channel,
+                       [](Driver::Handle handle) { return driver()->busReport(handle, BusQuestion::StateAndEvents); });
+}
+
+ChannelState channelState(unsigned channel)
+{
+    return withChannel(channel, [](Driver::Handle handle) { return driver()->busReport(handle, BusQuestion::State); })
+        .state;
 }
 
 std::uint32_t makeFrameId(std::uint32_t id, std::uint32_t extended, std::uint32_t remote, std::uint32_t third)
