@@ -33,11 +33,13 @@ public:
     std::uint32_t infoAnswer = kDriverSuccess;
     DeviceInfoRecord info{};
     bool hasProperties = true;
-    QStringList failing; // operation names, or property paths, that answer 0
+    QStringList failing; // operation names, or property paths, that answer failure
+    std::uint32_t failure = 0;
     std::function<std::uint32_t(unsigned channel, const CanTransmitRecord *, std::uint32_t)> onTransmitCan;
     std::function<std::uint32_t(unsigned channel, const CanFdTransmitRecord *, std::uint32_t)> onTransmitCanFd;
     std::vector<std::string> names{"Fake 0"};
     std::vector<DriverNotice> notices;
+    BusReport report[kChannelCount]; // the events are handed out whenever they are asked for
 
     // Frames that the next receive calls of a channel hand out, at most `capacity` per call; thread-safe.
     void feed(unsigned channel, const std::vector<CanReceiveRecord> &records) { append(queue_[channel], records); }
@@ -45,8 +47,6 @@ public:
     {
         append(queueFd_[channel], records);
     }
-    // When set, every receive answers this instead (an absurd count, say) and fills nothing.
-    std::uint32_t receiveAnswer = 0;
     // Every record ever transmitted, per channel; thread-safe copies.
     std::vector<CanTransmitRecord> sentCan(unsigned channel) const { return copy(sent_[channel]); }
     std::vector<CanFdTransmitRecord> sentFd(unsigned channel) const { return copy(sentFd_[channel]); }
@@ -57,6 +57,7 @@ public:
 
     std::vector<std::string> deviceNames() override { return names; }
     std::vector<DriverNotice> takeNotices() override { return std::exchange(notices, {}); }
+    BusReport busReport(Handle channel, BusQuestion question) override;
     Handle OpenDevice(std::uint32_t type, std::uint32_t index, std::uint32_t reserved) override;
     std::uint32_t CloseDevice(Handle device) override { return answer("CloseDevice", {device}); }
     std::uint32_t GetDeviceInfo(Handle device, DeviceInfoRecord *record) override;
@@ -96,7 +97,10 @@ private:
     void note(const char *name, const QStringList &arguments);
     void note(const char *name, std::initializer_list<std::uint32_t> arguments);
     std::uint32_t answer(const char *name, std::initializer_list<std::uint32_t> arguments); // notes the call as well
-    std::uint32_t answer(const char *name) const { return failing.contains(QLatin1String(name)) ? 0 : kDriverSuccess; }
+    std::uint32_t answer(const char *name) const
+    {
+        return failing.contains(QLatin1String(name)) ? failure : kDriverSuccess;
+    }
     template <typename Record> void append(std::vector<Record> &all, const std::vector<Record> &records)
     {
         const QMutexLocker lock(&lock_);
@@ -110,8 +114,6 @@ private:
     template <typename Record> std::uint32_t take(std::vector<Record> &queue, Record *records, std::uint32_t capacity)
     {
         const QMutexLocker lock(&lock_);
-        if (receiveAnswer != 0)
-            return receiveAnswer;
         const auto end = queue.begin() + std::min<std::ptrdiff_t>(std::ptrdiff_t(queue.size()), capacity);
         const auto filled = std::uint32_t(std::copy(queue.begin(), end, records) - records);
         queue.erase(queue.begin(), end);
