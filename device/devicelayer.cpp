@@ -1,6 +1,7 @@
 #include "device/devicelayer.h"
 
 #include "device/devicestate.h"
+#include "device/driver/nulldriver.h"
 
 #include <QDebug>
 #include <QReadWriteLock>
@@ -18,7 +19,7 @@ constexpr unsigned long kRetryPauseMs = 10;
 constexpr std::uint32_t kChannelTypeCanFd = 1;
 
 struct Layer {
-    std::unique_ptr<Driver> driver;
+    std::unique_ptr<Driver> driver = std::make_unique<NullDriver>(); // never null
     DeviceState state;
     std::atomic<std::int64_t> openedAt{0};
     // Per channel: workers hold it shared during a driver call, closing and resetting hold it exclusively, so that a
@@ -55,13 +56,13 @@ bool setProperty(unsigned channel, const char *name, const QByteArray &value)
     return properties->SetValue(path.constData(), value.constData()) == kDriverSuccess;
 }
 
-// Runs call(handle) with the channel guarded against closing; 0 when the channel is closed.
-template <typename Call> std::uint32_t withChannel(unsigned channel, Call call)
+// Runs call(handle) with the channel guarded against closing; an empty answer when the channel is closed.
+template <typename Call> auto withChannel(unsigned channel, Call call) -> decltype(call(Driver::Handle()))
 {
     const unsigned index = channelIndex(channel);
     const QReadLocker guard(&layer().guard[index]);
     const Driver::Handle handle = state().channel[index];
-    return handle != 0 ? call(handle) : 0;
+    return handle != 0 ? call(handle) : decltype(call(handle))();
 }
 
 } // namespace
@@ -69,21 +70,20 @@ template <typename Call> std::uint32_t withChannel(unsigned channel, Call call)
 void setDriver(std::unique_ptr<Driver> newDriver)
 {
     state().reset();
-    layer().driver = std::move(newDriver);
+    layer().driver = newDriver ? std::move(newDriver) : std::make_unique<NullDriver>();
 }
 
 QStringList deviceNames()
 {
     QStringList names;
-    if (driver())
-        for (const std::string &name : driver()->deviceNames())
-            names.append(QString::fromStdString(name));
+    for (const std::string &name : driver()->deviceNames())
+        names.append(QString::fromStdString(name));
     return names;
 }
 
 std::vector<DriverNotice> takeDriverNotices()
 {
-    return driver() ? driver()->takeNotices() : std::vector<DriverNotice>();
+    return driver()->takeNotices();
 }
 
 bool isDeviceOpen()
@@ -103,7 +103,7 @@ bool isChannelOpen(unsigned channel)
 
 bool openDevice(unsigned type, unsigned index, unsigned reserved)
 {
-    if (isDeviceOpen() || !driver())
+    if (isDeviceOpen())
         return false;
     state().device = driver()->OpenDevice(type, index, reserved);
     if (!isDeviceOpen()) {
@@ -129,7 +129,7 @@ void closeDevice()
         handle = 0;
     const QWriteLocker first(&layer().guard[0]);
     const QWriteLocker second(&layer().guard[1]);
-    if (driver() && isDeviceOpen())
+    if (isDeviceOpen())
         driver()->CloseDevice(state().device);
     state().reset();
 }
@@ -146,14 +146,14 @@ bool updateDevice(unsigned index)
 DeviceInfoRecord readDeviceInfo()
 {
     DeviceInfoRecord record{};
-    if (!driver() || driver()->GetDeviceInfo(state().device, &record) != kDriverSuccess)
+    if (driver()->GetDeviceInfo(state().device, &record) != kDriverSuccess)
         record = DeviceInfoRecord{};
     return record;
 }
 
 unsigned refreshDeviceInfo()
 {
-    if (!driver() || driver()->GetDeviceStatus(state().device) != kStatusPresent)
+    if (driver()->GetDeviceStatus(state().device) != kStatusPresent)
         return 0;
     DeviceInfoRecord record{};
     driver()->GetDeviceInfo(state().device, &record);
@@ -167,7 +167,7 @@ unsigned refreshDeviceInfo()
 
 QString deviceInfoText()
 {
-    if (!driver() || driver()->GetDeviceStatus(state().device) != kStatusPresent)
+    if (driver()->GetDeviceStatus(state().device) != kStatusPresent)
         return {};
     return state().infoText;
 }
@@ -182,13 +182,13 @@ QString versionText(unsigned word)
 
 bool setCanFdStandard(unsigned channel, unsigned standard)
 {
-    return driver() && driver()->SetCanFdStandard(state().device, channelIndex(channel), standard) == kDriverSuccess;
+    return driver()->SetCanFdStandard(state().device, channelIndex(channel), standard) == kDriverSuccess;
 }
 
 bool setBaudRate(unsigned channel, unsigned arbitration, unsigned data)
 {
     const unsigned index = channelIndex(channel);
-    return driver() && driver()->SetArbitrationBaud(state().device, index, arbitration) == kDriverSuccess &&
+    return driver()->SetArbitrationBaud(state().device, index, arbitration) == kDriverSuccess &&
            driver()->SetDataBaud(state().device, index, data) == kDriverSuccess;
 }
 
@@ -238,8 +238,6 @@ bool applyFilterRows(unsigned channel, const QString &rowText)
 
 bool initChannel(unsigned channel, unsigned mode)
 {
-    if (!driver())
-        return false;
     const unsigned index = channelIndex(channel);
     ChannelInitRecord &record = state().initRecord;
     record.channelType = kChannelTypeCanFd;
@@ -251,17 +249,29 @@ bool initChannel(unsigned channel, unsigned mode)
 
 bool startChannel(unsigned channel)
 {
-    return driver() && driver()->StartChannel(state().channel[channelIndex(channel)]) == kDriverSuccess;
+    return driver()->StartChannel(state().channel[channelIndex(channel)]) == kDriverSuccess;
 }
 
 bool resetChannel(unsigned channel)
 {
     const unsigned index = channelIndex(channel);
     const QWriteLocker guard(&layer().guard[index]);
-    if (!driver() || driver()->ResetChannel(state().channel[index]) != kDriverSuccess)
+    if (driver()->ResetChannel(state().channel[index]) != kDriverSuccess)
         return false;
     state().channel[index] = 0;
     return true;
+}
+
+BusReport takeBusEvents(unsigned channel)
+{
+    return withChannel(channel,
+                       [](Driver::Handle handle) { return driver()->busReport(handle, BusQuestion::StateAndEvents); });
+}
+
+ChannelState channelState(unsigned channel)
+{
+    return withChannel(channel, [](Driver::Handle handle) { return driver()->busReport(handle, BusQuestion::State); })
+        .state;
 }
 
 std::uint32_t makeFrameId(std::uint32_t id, std::uint32_t extended, std::uint32_t remote, std::uint32_t third)

@@ -15,7 +15,7 @@
 
 // --- which driver -----------------------------------------------------------------------------------------------
 
-// Replaces the driver behind the layer; only while no device is open and no worker runs. Closes nothing.
+// Replaces the driver behind the layer; only while no device is open and no worker runs. Closes nothing. Null: none.
 void setDriver(std::unique_ptr<Driver> driver);
 // The devices on offer, in the order of the device index.
 QStringList deviceNames();
@@ -61,6 +61,14 @@ bool applyFilterRows(unsigned channel, const QString &rowText);
 bool initChannel(unsigned channel, unsigned mode);
 bool startChannel(unsigned channel);
 bool resetChannel(unsigned channel); // on failure the channel stays open
+
+// --- beside the frames ------------------------------------------------------------------------------------------
+
+// The error frames since the last call, with the channel's state; nothing of a closed channel, or where the driver
+// knows nothing of them. One thread per channel at a time, any thread.
+BusReport takeBusEvents(unsigned channel);
+// The state alone; the error frames stay. Any thread.
+ChannelState channelState(unsigned channel);
 
 // --- frames -----------------------------------------------------------------------------------------------------
 

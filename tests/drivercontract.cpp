@@ -384,6 +384,42 @@ void DriverContract::filtersActOnRanges()
     QVERIFY(reachesTheOther(0, 0x100));
 }
 
+// Beside the frames, on their clock, and only once.
+void DriverContract::errorFramesAndState()
+{
+    const auto ask = [this](BusQuestion question) { return driver_->busReport(channel_[0], question); };
+    openBoth();
+    for (const Driver::Handle handle : {device_, Driver::Handle(0), Driver::Handle(0xFFFFFFFF)})
+        QVERIFY(driver_->busReport(handle, BusQuestion::State).state.controller == ControllerState::Unknown);
+    QCOMPARE(transmit(1, {canRecord(1)}), 1u);
+    const std::uint64_t before = receiveCan(0, 1).at(0).timeStamp;
+    QVERIFY(ask(BusQuestion::StateAndEvents).events.empty());
+    const ControllerState healthy = ask(BusQuestion::State).state.controller;
+    QVERIFY(healthy == ControllerState::ErrorActive || healthy == ControllerState::Unknown);
+
+    disturbFirstChannel();
+    QCOMPARE(transmit(1, {canRecord(2)}), 1u);
+    const std::uint64_t after = receiveCan(0, 1).at(0).timeStamp;
+    QVERIFY(hasNothing(0));
+    const bool known = ask(BusQuestion::State).state.countersKnown;
+    const BusReport report = ask(BusQuestion::StateAndEvents);
+    QVERIFY(!report.events.empty());
+    QCOMPARE(report.lost, std::uint64_t(0));
+    for (const BusEvent &event : report.events) {
+        QVERIFY(event.classes != 0);
+        QVERIFY(event.timeStamp >= before && event.timeStamp <= after);
+    }
+    QCOMPARE(report.state.countersKnown, known);
+    QVERIFY(ask(BusQuestion::StateAndEvents).events.empty());
+
+    const Driver::Handle gone = channel_[0];
+    QCOMPARE(driver_->ResetChannel(gone), kDriverSuccess);
+    QVERIFY(!driver_->busReport(gone, BusQuestion::State).state.countersKnown);
+    initChannel(0);
+    startChannel(0);
+    QVERIFY(ask(BusQuestion::StateAndEvents).events.empty());
+}
+
 void DriverContract::closingUnderSendersAndReceivers()
 {
     openBoth();
@@ -401,6 +437,10 @@ void DriverContract::closingUnderSendersAndReceivers()
             CanFdReceiveRecord fd[10];
             while (!end)
                 frames += driver_->ReceiveCan(handle, classic, 10, 0) + driver_->ReceiveCanFd(handle, fd, 10, 1);
+        });
+        workers.emplace_back([&, handle = channel_[channel]] {
+            while (!end)
+                driver_->busReport(handle, BusQuestion::StateAndEvents);
         });
     }
     QTRY_VERIFY_WITH_TIMEOUT(frames > 500, kPatienceMs);

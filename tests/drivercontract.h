@@ -15,6 +15,8 @@ class DriverContract : public QObject
 protected:
     // A new driver whose device 0 has its two channels on one bus where nobody else speaks.
     virtual std::unique_ptr<Driver> createDriver() = 0;
+    // Makes the first channel, which runs with the second, meet an error.
+    virtual void disturbFirstChannel() = 0;
 
     Driver::Handle openDevice(); // device 0, kept in device_
     // Default rates; kept in channel_. Fails the test when a step does.
@@ -61,5 +63,6 @@ private slots:
     void aReceiveMayWait();
     void transmitTypes();
     void filtersActOnRanges();
+    void errorFramesAndState();
     void closingUnderSendersAndReceivers();
 };

@@ -62,6 +62,14 @@ std::uint32_t FakeDriver::setValue(const char *path, const char *value)
     return current->answer(path);
 }
 
+BusReport FakeDriver::busReport(Handle channel, BusQuestion question)
+{
+    BusReport answered = report[channelOf(channel)];
+    if (question == BusQuestion::State)
+        answered.events.clear();
+    return answered;
+}
+
 Driver::Handle FakeDriver::OpenDevice(std::uint32_t type, std::uint32_t index, std::uint32_t reserved)
 {
     note("OpenDevice", {type, index, reserved});

@@ -34,11 +34,13 @@ public:
     std::uint32_t infoAnswer = kDriverSuccess;
     DeviceInfoRecord info{};
     bool hasProperties = true;
-    QStringList failing; // operation names, or property paths, that answer 0
+    QStringList failing; // operation names, or property paths, that answer failure
+    std::uint32_t failure = 0;
     std::function<std::uint32_t(unsigned channel, const CanTransmitRecord *, std::uint32_t)> onTransmitCan;
     std::function<std::uint32_t(unsigned channel, const CanFdTransmitRecord *, std::uint32_t)> onTransmitCanFd;
     std::vector<std::string> names{"Fake 0"};
     std::vector<DriverNotice> notices;
+    BusReport report[kChannelCount]; // the events are handed out whenever they are asked for
 
     // Frames that the next receive calls of a channel hand out, at most `capacity` per call; thread-safe.
     void feed(unsigned channel, const std::vector<CanReceiveRecord> &records) { append(queue_[channel], records); }
@@ -46,8 +48,6 @@ public:
     {
         append(queueFd_[channel], records);
     }
-    // When set, every receive answers this instead (an absurd count, say) and fills nothing.
-    std::uint32_t receiveAnswer = 0;
     // Receive calls so far, and the longest wait that one asked for.
     std::atomic<int> receiveCalls{0};
     std::atomic<std::uint32_t> longestWaitMs{0};
@@ -61,6 +61,7 @@ public:
 
     std::vector<std::string> deviceNames() override { return names; }
     std::vector<DriverNotice> takeNotices() override { return std::exchange(notices, {}); }
+    BusReport busReport(Handle channel, BusQuestion question) override;
     Handle OpenDevice(std::uint32_t type, std::uint32_t index, std::uint32_t reserved) override;
     std::uint32_t CloseDevice(Handle device) override { return answer("CloseDevice", {device}); }
     std::uint32_t GetDeviceInfo(Handle device, DeviceInfoRecord *record) override;
@@ -101,7 +102,10 @@ private:
     void note(const char *name, const QStringList &arguments);
     void note(const char *name, std::initializer_list<std::uint32_t> arguments);
     std::uint32_t answer(const char *name, std::initializer_list<std::uint32_t> arguments); // notes the call as well
-    std::uint32_t answer(const char *name) const { return failing.contains(QLatin1String(name)) ? 0 : kDriverSuccess; }
+    std::uint32_t answer(const char *name) const
+    {
+        return failing.contains(QLatin1String(name)) ? failure : kDriverSuccess;
+    }
     template <typename Record> void append(std::vector<Record> &all, const std::vector<Record> &records)
     {
         const QMutexLocker lock(&lock_);
@@ -118,8 +122,6 @@ private:
         ++receiveCalls;
         longestWaitMs = std::max(longestWaitMs.load(), waitMs);
         const QMutexLocker lock(&lock_);
-        if (receiveAnswer != 0)
-            return receiveAnswer;
         const auto end = queue.begin() + std::min<std::ptrdiff_t>(std::ptrdiff_t(queue.size()), capacity);
         const auto filled = std::uint32_t(std::copy(queue.begin(), end, records) - records);
         queue.erase(queue.begin(), end);

@@ -61,11 +61,30 @@ private slots:
         fillRecord(frame, 0, &record);
         QCOMPARE(record.id, kernel.idWord);
         QCOMPARE(int(record.flags), kernel.flagsByte);
+        QCOMPARE(record.errorStateIndicator != 0, (kernel.flags & CANFD_ESI) != 0);
         const int expected = std::min(kernel.length, frame.fd ? 64 : 8);
         QCOMPARE(int(record.length), expected);
         const int data = frame.remote() ? 0 : expected;
         for (int i = 0; i < 64; ++i)
             QCOMPARE(int(record.data[i]), i < data ? 0xC3 : 0);
+    }
+
+    void errorFramesFromTheKernel()
+    {
+        canfd_frame kernelFrame{};
+        kernelFrame.len = 200;
+        std::memset(kernelFrame.data, 0xC3, sizeof kernelFrame.data);
+        BusEvent event;
+        for (const uint id : {0x4u, CAN_EFF_FLAG | 0x4u, CAN_RTR_FLAG | 0x4u}) {
+            kernelFrame.can_id = id;
+            QVERIFY(!fromKernelFrame(kernelFrame, CAN_MTU, &event));
+        }
+        kernelFrame.can_id = CAN_ERR_FLAG | CAN_ERR_MASK;
+        QVERIFY(!fromKernelFrame(kernelFrame, CANFD_MTU, &event));
+        QVERIFY(fromKernelFrame(kernelFrame, CAN_MTU, &event));
+        QCOMPARE(event.classes, std::uint32_t(CAN_ERR_MASK));
+        QCOMPARE(int(event.data[7]), 0xC3);
+        QVERIFY(stateAfter(ChannelState(), event).controller == ControllerState::BusOff);
     }
 
     void framesToTheKernel()

@@ -4,7 +4,11 @@
 #include <QSemaphore>
 #include <QtTest>
 
+#include <cstring>
+#include <functional>
 #include <thread>
+
+Q_DECLARE_METATYPE(std::function<bool()>)
 
 class TestDeviceLayer : public QObject
 {
@@ -73,6 +77,102 @@ private slots:
         closeDevice();
     }
 
+    // 1 is success, and nothing else is.
+    void onlyOneIsSuccess_data()
+    {
+        QTest::addColumn<QString>("operation");
+        QTest::addColumn<std::function<bool()>>("call");
+        using Call = std::function<bool()>;
+        QTest::newRow("standard") << "SetCanFdStandard" << Call([] { return setCanFdStandard(0, 1); });
+        QTest::newRow("arbitration") << "SetArbitrationBaud" << Call([] { return setBaudRate(0, 1, 1); });
+        QTest::newRow("data") << "SetDataBaud" << Call([] { return setBaudRate(0, 1, 1); });
+        QTest::newRow("rates") << "0/baud_rate_custom" << Call([] { return setCustomBaudRate(0, "1M"); });
+        QTest::newRow("clear") << "0/filter_clear" << Call([] { return clearFilter(0); });
+        QTest::newRow("range") << "0/filter_mode" << Call([] { return setFilterRange(0, 0, "0x1", "0x2"); });
+        QTest::newRow("end") << "0/filter_end" << Call([] { return setFilterRange(0, 0, "0x1", "0x2"); });
+        QTest::newRow("acknowledge") << "0/filter_ack" << Call([] { return ackFilter(0); });
+        QTest::newRow("start") << "StartChannel" << Call([] { return startChannel(0); });
+        QTest::newRow("update") << "UpdateDevice" << Call([] { return updateDevice(0); });
+        QTest::newRow("reset") << "ResetChannel" << Call([] { return resetChannel(0); });
+    }
+    void onlyOneIsSuccess()
+    {
+        QFETCH(QString, operation);
+        QFETCH(std::function<bool()>, call);
+        openBoth();
+        fake_->failing = QStringList{operation};
+        for (const std::uint32_t answer : {0u, 2u, 0xFFFFFFFFu}) {
+            fake_->failure = answer;
+            QVERIFY(!call());
+            QVERIFY(isChannelOpen(0)); // also when it could not be reset
+        }
+        fake_->failing.clear();
+        QVERIFY(call());
+        QCOMPARE(isChannelOpen(0), operation != "ResetChannel");
+        QVERIFY(isChannelOpen(1));
+        closeDevice();
+    }
+
+    void deviceInformation()
+    {
+        openBoth();
+        fake_->info.firmwareVersion = 0x1234;
+        std::memcpy(fake_->info.serialNumber, "A 7", 3);
+        QCOMPARE(refreshDeviceInfo(), 0x1234u);
+        QVERIFY(deviceInfoText().startsWith("SN:A7"));
+        QCOMPARE(unsigned(readDeviceInfo().firmwareVersion), 0x1234u);
+        fake_->infoAnswer = 2;
+        QCOMPARE(unsigned(readDeviceInfo().firmwareVersion), 0u);
+        for (const std::uint32_t status : {0u, 1u, 3u}) { // 2 is present
+            fake_->status = status;
+            QVERIFY(deviceInfoText().isEmpty());
+            QCOMPARE(refreshDeviceInfo(), 0u);
+        }
+        fake_->status = kStatusPresent;
+        QVERIFY(!deviceInfoText().isEmpty()); // kept
+        closeDevice();
+    }
+
+    void closingForgetsEverything()
+    {
+        openBoth();
+        refreshDeviceInfo();
+        QVERIFY(initChannel(1, 5));
+        closeDevice();
+        QVERIFY(!isDeviceOpen() && !isChannelOpen(0) && !isChannelOpen(1));
+        QVERIFY(deviceInfoText().isEmpty());
+        fake_->takeCalls();
+        QVERIFY(!clearFilter(0)); // no property interface
+        QVERIFY(fake_->takeCalls().isEmpty());
+        closeDevice(); // nothing to close
+        QVERIFY(fake_->takeCalls().isEmpty());
+    }
+
+    void frameIdentifiers()
+    {
+        QCOMPARE(makeFrameId(0x123, 0, 0, 0), 0x123u);
+        QCOMPARE(makeFrameId(0x123, 1, 0, 0), 0x80000123u);
+        QCOMPARE(makeFrameId(0x123, 0, 7, 0), 0x40000123u);
+        QCOMPARE(makeFrameId(0x123, 0, 0, 2), 0x20000123u);
+        QCOMPARE(makeFrameId(0x123, 1, 1, 1), 0xE0000123u);
+    }
+
+    void busEventsOfOpenChannels()
+    {
+        fake_->report[1].state = {ControllerState::BusOff, true, 255, 3};
+        fake_->report[1].events.resize(2);
+        QVERIFY(takeBusEvents(1).events.empty()); // closed
+        QVERIFY(channelState(1).controller == ControllerState::Unknown);
+        openBoth();
+        QCOMPARE(takeBusEvents(1).events.size(), std::size_t(2));
+        QCOMPARE(int(channelState(2).receiveErrors), 3);
+        QVERIFY(takeBusEvents(0).events.empty());
+        closeDevice();
+
+        setDriver(nullptr);
+        QVERIFY(deviceNames().isEmpty() && !openDevice(kDeviceType, 0, 0) && refreshDeviceInfo() == 0);
+    }
+
     void exactlyOneFrameIsSent()
     {
         CanTransmitRecord classic[3] = {};
@@ -87,32 +187,54 @@ private slots:
         closeDevice();
     }
 
-    // A call that a worker is inside of must end before the device is closed under it.
+    void closingWaitsForTheWorkersCall_data()
+    {
+        QTest::addColumn<unsigned>("channel");
+        QTest::addColumn<bool>("reset"); // the channel alone
+        QTest::addColumn<QString>("call");
+        QTest::newRow("close, channel 1") << 0u << false << "CloseDevice(7)";
+        QTest::newRow("close, channel 2") << 1u << false << "CloseDevice(7)";
+        QTest::newRow("reset, channel 1") << 0u << true << "ResetChannel(101)";
+        QTest::newRow("reset, channel 2") << 1u << true << "ResetChannel(102)";
+    }
+    // A call that a worker is inside of must end before its channel or the device is closed under it.
     void closingWaitsForTheWorkersCall()
     {
-        for (const unsigned channel : {0u, 1u}) {
-            openBoth();
-            QSemaphore inside;
-            QSemaphore goOn;
-            fake_->onTransmitCan = [&](unsigned, const CanTransmitRecord *, std::uint32_t) {
-                inside.release();
-                goOn.acquire();
-                return 1u;
-            };
-            std::thread worker([channel] {
-                const CanTransmitRecord record{};
-                sendCan(channel, &record, 1);
-            });
-            inside.acquire();
-            std::thread closer([] { closeDevice(); });
-            QTRY_VERIFY(!isChannelOpen(channel));
-            QTest::qWait(30);
-            const bool early = fake_->calls().contains("CloseDevice(7)");
-            goOn.release();
-            worker.join();
-            closer.join();
-            QVERIFY(!early && fake_->calls().contains("CloseDevice(7)"));
-        }
+        QFETCH(unsigned, channel);
+        QFETCH(bool, reset);
+        QFETCH(QString, call);
+        openBoth();
+        QSemaphore inside;
+        QSemaphore goOn;
+        QSemaphore closing;
+        fake_->onTransmitCan = [&](unsigned, const CanTransmitRecord *, std::uint32_t) {
+            inside.release();
+            goOn.acquire();
+            return 1u;
+        };
+        std::thread worker([channel] {
+            const CanTransmitRecord record{};
+            sendCan(channel, &record, 1);
+        });
+        inside.acquire();
+        std::thread closer([&] {
+            closing.release();
+            if (reset)
+                resetChannel(channel);
+            else
+                closeDevice();
+        });
+        closing.acquire();
+        if (!reset)
+            QTRY_VERIFY(!isChannelOpen(channel)); // workers learn of it at once
+        QTest::qWait(30);
+        const bool early = fake_->calls().contains(call);
+        goOn.release();
+        worker.join();
+        closer.join();
+        QVERIFY(!early && fake_->calls().contains(call));
+        QVERIFY(!isChannelOpen(channel));
+        closeDevice();
     }
 };
 

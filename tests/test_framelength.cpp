@@ -100,6 +100,16 @@ private slots:
         QTest::addColumn<unsigned>("data");
         // 34 zeros, a stuff bit after every fifth.
         QTest::newRow("all zeros, CRC too") << busFrame(0, 0) << 47u + 6 << 0u;
+        // With the computed CRC; as can-utils' canbusload counts them.
+        const std::uint8_t rising[] = {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88};
+        for (const auto &[id, bits] : {std::pair(0x123u, 112u), std::pair(0x12345678 | kIdExtendedFlag, 134u)}) {
+            BusFrame frame = busFrame(id, 8);
+            std::memcpy(frame.data, rising, sizeof rising);
+            QTest::addRow("rising %x", id) << frame << bits << 0u;
+        }
+        QTest::newRow("zeros") << busFrame(0, 8) << 127u << 0u;
+        QTest::newRow("ones") << busFrame(0x7FF, 8, 0xFF) << 126u << 0u;
+        QTest::newRow("alternating") << busFrame(0x555, 8, 0xAA) << 112u << 0u;
         // 14 zeros (2), 1, 3 + 3 zeros and the DLC's 1 between them, 64 zeros more (13).
         QTest::newRow("FD, all zeros") << busFrame(0, 8, 0, true) << 62u + 64 + 2 + 13 << 0u;
         // 11 ones (2), 64 ones (12).

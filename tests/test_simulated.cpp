@@ -32,6 +32,14 @@ class TestSimulated : public DriverContract
 protected:
     std::unique_ptr<Driver> createDriver() override { return std::make_unique<SimulatedDriver>(options(Traffic::Off)); }
 
+    // Nobody is left to acknowledge.
+    void disturbFirstChannel() override
+    {
+        QCOMPARE(driver_->SetArbitrationBaud(device_, 1, kSlowest), kDriverSuccess);
+        QCOMPARE(transmit(0, {canRecord(3)}), 0u);
+        QCOMPARE(driver_->SetArbitrationBaud(device_, 1, 0), kDriverSuccess);
+    }
+
 private:
     SimulatedDriver *use(const SimulatorOptions &wanted)
     {
@@ -274,6 +282,11 @@ private slots:
         QCOMPARE(read("flood", "10ab"), qMakePair(Traffic::Flood, 0x10ABu));
         QCOMPARE(read("a.log", "V2.10"), qMakePair(Traffic::Trace, 0x217u));
         QCOMPARE(read("", "10000"), qMakePair(Traffic::BuiltIn, 0x217u));
+        qputenv("OSTREL_SIM_ERRORS", "25");
+        QCOMPARE(SimulatorOptions::fromEnvironment().errorOneIn, 25u);
+        qputenv("OSTREL_SIM_ERRORS", "many");
+        QCOMPARE(SimulatorOptions::fromEnvironment().errorOneIn, 0u);
+        qunsetenv("OSTREL_SIM_ERRORS");
         qunsetenv("OSTREL_SIM_TRACE");
         qunsetenv("OSTREL_SIM_FIRMWARE");
     }

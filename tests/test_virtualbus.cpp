@@ -30,7 +30,8 @@ BusFrame busFrame(std::uint32_t id, std::uint8_t length = 0, Kind kind = Kind::C
 class StartedBus : public VirtualBus
 {
 public:
-    explicit StartedBus(std::unique_ptr<TrafficSource> vehicle = nullptr) : VirtualBus(SimulatorOptions())
+    explicit StartedBus(std::unique_ptr<TrafficSource> vehicle = nullptr, const SimulatorOptions &options = {})
+        : VirtualBus(options)
     {
         setTraffic(std::move(vehicle));
         start(0, 0);
@@ -40,6 +41,7 @@ public:
     {
         return enqueue(index, busFrame(id), type, ready);
     }
+    BusReport take(unsigned index) { return channel(index).report(BusQuestion::StateAndEvents); }
     // When the frames of these identifiers end that follow each other from a time on, in microseconds.
     Times endsFrom(BusTime start, const std::vector<std::uint32_t> &ids)
     {
@@ -124,6 +126,120 @@ private slots:
         QCOMPARE(bus.advance(2000 * kMs, 100), kNever);
         // The first single-shot is gone, the others had their chance.
         QCOMPARE(bus.heardAt(1).size(), std::size_t(2));
+    }
+
+    // ISO 11898-1's counters and states, and that what is told agrees with them.
+    void aSenderWithoutListenersBecomesErrorPassive()
+    {
+        StartedBus bus;
+        bus.initialise(1, false, 0);
+        const BusFrame frame = busFrame(1, 8, Kind::Fd);
+        bus.tryInVain(0, frame, 0);
+        bus.tryInVain(0, frame, 1000); // the first one is on the wire still
+        QCOMPARE(int(bus.take(0).state.transmitErrors), 8);
+        const std::pair<unsigned, ControllerState> states[] = {{11, ControllerState::ErrorActive},
+                                                               {12, ControllerState::ErrorWarning},
+                                                               {15, ControllerState::ErrorWarning},
+                                                               {16, ControllerState::ErrorPassive},
+                                                               {40, ControllerState::ErrorPassive}};
+        unsigned tries = 1;
+        for (const auto &[upTo, state] : states) {
+            for (; tries < upTo; ++tries)
+                bus.tryInVain(0, frame, tries * kMs);
+            const ChannelState now = bus.take(0).state;
+            QVERIFY(now.controller == state);
+            QCOMPARE(unsigned(now.transmitErrors), std::min(8 * upTo, 128u)); // alone it never leaves the bus
+        }
+        bus.start(1, 50 * kMs);
+        for (int i = 0; i < 2; ++i)
+            bus.enqueue(0, frame, TransmitType::Normal, 50 * kMs);
+        bus.advance(60 * kMs, 100);
+        CanFdReceiveRecord records[2];
+        QCOMPARE(bus.channel(1).fd.take(records, 2), std::size_t(2));
+        QCOMPARE(int(records[0].errorStateIndicator), 1);
+        QCOMPARE(int(records[1].errorStateIndicator), 0);
+        QVERIFY(bus.take(0).state.controller == ControllerState::ErrorWarning);
+    }
+
+    void otherRatesAreErrors_data()
+    {
+        QTest::addColumn<unsigned>("arbitrationRate");
+        QTest::addColumn<bool>("listenOnly");
+        QTest::addColumn<int>("frames");
+        QTest::addColumn<int>("flags");
+        QTest::addColumn<int>("counted");
+        QTest::addColumn<int>("afterOneUnderstood");
+        QTest::newRow("arbitration") << 500000u << false << 100 << int(buserror::kStuff) << 100 << 99;
+        QTest::newRow("data phase") << 1000000u << false << 200 << int(buserror::kForm) << 200 << 127;
+        QTest::newRow("listen-only") << 500000u << true << 100 << int(buserror::kStuff) << 0 << 0;
+    }
+    void otherRatesAreErrors()
+    {
+        QFETCH(unsigned, arbitrationRate);
+        QFETCH(bool, listenOnly);
+        QFETCH(int, frames);
+        QFETCH(int, flags);
+        StartedBus bus(makeFlood({busFrame(0x1, 8, Kind::FdSwitched)}));
+        bus.initialise(1, listenOnly, 0);
+        bus.setSettings(1, {arbitrationRate, 2000000, 0}, 0);
+        bus.start(1, 0);
+        bus.advance(1000 * kMs, std::size_t(frames));
+        const BusReport report = bus.take(1);
+        QVERIFY(report.events.size() >= std::size_t(frames));
+        QCOMPARE(int(report.events[0].data[buserror::ProtocolFlags]), flags);
+        QTEST(int(report.state.receiveErrors), "counted");
+        bus.setSettings(1, bus.channel(0).settings, 1000 * kMs);
+        bus.advance(1000 * kMs, 1);
+        QTEST(int(bus.take(1).state.receiveErrors), "afterOneUnderstood");
+        QVERIFY(bus.take(0).events.empty());
+    }
+
+    // Whatever is destroyed on the wire arrives all the same, once and in order; the sums of both sides agree.
+    void destroyedFramesAreRepeated()
+    {
+        SimulatorOptions options;
+        options.errorOneIn = 10;
+        StartedBus bus(nullptr, options);
+        constexpr unsigned kFrames = 2000;
+        unsigned arrived = 0;
+        std::size_t errors[kChannelCount] = {};
+        for (unsigned i = 0; i < kFrames; ++i) {
+            bus.send(0, i % 0x800, i * kMs);
+            bus.advance((i + 1) * kMs, 100);
+            for (unsigned channel = 0; channel < kChannelCount; ++channel)
+                for (const BusEvent &event : bus.take(channel).events)
+                    errors[channel] += (event.classes & buserror::kProtocol) != 0;
+            CanReceiveRecord record;
+            while (bus.channel(1).classic.take(&record, 1) == 1)
+                QCOMPARE(record.id, std::uint32_t(arrived++ % 0x800));
+        }
+        QCOMPARE(arrived, kFrames);
+        QCOMPARE(errors[0], errors[1]);
+        QVERIFY2(errors[0] > 150 && errors[0] < 300, qPrintable(QString::number(errors[0]))); // 2000 / 9
+    }
+
+    void aSenderThatAlwaysFailsLeavesTheBusForAWhile()
+    {
+        SimulatorOptions options;
+        options.errorOneIn = 1;
+        StartedBus bus(nullptr, options);
+        bus.send(0, 0x1);
+        bus.send(1, 0x0, 0, TransmitType::Single);
+        bus.advance(10 * kMs, 1 + 32); // the other one's only try; 32 times 8
+        QVERIFY(bus.channel(1).transmissions.empty());
+        const BusReport off = bus.take(0);
+        QVERIFY(off.state.controller == ControllerState::BusOff);
+        QCOMPARE(off.events.back().classes, buserror::kBusOff | buserror::kCounters);
+        ChannelState followed;
+        for (const BusEvent &event : off.events)
+            followed = stateAfter(followed, event);
+        QVERIFY(followed.controller == ControllerState::BusOff);
+        bus.advance(10 * kMs, 1);
+        const BusReport again = bus.take(0);
+        QCOMPARE(again.events.at(0).classes, buserror::kRestarted | buserror::kCounters);
+        QCOMPARE(again.events.at(0).timeStamp - off.events.back().timeStamp, std::uint64_t(128 * 11));
+        QVERIFY(stateAfter(followed, again.events.at(0)).controller == ControllerState::ErrorActive);
+        QCOMPARE(int(again.state.transmitErrors), 8);
     }
 
     void theVehicleLeavesRoomOnASlowBus()

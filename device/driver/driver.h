@@ -2,6 +2,7 @@
 // kernel's CAN interfaces. Plain C++; only the device layer holds a Driver.
 #pragma once
 
+#include "device/driver/busevent.h"
 #include "device/driver/wirerecords.h"
 
 #include <cstdint>
@@ -40,7 +41,11 @@ struct DriverNotice {
     std::uint64_t count = 0;
 };
 
-// The 17 operations of the adapter's library, under their own names, and two questions about the driver itself.
+// What busReport is to answer.
+enum class BusQuestion { State, StateAndEvents };
+
+// The 17 operations of the adapter's library, under their own names, two questions about the driver itself, and one
+// about the bus that a driver need not know the answer to.
 // Threads: one thread may receive and another transmit on a channel while a third configures; no operation is called
 // with a handle that another thread is closing (the device layer sees to that). Nothing throws.
 class Driver
@@ -57,6 +62,10 @@ public:
     virtual std::vector<std::string> deviceNames() = 0;
     // What happened since the last call, oldest first; callable at any time from the GUI thread.
     virtual std::vector<DriverNotice> takeNotices() = 0;
+    // The state of a running channel's controller, and its error frames since they were last taken. They wait in a
+    // bounded queue; asked for the state alone, they stay there. Called like the receive operations, by one thread per
+    // channel at a time. What is not known, or of no running channel, is an empty report.
+    virtual BusReport busReport(Handle, BusQuestion) { return {}; }
 
     virtual Handle OpenDevice(std::uint32_t deviceType, std::uint32_t deviceIndex, std::uint32_t reserved) = 0;
     virtual std::uint32_t CloseDevice(Handle device) = 0;

@@ -38,6 +38,11 @@ std::vector<DriverNotice> DriverList::takeNotices()
     return all;
 }
 
+BusReport DriverList::busReport(Handle channel, BusQuestion question)
+{
+    return active_->busReport(channel, question);
+}
+
 Driver::Handle DriverList::OpenDevice(std::uint32_t deviceType, std::uint32_t deviceIndex, std::uint32_t reserved)
 {
     if (offers_.empty())

@@ -14,6 +14,8 @@ public:
     std::vector<std::string> deviceNames() override;
     std::vector<DriverNotice> takeNotices() override;
 
+    BusReport busReport(Handle channel, BusQuestion question) override;
+
     Handle OpenDevice(std::uint32_t deviceType, std::uint32_t deviceIndex, std::uint32_t reserved) override;
     std::uint32_t CloseDevice(Handle device) override;
     std::uint32_t GetDeviceInfo(Handle device, DeviceInfoRecord *record) override;

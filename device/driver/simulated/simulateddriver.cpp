@@ -89,6 +89,16 @@ std::vector<DriverNotice> SimulatedDriver::takeNotices()
     return taken;
 }
 
+BusReport SimulatedDriver::busReport(Handle channel, BusQuestion question)
+{
+    const Lock lock(state_);
+    const unsigned index = startedChannelOf(channel);
+    if (index == kChannelCount)
+        return {};
+    bus_.channel(index).settle(now());
+    return bus_.channel(index).report(question);
+}
+
 // --- device -----------------------------------------------------------------------------------------------------
 
 std::unique_ptr<TrafficSource> SimulatedDriver::makeTraffic()
@@ -329,9 +339,13 @@ std::uint32_t SimulatedDriver::transmit(Handle handle, const Record *records, st
     BusFrame frame;
     while (taken < count && toBusFrame(records[taken], &frame)) {
         const unsigned index = startedChannelOf(handle);
-        if (index == kChannelCount || !bus_.accepts(index, frame))
+        if (index == kChannelCount)
             break;
         const BusTime time = now();
+        if (!bus_.accepts(index, frame)) {
+            bus_.tryInVain(index, frame, time);
+            break;
+        }
         const bool room = bus_.enqueue(index, frame, static_cast<TransmitType>(records[taken].transmitType), time);
         taken += room ? 1 : 0;
         if (!options_.busTime) {

@@ -26,6 +26,7 @@ public:
 
     std::vector<std::string> deviceNames() override;
     std::vector<DriverNotice> takeNotices() override;
+    BusReport busReport(Handle channel, BusQuestion question) override;
 
     // Only type kDeviceType, index 0, and one device at a time.
     Handle OpenDevice(std::uint32_t deviceType, std::uint32_t deviceIndex, std::uint32_t reserved) override;

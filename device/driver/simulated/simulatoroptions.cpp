@@ -30,5 +30,8 @@ SimulatorOptions SimulatorOptions::fromEnvironment()
     std::uint32_t firmware = 0;
     if (parseHexadecimal(environment("OSTREL_SIM_FIRMWARE"), &firmware) && firmware <= UINT16_MAX)
         options.firmwareVersion = static_cast<std::uint16_t>(firmware);
+    std::uint32_t oneIn = 0;
+    if (parseUnsigned(environment("OSTREL_SIM_ERRORS"), &oneIn))
+        options.errorOneIn = oneIn;
     return options;
 }

@@ -1,5 +1,7 @@
 #include "device/driver/simulated/virtualbus.h"
 
+#include "device/driver/framelength.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -17,6 +19,7 @@ VirtualBus::VirtualBus(const SimulatorOptions &options)
     : channels_{{options.transmitCapacity, options.receiveCapacity},
                 {options.transmitCapacity, options.receiveCapacity}},
       busTime_(options.busTime),
+      errorOneIn_(options.errorOneIn),
       vehicleDelay_(options.vehicleDelayMs * kNanosecondsPerMs)
 {
 }
@@ -70,6 +73,8 @@ void VirtualBus::reset()
     }
     settleVehicle(0);
     free_ = 0;
+    chance_.seed();
+    drawn_ = fails_ = false;
 }
 
 bool VirtualBus::accepts(unsigned index, const BusFrame &frame) const
@@ -82,6 +87,31 @@ bool VirtualBus::accepts(unsigned index, const BusFrame &frame) const
     return std::any_of(std::begin(channels_), std::end(channels_), [&](const BusChannel &other) {
         return &other != &sender && other.acknowledges() && understands(other.settings, sender.settings, frame);
     });
+}
+
+// What a started channel makes of a frame that it does not understand. (On a real bus its error flag would destroy the
+// frame for the others too.)
+void VirtualBus::misunderstood(const BusSettings &sender, const BusFrame &frame, BusTime end)
+{
+    BusFrame classic;
+    for (BusChannel &channel : channels_) {
+        if (!channel.started || channel.offBus() || understands(channel.settings, sender, frame))
+            continue;
+        const bool sameArbitration = understands(channel.settings, sender, classic);
+        channel.receiveFailed(sameArbitration ? buserror::kForm : buserror::kStuff, end);
+    }
+}
+
+void VirtualBus::tryInVain(unsigned index, const BusFrame &frame, BusTime now)
+{
+    BusChannel &sender = channels_[index];
+    sender.settle(now);
+    if (!sender.acknowledges() || sender.offBus() || now < sender.attemptEnds)
+        return;
+    sender.attemptEnds = now + frameDuration(frame, sender.settings) +
+                         wireTime({kErrorFrameBits, 0}, sender.settings.arbitrationRate, sender.settings.dataRate);
+    misunderstood(sender.settings, frame, now);
+    sender.notAcknowledged(now);
 }
 
 bool VirtualBus::enqueue(unsigned index, const BusFrame &frame, TransmitType type, BusTime now)
@@ -106,7 +136,9 @@ BusTime VirtualBus::readyTime(unsigned node) const
     if (node == kVehicle)
         return vehicleHeard_ ? traffic_->due() : kNever;
     const auto &queue = channels_[node].transmissions;
-    return queue.empty() || !accepts(node, queue.front().frame) ? kNever : queue.front().ready;
+    if (queue.empty() || !accepts(node, queue.front().frame))
+        return kNever;
+    return channels_[node].offBus() ? std::max(queue.front().ready, channels_[node].offUntil) : queue.front().ready;
 }
 
 const BusFrame &VirtualBus::nextFrame(unsigned node) const
@@ -153,23 +185,71 @@ bool VirtualBus::receiversAreBehind() const
     });
 }
 
-void VirtualBus::complete(unsigned node, BusTime end)
+BusFrame VirtualBus::frameOnWire(unsigned node) const
 {
-    const BusFrame &frame = nextFrame(node);
+    BusFrame frame = nextFrame(node);
+    frame.errorStateIndicator = frame.fd && node != kVehicle && channels_[node].errorPassive();
+    return frame;
+}
+
+void VirtualBus::complete(unsigned node, const BusFrame &frame, BusTime end)
+{
+    const BusSettings sender = settingsOf(node);
     for (unsigned index = 0; index < kChannelCount; ++index) {
         BusChannel &channel = channels_[index];
-        const bool addressed = index == node ? channel.transmissions.front().selfReceived() : channel.started;
-        if (addressed && understands(channel.settings, settingsOf(node), frame))
+        if (index != node && channel.started && !channel.offBus() && understands(channel.settings, sender, frame))
+            channel.receiveSucceeded(end);
+        const bool addressed =
+            index == node ? channel.transmissions.front().selfReceived() : channel.started && !channel.offBus();
+        if (addressed && understands(channel.settings, sender, frame))
             channel.receive(frame, end);
     }
+    misunderstood(sender, frame, end);
     if (node == kVehicle) {
         ++vehicleCounts_[frame.id];
         traffic_->sent(end);
     } else {
+        channels_[node].sendSucceeded(end);
         channels_[node].transmissions.pop();
     }
     lastSender_ = node;
-    free_ = end;
+}
+
+// An error frame ends it. The sender tries again, as the bus lets it.
+void VirtualBus::destroy(unsigned node, const BusFrame &frame, BusTime end)
+{
+    const BusSettings sender = settingsOf(node);
+    for (unsigned index = 0; index < kChannelCount; ++index)
+        if (index != node && channels_[index].started && !channels_[index].offBus() &&
+            understands(channels_[index].settings, sender, frame))
+            channels_[index].receiveFailed(buserror::kStuff, end);
+    misunderstood(sender, frame, end);
+    if (node == kVehicle)
+        return;
+    channels_[node].sendFailed(end);
+    if (channels_[node].transmissions.front().single())
+        channels_[node].transmissions.pop();
+}
+
+// Whether the frame on the wire fails is drawn once, however often the bus is carried on until its end.
+void VirtualBus::drawFate()
+{
+    if (errorOneIn_ == 0 || drawn_)
+        return;
+    drawn_ = true;
+    fails_ = std::uniform_int_distribution<std::uint32_t>(1, errorOneIn_)(chance_) == 1;
+    failsAt_ = std::uniform_real_distribution<double>(0, 1)(chance_);
+}
+
+// How long the frame of `node` takes, or what is left of it and the error frame that ends it.
+BusTime VirtualBus::timeOnWire(unsigned node) const
+{
+    const BusSettings &settings = settingsOf(node);
+    const BusTime whole = frameDuration(frameOnWire(node), settings);
+    if (!fails_)
+        return whole;
+    return static_cast<BusTime>(failsAt_ * static_cast<double>(whole)) +
+           wireTime({kErrorFrameBits, 0}, settings.arbitrationRate, settings.dataRate);
 }
 
 BusTime VirtualBus::advance(BusTime now, std::size_t budget)
@@ -184,11 +264,19 @@ BusTime VirtualBus::advance(BusTime now, std::size_t budget)
             return kNever;
         if (contest.start > now)
             return contest.start;
-        const BusTime end =
-            busTime_ ? contest.start + frameDuration(nextFrame(contest.winner), settingsOf(contest.winner)) : now;
+        drawFate();
+        const BusTime end = busTime_ ? contest.start + timeOnWire(contest.winner) : now;
         if (end > now)
             return end;
-        complete(contest.winner, end);
+        for (BusChannel &channel : channels_)
+            channel.settle(contest.start);
+        const BusFrame frame = frameOnWire(contest.winner);
+        if (fails_)
+            destroy(contest.winner, frame, end);
+        else
+            complete(contest.winner, frame, end);
+        drawn_ = fails_ = false;
+        free_ = end;
     }
     return now;
 }

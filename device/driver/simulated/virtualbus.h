@@ -11,6 +11,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <random>
 
 constexpr BusTime kNever = std::numeric_limits<BusTime>::max();
 
@@ -35,6 +36,9 @@ public:
 
     // Whether anybody would acknowledge the frame on behalf of the channel, which may send at all.
     bool accepts(unsigned index, const BusFrame &frame) const;
+    // A transmission that nobody acknowledges: tried once, unless the channel's last one is still on the wire. Those
+    // who do not understand it find errors in it.
+    void tryInVain(unsigned index, const BusFrame &frame, BusTime now);
     // false when the transmit queue has no room.
     bool enqueue(unsigned index, const BusFrame &frame, TransmitType type, BusTime now);
 
@@ -61,11 +65,17 @@ private:
     const BusSettings &settingsOf(unsigned node) const;
     Contest arbitrate() const;
     bool receiversAreBehind() const;
-    void complete(unsigned node, BusTime end);
+    BusFrame frameOnWire(unsigned node) const;
+    void misunderstood(const BusSettings &sender, const BusFrame &frame, BusTime end);
+    void drawFate();
+    BusTime timeOnWire(unsigned node) const;
+    void complete(unsigned node, const BusFrame &frame, BusTime end);
+    void destroy(unsigned node, const BusFrame &frame, BusTime end);
 
     BusChannel channels_[kChannelCount];
     std::unique_ptr<TrafficSource> traffic_;
     const bool busTime_;
+    const std::uint32_t errorOneIn_;
     const BusTime vehicleDelay_;
     bool vehiclePresent_ = false; // from the first channel's start to the last one's end
     bool vehicleHeard_ = false;   // it speaks only while a channel understands it
@@ -73,4 +83,8 @@ private:
     FrameCounts vehicleCounts_;
     BusTime free_ = 0;              // the end of the last frame
     unsigned lastSender_ = kNobody; // node
+    std::minstd_rand chance_;       // the same at every run
+    bool drawn_ = false;            // whether the frame on the wire is to fail, and at which part of it
+    bool fails_ = false;
+    double failsAt_ = 0;
 };

@@ -1,5 +1,7 @@
 #include "device/driver/socketcan/canframes.h"
 
+#include <linux/can/error.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -8,6 +10,14 @@ static_assert(kIdMask == CAN_EFF_MASK && kIdExtendedFlag == CAN_EFF_FLAG && kIdR
 static_assert(kFdBitRateSwitch == CANFD_BRS && kFdDataBytes == CANFD_MAX_DLEN && kClassicDataBytes == CAN_MAX_DLEN);
 static_assert(offsetof(can_frame, data) == offsetof(canfd_frame, data) &&
               offsetof(can_frame, len) == offsetof(canfd_frame, len));
+
+static_assert(buserror::kLostArbitration == CAN_ERR_LOSTARB && buserror::kController == CAN_ERR_CRTL &&
+                  buserror::kProtocol == CAN_ERR_PROT && buserror::kNoAcknowledge == CAN_ERR_ACK &&
+                  buserror::kBusOff == CAN_ERR_BUSOFF && buserror::kRestarted == CAN_ERR_RESTARTED &&
+                  buserror::kErrorActive == CAN_ERR_CRTL_ACTIVE &&
+                  buserror::kTransmitPassive == CAN_ERR_CRTL_TX_PASSIVE && buserror::kStuff == CAN_ERR_PROT_STUFF &&
+                  buserror::kAcknowledgeSlot == CAN_ERR_PROT_LOC_ACK && kBusEventBytes == CAN_ERR_DLC,
+              "the error classes are the kernel's own");
 
 std::size_t toKernelFrame(const BusFrame &frame, canfd_frame *kernelFrame)
 {
@@ -37,5 +47,15 @@ bool fromKernelFrame(const canfd_frame &kernelFrame, std::size_t bytes, BusFrame
     frame->length = std::min<std::uint8_t>(kernelFrame.len, frame->fd ? kFdDataBytes : kClassicDataBytes);
     if (!frame->remote())
         std::memcpy(frame->data, kernelFrame.data, frame->length);
+    return true;
+}
+
+bool fromKernelFrame(const canfd_frame &kernelFrame, std::size_t bytes, BusEvent *event)
+{
+    if (bytes != CAN_MTU || (kernelFrame.can_id & CAN_ERR_FLAG) == 0)
+        return false;
+    *event = BusEvent();
+    event->classes = kernelFrame.can_id & CAN_ERR_MASK;
+    std::memcpy(event->data, kernelFrame.data, std::min<std::size_t>(kernelFrame.len, kBusEventBytes));
     return true;
 }

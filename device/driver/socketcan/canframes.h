@@ -1,6 +1,7 @@
 // Between the kernel's CAN frames and the frames that the driver's records stand for.
 #pragma once
 
+#include "device/driver/busevent.h"
 #include "device/driver/busframe.h"
 
 #include <linux/can.h>
@@ -14,3 +15,5 @@ std::size_t toKernelFrame(const BusFrame &frame, canfd_frame *kernelFrame);
 // bytes: the size the kernel handed out. false for what is neither a data nor a remote frame: error frames, other
 // sizes.
 bool fromKernelFrame(const canfd_frame &kernelFrame, std::size_t bytes, BusFrame *frame);
+// The same for an error frame; false for all others.
+bool fromKernelFrame(const canfd_frame &kernelFrame, std::size_t bytes, BusEvent *event);

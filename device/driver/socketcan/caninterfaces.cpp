@@ -55,12 +55,39 @@ std::string textOf(const rtattr &attribute)
     return std::string(text, strnlen(text, RTA_PAYLOAD(&attribute)));
 }
 
+ControllerState controllerState(std::uint32_t kernelState)
+{
+    switch (kernelState) {
+    case CAN_STATE_ERROR_ACTIVE:
+        return ControllerState::ErrorActive;
+    case CAN_STATE_ERROR_WARNING:
+        return ControllerState::ErrorWarning;
+    case CAN_STATE_ERROR_PASSIVE:
+        return ControllerState::ErrorPassive;
+    case CAN_STATE_BUS_OFF:
+        return ControllerState::BusOff;
+    default: // stopped, sleeping
+        return ControllerState::Unknown;
+    }
+}
+
+void readCounters(const can_berr_counter &counters, ChannelState *state)
+{
+    state->countersKnown = true;
+    state->transmitErrors = counters.txerr;
+    state->receiveErrors = counters.rxerr;
+}
+
 void readCanAttribute(const rtattr &attribute, CanInterface *interface)
 {
     if (typeOf(attribute) == IFLA_CAN_BITTIMING)
         interface->bitRate = valueOf<can_bittiming>(attribute).bitrate;
     else if (typeOf(attribute) == IFLA_CAN_DATA_BITTIMING)
         interface->dataBitRate = valueOf<can_bittiming>(attribute).bitrate;
+    else if (typeOf(attribute) == IFLA_CAN_STATE)
+        interface->state.controller = controllerState(valueOf<std::uint32_t>(attribute));
+    else if (typeOf(attribute) == IFLA_CAN_BERR_COUNTER)
+        readCounters(valueOf<can_berr_counter>(attribute), &interface->state);
 }
 
 void readLinkInfo(const rtattr &linkInfo, CanInterface *interface)

@@ -1,6 +1,8 @@
 // The kernel's CAN network interfaces, as rtnetlink tells of them.
 #pragma once
 
+#include "device/driver/busevent.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -14,6 +16,7 @@ struct CanInterface {
     std::uint32_t bitRate = 0;     // bits per second of the arbitration phase; 0 when not told
     std::uint32_t dataBitRate = 0; // of the data phase; 0 when not told, or classic only
     std::uint16_t irq = 0;         // 0 when not told
+    ChannelState state;            // unknown when not told: virtual interfaces, interfaces that are down
 };
 
 // All of them in the kernel's order; empty where there are none or the kernel cannot be asked.

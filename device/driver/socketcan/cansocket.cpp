@@ -49,7 +49,10 @@ bool takesFdFrames(int socket)
 Descriptor openReceivingSocket(int interfaceIndex, int *error)
 {
     Descriptor socket = openSocket();
-    if (!socket.valid() || !takesFdFrames(socket.get()) || !setOption(socket.get(), SOL_SOCKET, SO_TIMESTAMPNS, 1))
+    constexpr can_err_mask_t kEveryErrorFrame = CAN_ERR_MASK;
+    if (!socket.valid() || !takesFdFrames(socket.get()) ||
+        !setOption(socket.get(), SOL_CAN_RAW, CAN_RAW_ERR_FILTER, kEveryErrorFrame) ||
+        !setOption(socket.get(), SOL_SOCKET, SO_TIMESTAMPNS, 1))
         return failure(error);
     // The second way is capped for ordinary users; the frames then wait in the channel's queues, not in the kernel.
     if (!setOption(socket.get(), SOL_SOCKET, SO_RCVBUFFORCE, kReceiveBufferBytes))

@@ -11,8 +11,8 @@ struct canfd_frame;
 
 // Both answer an invalid descriptor and set *error (errno) on failure. The sockets never block and take FD frames.
 
-// Hears everything on the interface but what is sent through itself, no error frames; stamps every frame, and has as
-// large a buffer as the kernel allows.
+// Hears everything on the interface but what is sent through itself, error frames included; stamps every frame, and has
+// as large a buffer as the kernel allows.
 Descriptor openReceivingSocket(int interfaceIndex, int *error);
 // Hears nothing. What goes out here is heard by the receiving socket.
 Descriptor openSendingSocket(int interfaceIndex, int *error);

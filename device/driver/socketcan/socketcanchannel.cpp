@@ -16,6 +16,7 @@ namespace
 using namespace std::chrono_literals;
 
 constexpr std::size_t kQueueRecords = 1 << 16; // of each kind
+constexpr std::size_t kMostEvents = 4096;      // error frames that wait to be taken
 constexpr auto kTransmitPatience = 1s;
 // The kernel does not tell when a full transmit queue has room again: look so often.
 constexpr std::chrono::nanoseconds kQueueFullPause = 250us;
@@ -43,7 +44,8 @@ SocketCanChannel::SocketCanChannel(CanInterface interface, bool listenOnly, std:
       notices_(notices),
       clock_(openedMonotonic),
       classic_(kQueueRecords),
-      fd_(kQueueRecords)
+      fd_(kQueueRecords),
+      events_(kMostEvents)
 {
 }
 
@@ -177,7 +179,8 @@ void SocketCanChannel::store(const FrameReader &reader, int frames)
         BusFrame frame;
         for (int i = 0; i < frames; ++i) {
             const std::uint64_t time = clock_.microseconds(reader.wallStamp(i));
-            if (!fromKernelFrame(reader.frame(i), reader.bytes(i), &frame) || !filter_.passes(frame))
+            if (storeEvent(reader, i, time) || !fromKernelFrame(reader.frame(i), reader.bytes(i), &frame) ||
+                !filter_.passes(frame))
                 continue;
             if (CanFdReceiveRecord *fdRecord = frame.fd ? fd_.push() : nullptr)
                 fillRecord(frame, time, fdRecord);
@@ -189,6 +192,45 @@ void SocketCanChannel::store(const FrameReader &reader, int frames)
     }
     lost_ += noRoom;
     arrived_.notify_all();
+}
+
+// With guard_ held; false when the frame is no error frame.
+bool SocketCanChannel::storeEvent(const FrameReader &reader, int i, std::uint64_t time)
+{
+    BusEvent event;
+    if (!fromKernelFrame(reader.frame(i), reader.bytes(i), &event))
+        return false;
+    event.timeStamp = time;
+    state_ = stateAfter(state_, event);
+    if (BusEvent *room = events_.push())
+        *room = event;
+    else
+        ++lostEvents_;
+    return true;
+}
+
+BusReport SocketCanChannel::report(BusQuestion question)
+{
+    BusReport report;
+    if (!running_)
+        return report;
+    CanInterface now; // asked before the lock is taken: the receiving thread needs it
+    const bool told = findCanInterface(interface_.name, &now) && now.index == interface_.index;
+    const std::lock_guard<std::mutex> lock(guard_);
+    if (told && now.state.controller != ControllerState::Unknown)
+        state_.controller = now.state.controller;
+    if (told && now.state.countersKnown) {
+        state_.countersKnown = true;
+        state_.transmitErrors = now.state.transmitErrors;
+        state_.receiveErrors = now.state.receiveErrors;
+    }
+    report.state = state_;
+    if (question == BusQuestion::StateAndEvents) {
+        report.events.resize(events_.size());
+        events_.take(report.events.data(), report.events.size());
+        report.lost = std::exchange(lostEvents_, 0);
+    }
+    return report;
 }
 
 void SocketCanChannel::countDropped()

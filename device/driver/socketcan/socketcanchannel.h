@@ -32,6 +32,9 @@ public:
     // Frames that found no room, in the kernel or here, since the last call.
     std::uint64_t takeLost() { return lost_.exchange(0); }
 
+    // The state as the kernel tells it, where it does, else as the error frames have left it.
+    BusReport report(BusQuestion question);
+
     // Answer: how many of the frames the kernel took. Waits for room, a second at most altogether.
     std::uint32_t transmit(const CanTransmitRecord *records, std::uint32_t count);
     std::uint32_t transmit(const CanFdTransmitRecord *records, std::uint32_t count);
@@ -50,6 +53,7 @@ private:
     Drained drain(FrameReader *reader);
     Drained readFailed(int error);
     void store(const FrameReader &reader, int frames);
+    bool storeEvent(const FrameReader &reader, int i, std::uint64_t time);
     void countDropped();
     bool send(const canfd_frame &frame, std::size_t bytes, bool heardHere, Clock::time_point deadline);
     bool waitForRoom(int socket, int error, Clock::time_point deadline);
@@ -72,10 +76,13 @@ private:
     std::atomic<bool> toldMissing_{false};
     std::atomic<std::uint64_t> lost_{0};
 
-    std::mutex guard_; // the filter and the queues
+    std::mutex guard_; // the filter, the queues and the state
     std::condition_variable arrived_;
     AcceptanceFilter filter_;
     BoundedQueue<CanReceiveRecord> classic_;
     BoundedQueue<CanFdReceiveRecord> fd_;
+    BoundedQueue<BusEvent> events_;
+    std::uint64_t lostEvents_ = 0;
+    ChannelState state_;
     std::thread thread_;
 };

@@ -91,6 +91,12 @@ std::vector<DriverNotice> SocketCanDriver::takeNotices()
     return notices_.take();
 }
 
+BusReport SocketCanDriver::busReport(Handle channel, BusQuestion question)
+{
+    const ChannelPointer found = channelOf(channel);
+    return found ? found->report(question) : BusReport();
+}
+
 // The open device's interfaces among all, in channel order.
 std::vector<CanInterface> SocketCanDriver::ownAmong(const std::vector<CanInterface> &all) const
 {
