@@ -25,8 +25,9 @@ void DbcParser::readMessage()
     const char *place = scanner_.place();
     const std::uint32_t word = scanner_.messageWord();
     MessageDefinition message;
-    message.extended = (word & kExtended) != 0;
     message.id = word & ~kExtended;
+    message.extended = message.id != word || message.id > kMostStandard;
+    const std::uint32_t key = message.extended ? message.id | kExtended : message.id;
     const std::string_view name = scanner_.word();
     message.name = scanner_.text(name);
     scanner_.expect(':');
@@ -38,11 +39,11 @@ void DbcParser::readMessage()
             scanner_.word();
         return;
     }
-    if (message.id > (message.extended ? kMostExtended : kMostStandard))
+    if (message.id > kMostExtended)
         throw DbcError{DbcFault::BadIdentifier, place, QString::number(word)};
     if (length < 0 || length > kMostLength)
         throw DbcError{DbcFault::BadNumber, lengthPlace, QString::number(length)};
-    if (messageIndexes_.contains(word))
+    if (messageIndexes_.contains(key))
         throw DbcError{DbcFault::RepeatedMessage, place, message.name};
     message.length = static_cast<std::uint16_t>(length);
     if (scanner_.moreOnLine()) {
@@ -52,7 +53,10 @@ void DbcParser::readMessage()
     }
     currentMessage_ = result_.database.messages.size();
     skippingSignals_ = false;
+    if (key != word)
+        tell(DbcFault::MissingExtendedFlag, place, QString::number(word));
     messageIndexes_.insert(word, currentMessage_);
+    messageIndexes_.insert(key, currentMessage_);
     result_.database.messages.append(message);
     notes_.append(MessageNotes{name.data(), {}, {}, {}, {}});
 }

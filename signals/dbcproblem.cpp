@@ -44,6 +44,10 @@ QString faultText(DbcFault fault)
         return text3("没有值表“%1”", "沒有值表「%1」", "there is no value table \"%1\"");
     case DbcFault::MissingSemicolon:
         return text3("缺少“;”", "缺少「;」", "\";\" is missing");
+    case DbcFault::MissingExtendedFlag:
+        return text3("标识符 %1 超过 11 位但没有扩展帧标记，按扩展帧处理",
+                     "識別碼 %1 超過 11 位元但沒有擴展幀標記，按擴展幀處理",
+                     "identifier %1 has more than 11 bits but no mark of an extended frame, which it is read as");
     case DbcFault::ZeroFactor:
         return text3("信号“%1”的系数为 0，按 1 处理", "訊號「%1」的係數為 0，按 1 處理",
                      "signal \"%1\" has the factor 0, which is read as 1");

@@ -25,6 +25,7 @@ enum class DbcFault {
     UnknownValueTable,
     // The statement is kept, with a default in place of what is wrong.
     MissingSemicolon,
+    MissingExtendedFlag,
     ZeroFactor,
     BadFloatLength,
     BeyondMessage,

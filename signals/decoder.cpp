@@ -134,8 +134,7 @@ void MessageDecoder::decodeBytes(const std::uint8_t *data, unsigned length, Sign
             continue;
         }
         const std::uint8_t *from = data + step.load;
-        std::uint64_t word =
-            step.motorola ? qFromBigEndian<std::uint64_t>(from) : qFromLittleEndian<std::uint64_t>(from);
+        std::uint64_t word = step.motorola ? qFromBigEndian<quint64>(from) : qFromLittleEndian<quint64>(from);
         if (step.extraBits > 0) {
             const std::uint64_t ninth = from[kWordBytes];
             word = step.motorola ? (word << step.up) | (ninth >> (kByteBits - step.up))
