@@ -59,9 +59,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     for (const KnownMessage &message : database->messages) {
         require(lookup.find(1, message.definition->id, message.definition->extended) == &message);
         checkInverse(message, payload, length);
-        QVector<SignalInput> inputs;
+        std::vector<SignalInput> inputs;
         for (int i = 0; i < std::min(message.decoder.signalCount(), 16); ++i)
-            inputs.append({i, double(size) - i, {}});
+            inputs.push_back({i, double(size) - i, {}});
         std::uint8_t copy[kRawDataBytes] = {};
         const MessageEncoder encoder(*message.definition);
         encoder.start(copy, encoder.payloadLength());

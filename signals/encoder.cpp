@@ -198,11 +198,12 @@ EncodeResult MessageEncoder::set(const SignalInput &input, std::uint8_t *payload
     }
     const bool limited = limits == EncodeLimits::Declared && signal.hasLimits();
     const double kept = limited ? std::clamp(wanted, signal.minimum, signal.maximum) : wanted;
-    if (!input.raw || kept != wanted) {
+    const bool cut = kept < wanted || kept > wanted; // false of what is not a number
+    if (!input.raw || cut) {
         if (!std::isfinite(kept))
             return refused(EncodeRefusal::NotFinite);
         raw = rawOf(signal, kept);
-        raw.clamped = raw.clamped || kept != wanted;
+        raw.clamped = raw.clamped || cut;
     }
     writeBits(signal, static_cast<std::uint64_t>(raw.value), payload);
     const double carried = physicalValue(signal, raw.value);
@@ -248,22 +249,22 @@ EncodeRefusal MessageEncoder::choose(int index, QVector<std::optional<Choice>> *
     return EncodeRefusal::None;
 }
 
-QVector<EncodeResult> MessageEncoder::encode(const QVector<SignalInput> &inputs, std::uint8_t *payload, unsigned length,
-                                             EncodeLimits limits) const
+std::vector<EncodeResult> MessageEncoder::encode(const std::vector<SignalInput> &inputs, std::uint8_t *payload,
+                                                 unsigned length, EncodeLimits limits) const
 {
     const QVector<SignalDefinition> &list = message_->signalList;
     QVector<std::optional<Choice>> choices(list.size());
-    QVector<EncodeResult> results(inputs.size());
+    std::vector<EncodeResult> results(inputs.size());
     // The multiplexers that the caller gives decide, the uppermost first.
-    QVector<int> order(inputs.size());
-    std::iota(order.begin(), order.end(), 0);
-    const auto rank = [&](int input) {
+    std::vector<std::size_t> order(inputs.size());
+    std::iota(order.begin(), order.end(), std::size_t(0));
+    const auto rank = [&](std::size_t input) {
         const int signal = inputs.at(input).signal;
         const bool decides = signal >= 0 && signal < list.size() && list.at(signal).multiplexer;
         return decides ? depthOf(list, signal) : list.size() + 1;
     };
-    std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return rank(a) < rank(b); });
-    for (const int i : order) {
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return rank(a) < rank(b); });
+    for (const std::size_t i : order) {
         const SignalInput &input = inputs.at(i);
         EncodeResult &result = results[i];
         if (input.signal < 0 || input.signal >= list.size()) {

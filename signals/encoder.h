@@ -4,6 +4,7 @@
 #include "signals/database.h"
 
 #include <optional>
+#include <vector>
 
 enum class EncodeOutcome : std::uint8_t {
     Exact,
@@ -57,7 +58,7 @@ public:
                      EncodeLimits limits = EncodeLimits::Representable) const;
     // Several signals, and the multiplexers that select them: one that is not given gets the first value that selects
     // what is given, unless the payload selects it already. Results in the order of the inputs.
-    QVector<EncodeResult> encode(const QVector<SignalInput> &inputs, std::uint8_t *payload, unsigned length,
+    std::vector<EncodeResult> encode(const std::vector<SignalInput> &inputs, std::uint8_t *payload, unsigned length,
                                  EncodeLimits limits = EncodeLimits::Representable) const;
 
 private:

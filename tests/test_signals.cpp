@@ -250,7 +250,7 @@ private slots:
 
     void multiplexersFollowWhatIsEncoded()
     {
-        using Inputs = QVector<SignalInput>;
+        using Inputs = std::vector<SignalInput>;
         const MessageDefinition message = nested();
         const MessageEncoder encoder(message);
         const auto encode = [&](const Inputs &inputs, const char *before, const char *after) {
