@@ -60,7 +60,7 @@ Raw integerOf(const SignalDefinition &signal, double wanted)
 {
     const bool isSigned = signal.type == SignalType::Signed;
     const double beyond = std::ldexp(1.0, isSigned ? signal.bits - 1 : signal.bits); // exact
-    const std::uint64_t most = ~std::uint64_t(0) >> (kWordBits - signal.bits + (isSigned ? 1 : 0));
+    const std::uint64_t most = (~std::uint64_t(0) >> (kWordBits - signal.bits)) >> (isSigned ? 1 : 0);
     const double least = isSigned ? -beyond : 0;
     const double rounded = std::round(wanted);
     if (rounded >= beyond)

@@ -203,6 +203,7 @@ private slots:
         const SignalDefinition low = layout(0, 64, ByteOrder::Motorola, SignalType::Signed);
         row("lowest beyond the payload", low, 0, EncodeOutcome::Refused, 0);
         row("lowest", layout(0, 64, ByteOrder::Intel, SignalType::Signed), -1e300, EncodeOutcome::Clamped, -0x1p63);
+        row("one bit with a sign", layout(0, 1, ByteOrder::Intel, SignalType::Signed), 5, EncodeOutcome::Clamped, 0);
         row("float", layout(0, 32, ByteOrder::Intel, SignalType::Float), 0.1, EncodeOutcome::Rounded, double(0.1f));
         row("float beyond", layout(0, 32, ByteOrder::Intel, SignalType::Float), -1e39, EncodeOutcome::Clamped,
             -double(std::numeric_limits<float>::max()));
