@@ -1,4 +1,5 @@
 #include "device/driver/simulated/trafficsource.h"
+#include "device/driver/simulated/vehiclesignals.h"
 
 #include <algorithm>
 #include <iterator>
@@ -47,8 +48,8 @@ constexpr Message kMessages[] = {
 };
 
 constexpr BusTime kNanosecondsPerMs = 1000000;
-constexpr double kMostLoad = 0.4;         // of the bus's time
-constexpr std::uint8_t kLeastChecked = 4; // data bytes from which on the last one is a checksum
+constexpr double kNanosecondsPerSecond = 1e9;
+constexpr double kMostLoad = 0.4; // of the bus's time
 
 BusFrame emptyFrame(const Message &message)
 {
@@ -60,32 +61,6 @@ BusFrame emptyFrame(const Message &message)
     return frame;
 }
 
-// Rises from 0 to 0xFFFF and falls again.
-std::uint16_t ramp(std::uint32_t position)
-{
-    const std::uint32_t phase = position & 0x1FFFF;
-    return static_cast<std::uint16_t>(phase <= 0xFFFF ? phase : 0x1FFFF - phase);
-}
-
-// Byte 0 counts, bytes 1 and 2 are a ramp, byte 3 a slower one, the last is the exclusive or of the others; the rest
-// stays as it is.
-void fillData(BusFrame *frame, std::uint32_t count)
-{
-    if (frame->remote())
-        return;
-    const std::uint16_t fast = ramp(count * 257);
-    const std::uint8_t signals[] = {static_cast<std::uint8_t>(count), static_cast<std::uint8_t>(fast >> 8),
-                                    static_cast<std::uint8_t>(fast), static_cast<std::uint8_t>(ramp(count * 31) >> 8)};
-    for (std::uint8_t i = 0; i < frame->length; ++i)
-        frame->data[i] = i < std::size(signals) ? signals[i] : static_cast<std::uint8_t>(frame->identifier() + i);
-    if (frame->length < kLeastChecked)
-        return;
-    std::uint8_t &checksum = frame->data[frame->length - 1];
-    checksum = 0;
-    for (std::uint8_t i = 0; i + 1 < frame->length; ++i)
-        checksum ^= frame->data[i];
-}
-
 class BuiltInVehicle : public TrafficSource
 {
 public:
@@ -95,6 +70,7 @@ public:
         for (const Message &message : kMessages)
             load += static_cast<double>(frameDuration(emptyFrame(message), settings)) /
                     (message.periodMs * static_cast<double>(kNanosecondsPerMs));
+        start_ = start;
         const double stretch = std::max(1.0, load / kMostLoad);
         for (std::size_t i = 0; i < std::size(kMessages); ++i) {
             state_[i].period = static_cast<BusTime>(stretch * kMessages[i].periodMs * kNanosecondsPerMs);
@@ -127,10 +103,12 @@ private:
                                                [](const State &a, const State &b) { return a.due < b.due; });
         next_ = static_cast<std::size_t>(earliest - std::begin(state_));
         frame_ = emptyFrame(kMessages[next_]);
-        fillData(&frame_, state_[next_].count);
+        const BusTime played = state_[next_].due - start_;
+        fillVehicleData(&frame_, static_cast<double>(played) / kNanosecondsPerSecond, state_[next_].count);
     }
 
     State state_[std::size(kMessages)] = {};
+    BusTime start_ = 0;
     std::size_t next_ = 0;
     BusFrame frame_;
 };

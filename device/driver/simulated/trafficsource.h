@@ -24,8 +24,9 @@ public:
     virtual void sent(BusTime end) = 0;
 };
 
-// The built-in vehicle: periodic identifiers of every kind of frame, with counters and ramps in their data. The same at
-// every run. On a slow bus all periods stretch, so that others get their turn.
+// The built-in vehicle: periodic identifiers of every kind of frame, whose data are what databases/vehicle.dbc says:
+// speed, revolutions, doors and more of a drive of one minute, over and over. The same at every run. On a slow bus all
+// periods stretch, so that others get their turn.
 std::unique_ptr<TrafficSource> makeBuiltInVehicle();
 // Sends the frames in turn whenever the bus is free. Where a frame has at least four data bytes, they hold its number,
 // counted from 0, least significant byte first. No frames: the shortest FD frame with bit-rate switch.
