@@ -1,5 +1,7 @@
 #include "app/framecelldelegate.h"
 
+#include "widgets/lightgrid.h"
+
 #include <QPainter>
 
 namespace
@@ -12,13 +14,14 @@ void FrameCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
     const bool selected = option.state & QStyle::State_Selected;
     const bool active = option.state & QStyle::State_Active;
     const QPalette::ColorGroup group = active ? QPalette::Active : QPalette::Inactive;
+    const QRect cell = lightGridRoom(option);
     if (selected)
-        painter->fillRect(option.rect, option.palette.brush(group, QPalette::Highlight));
+        painter->fillRect(cell, option.palette.brush(group, QPalette::Highlight));
     painter->setPen(option.palette.color(group, selected ? QPalette::HighlightedText : QPalette::Text));
 
     const QString text = index.data().toString();
     const int margin = option.fontMetrics.averageCharWidth() / 2 + 1;
-    const QRect room = option.rect.adjusted(margin, 0, -margin, 0);
+    const QRect room = cell.adjusted(margin, 0, -margin, 0);
     const int top = room.top() + (room.height() - option.fontMetrics.height()) / 2;
     ascii_.setFont(option.font);
     if (ascii_.take(text)) {

@@ -91,7 +91,7 @@ FrameTableView::Round::~Round()
         view_.sync();
 }
 
-FrameTableView::FrameTableView(QWidget *parent) : QTableView(parent), rows_(new RowHeader(this))
+FrameTableView::FrameTableView(QWidget *parent) : LightGridTable(parent), rows_(new RowHeader(this))
 {
     setVerticalHeader(rows_);
     setItemDelegate(new FrameCellDelegate(this));

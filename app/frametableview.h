@@ -4,14 +4,13 @@
 #pragma once
 
 #include "frames/mytablemodel.h"
-
-#include <QTableView>
+#include "widgets/lightgrid.h"
 
 #include <deque>
 
 class RowHeader;
 
-class FrameTableView : public QTableView
+class FrameTableView : public LightGridTable<QTableView>
 {
     Q_OBJECT
 
