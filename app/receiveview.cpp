@@ -3,6 +3,7 @@
 #include "app/columntitles.h"
 #include "app/displayfilter.h"
 #include "app/rowclipboard.h"
+#include "app/tablehint.h"
 #include "frames/framecounter.h"
 #include "frames/mytablemodel.h"
 #include "frames/pendingframes.h"
@@ -10,7 +11,6 @@
 
 #include <QEvent>
 #include <QPointer>
-#include <QScrollBar>
 #include <QTime>
 
 #include <algorithm>
@@ -34,10 +34,7 @@ ReceiveView::ReceiveView(QWidget *parent)
     const auto keepSelection = [this] { selectionKept_ = true; };
     connect(ui_->tableView, &QAbstractItemView::clicked, this, keepSelection);
     connect(ui_->tableView, &QAbstractItemView::pressed, this, keepSelection);
-    const QScrollBar *bar = ui_->tableView->verticalScrollBar();
-    connect(bar, &QScrollBar::valueChanged, this,
-            [this, bar](int value) { readingBack_ = bar->isSliderDown() && value < bar->maximum(); });
-    connect(bar, &QScrollBar::sliderReleased, this, [this] { readingBack_ = false; });
+    showHint();
 }
 
 ReceiveView::~ReceiveView()
@@ -49,6 +46,7 @@ ReceiveView::~ReceiveView()
 void ReceiveView::refresh()
 {
     runRound(isCapturing());
+    showHint();
 }
 
 void ReceiveView::runRound(bool capturing)
@@ -155,18 +153,15 @@ void ReceiveView::display(const Frames &frames)
         if (!rows.isEmpty())
             model_->appendRows(rows);
     }
-    if (!merge_)
-        scrollToEnd();
     if (!selectionKept_)
         selectCurrentRow();
     selectionKept_ = false;
 }
 
-// The newest frames stay in sight, except while the user holds the scroll bar to look at older ones.
-void ReceiveView::scrollToEnd()
+void ReceiveView::showHint()
 {
-    if (!readingBack_)
-        ui_->tableView->scrollToBottom();
+    if (model_->rowCount() == 0)
+        ui_->tableView->setHint(tableHint(isPaused(), model_->isFiltered()));
 }
 
 void ReceiveView::selectCurrentRow()
@@ -190,6 +185,7 @@ void ReceiveView::setListLimit(uint rows)
 void ReceiveView::setMerge(bool merge)
 {
     merge_ = merge;
+    ui_->tableView->setFollowsEnd(!merge);
     if (!merge)
         return;
     clearList();
@@ -201,6 +197,7 @@ void ReceiveView::setHeaderTexts()
     model_->setHeader(columnTitles());
     if (ui_->tableView->model())
         ui_->tableView->languageChanged();
+    showHint();
 }
 
 void ReceiveView::on_cleanListBtn_clicked()

@@ -73,7 +73,7 @@ private:
     bool isCapturing() const;
     bool isPaused() const;
     void display(const Frames &frames);
-    void scrollToEnd();
+    void showHint();
     void selectCurrentRow();
     void startCapture();
 
@@ -85,5 +85,4 @@ private:
     uint listLimit_ = 1000;
     bool merge_ = false;
     bool selectionKept_ = false; // the user has just chosen a row
-    bool readingBack_ = false;   // the user holds the scroll bar away from its end
 };
