@@ -59,10 +59,16 @@ void ReceiveView::runRound(bool capturing)
     const bool paused = isPaused();
     FrameStatistics::Counts counts{};
     Frames shown;
+    int overtaken = capturing ? 0 : overtakenFrames(frames.size());
     for (ModelItem &frame : frames) {
+        ++counts[FrameStatistics::counterOf(frame.channel, frame.direction)];
+        if (overtaken > 0) {
+            --overtaken;
+            ++number;
+            continue;
+        }
         frame.indexText = QString::number(number++);
         frame.systemTime = now;
-        ++counts[FrameStatistics::counterOf(frame.channel, frame.direction)];
         const bool accepted = model_->acceptsRow(frame);
         if (capturing && (accepted || !capture_.wantsFilteredOnly()))
             capture_.add(frame);
@@ -74,6 +80,15 @@ void ReceiveView::runRound(bool capturing)
     if (!paused)
         display(shown);
     statistics_.add(counts);
+}
+
+// Of so many new frames, the first ones that nobody will see: later ones of the same round take their place.
+int ReceiveView::overtakenFrames(int count) const
+{
+    if (isPaused())
+        return count;
+    const bool everyFrameMatters = merge_ || model_->isFiltered();
+    return everyFrameMatters ? 0 : static_cast<int>(qMax<qint64>(0, count - qint64(listLimit_)));
 }
 
 void ReceiveView::recvData(QList<ModelItem> modelList, uint channel)

@@ -68,6 +68,7 @@ private:
     using Frames = std::vector<ModelItem *>;
 
     void runRound(bool capturing);
+    int overtakenFrames(int count) const;
     void takeBatch(QList<ModelItem> &frames, FrameStatistics::Counter counter);
     void setLabelWidths();
     bool isCapturing() const;
