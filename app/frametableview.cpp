@@ -162,11 +162,11 @@ void FrameTableView::setFollowsEnd(bool on)
     followsEnd_ = on;
 }
 
-void FrameTableView::setHint(const QString &text)
+void FrameTableView::setHint(TableHint hint)
 {
-    if (hint_ == text)
+    if (hint_ == hint)
         return;
-    hint_ = text;
+    hint_ = hint;
     viewport()->update();
 }
 
@@ -214,6 +214,7 @@ void FrameTableView::languageChanged()
     titlesChanged();
     for (int column = 0; column < DataColumn; ++column)
         setColumnWidth(column, qMax(columnWidth(column), columnmeasures::usualWidth(*this, column)));
+    viewport()->update(); // the hint
 }
 
 int FrameTableView::currentRow() const
@@ -287,13 +288,13 @@ void FrameTableView::resizeEvent(QResizeEvent *event)
 void FrameTableView::paintEvent(QPaintEvent *event)
 {
     LightGridTable::paintEvent(event);
-    if (!frames_ || frames_->rowCount() > 0 || hint_.isEmpty())
+    if (!frames_ || frames_->rowCount() > 0)
         return;
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::Text));
     const int margin = fontMetrics().height();
     painter.drawText(viewport()->rect().adjusted(margin, margin, -margin, -margin), Qt::AlignCenter | Qt::TextWordWrap,
-                     hint_);
+                     tableHintText(hint_));
 }
 
 void FrameTableView::scrollContentsBy(int dx, int dy)

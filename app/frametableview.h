@@ -3,6 +3,7 @@
 // Rows that fail the display filter are hidden, and stay so through removals and merges.
 #pragma once
 
+#include "app/tablehint.h"
 #include "frames/mytablemodel.h"
 #include "widgets/lightgrid.h"
 
@@ -47,7 +48,7 @@ public:
     // the rows in sight stay there, as long as the model has them.
     void setFollowsEnd(bool on);
     // Shown in the middle while there are no rows.
-    void setHint(const QString &text);
+    void setHint(TableHint hint);
 
 protected:
     void changeEvent(QEvent *event) override;
@@ -92,7 +93,7 @@ private:
 
     bool followsEnd_ = true;
     qint64 heightGone_ = 0; // pixels of the rows removed at the top that the view still shows
-    QString hint_;
+    TableHint hint_ = TableHint::None;
 
     int longestData_ = 0; // characters of the longest data text since the table was last empty
 };

@@ -212,7 +212,6 @@ void ReceiveView::setHeaderTexts()
     model_->setHeader(columnTitles());
     if (ui_->tableView->model())
         ui_->tableView->languageChanged();
-    showHint();
 }
 
 void ReceiveView::on_cleanListBtn_clicked()

@@ -3,6 +3,10 @@
 
 #include <QString>
 
-// What to do first, or why nothing shows, in the current language; from the device's state and the two choices of the
-// user that keep frames out of the table.
-QString tableHint(bool paused, bool filtered);
+enum class TableHint { None, DeviceClosed, ChannelsClosed, Paused, Filtered, Waiting };
+
+// What to do first, or why nothing shows: from the device's state and the two choices of the user that keep frames out
+// of the table.
+TableHint tableHint(bool paused, bool filtered);
+// In the current language.
+QString tableHintText(TableHint hint);

@@ -141,7 +141,7 @@ private slots:
             view.refresh();
             return table->viewport()->grab().toImage();
         };
-        table->setHint(QString());
+        table->setHint(TableHint::None);
         const QImage bare = table->viewport()->grab().toImage();
         QList<QImage> seen{bare};
         const auto isNew = [&] {
