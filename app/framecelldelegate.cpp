@@ -1,10 +1,26 @@
 #include "app/framecelldelegate.h"
 
+#include "app/columnmeasures.h"
+#include "widgets/lightgrid.h"
+
+#include <QAbstractItemView>
+#include <QHelpEvent>
 #include <QPainter>
+#include <QToolTip>
 
 namespace
 {
 constexpr int kKeptTexts = 200;
+
+int margin(const QStyleOptionViewItem &option)
+{
+    return option.fontMetrics.averageCharWidth() / 2 + 1;
+}
+
+QRect textRoom(const QStyleOptionViewItem &option)
+{
+    return lightGridRoom(option).adjusted(margin(option), 0, -margin(option), 0);
+}
 } // namespace
 
 void FrameCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
@@ -13,38 +29,68 @@ void FrameCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
     const bool active = option.state & QStyle::State_Active;
     const QPalette::ColorGroup group = active ? QPalette::Active : QPalette::Inactive;
     if (selected)
-        painter->fillRect(option.rect, option.palette.brush(group, QPalette::Highlight));
+        painter->fillRect(lightGridRoom(option), option.palette.brush(group, QPalette::Highlight));
     painter->setPen(option.palette.color(group, selected ? QPalette::HighlightedText : QPalette::Text));
 
     const QString text = index.data().toString();
-    const int margin = option.fontMetrics.averageCharWidth() / 2 + 1;
-    const QRect room = option.rect.adjusted(margin, 0, -margin, 0);
-    const int top = room.top() + (room.height() - option.fontMetrics.height()) / 2;
-    ascii_.setFont(option.font);
-    if (ascii_.take(text)) {
-        if (ascii_.width() <= room.width()) {
-            ascii_.draw(painter, QPointF(room.left(), top + option.fontMetrics.ascent()));
-            return;
-        }
-    } else if (const QStaticText &words = laidOut(text, option.font); words.size().width() <= room.width()) {
-        painter->drawStaticText(room.left(), top, words);
+    const QRect room = textRoom(option);
+    Face &face = this->face(option.font, index.column());
+    // Both faces stand on one base line.
+    const int ascent = qMax(usual_.metrics.ascent(), fixed_.metrics.ascent());
+    const int height = ascent + qMax(usual_.metrics.descent(), fixed_.metrics.descent());
+    const int baseLine = room.top() + (room.height() - height) / 2 + ascent;
+    if (face.ascii.take(text) && face.ascii.width() <= room.width()) {
+        face.ascii.draw(painter, QPointF(room.left(), baseLine));
         return;
     }
-    painter->drawText(QPointF(room.left(), top + option.fontMetrics.ascent()),
-                      option.fontMetrics.elidedText(text, Qt::ElideRight, room.width()));
+    painter->setFont(face.font);
+    painter->drawStaticText(room.left(), baseLine - face.metrics.ascent(), laidOut(face, text, room.width()));
 }
 
-const QStaticText &FrameCellDelegate::laidOut(const QString &text, const QFont &font) const
+FrameCellDelegate::Face &FrameCellDelegate::face(const QFont &tableFont, int column) const
 {
-    if (font != othersFont_ || others_.size() >= kKeptTexts) {
-        others_.clear();
-        othersFont_ = font;
+    if (!facesKnown_ || usual_.font != tableFont) {
+        facesKnown_ = true;
+        usual_.font = tableFont;
+        fixed_.font = columnmeasures::fixedWidthFont(tableFont);
+        for (Face *face : {&usual_, &fixed_}) {
+            face->metrics = QFontMetrics(face->font);
+            face->ascii.setFont(face->font);
+            face->laidOut.clear();
+        }
     }
-    auto found = others_.find(text);
-    if (found == others_.end()) {
-        found = others_.insert(text, QStaticText(text));
+    return columnmeasures::isFixedWidth(column) ? fixed_ : usual_;
+}
+
+const QStaticText &FrameCellDelegate::laidOut(Face &face, const QString &text, int room)
+{
+    if (face.laidOut.size() >= kKeptTexts)
+        face.laidOut.clear();
+    const QPair<QString, int> key(text, room);
+    auto found = face.laidOut.find(key);
+    if (found == face.laidOut.end()) {
+        found = face.laidOut.insert(key, QStaticText(face.metrics.elidedText(text, Qt::ElideRight, room)));
         found->setTextFormat(Qt::PlainText);
-        found->prepare(QTransform(), font);
+        found->prepare(QTransform(), face.font);
     }
     return *found;
+}
+
+QSize FrameCellDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    const QFontMetrics &metrics = face(option.font, index.column()).metrics;
+    const int grid = 1;
+    const int width = metrics.horizontalAdvance(index.data().toString());
+    return {width + 2 * margin(option) + grid, metrics.height() + grid};
+}
+
+bool FrameCellDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
+                                  const QModelIndex &index)
+{
+    const QString text = index.data().toString();
+    const int width = face(option.font, index.column()).metrics.horizontalAdvance(text);
+    if (event->type() != QEvent::ToolTip || width <= textRoom(option).width())
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    QToolTip::showText(event->globalPos(), text, view->viewport(), view->visualRect(index));
+    return true;
 }

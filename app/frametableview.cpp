@@ -1,83 +1,18 @@
 #include "app/frametableview.h"
 
-#include "traces/columntitles.h"
+#include "app/columnmeasures.h"
 #include "app/framecelldelegate.h"
 #include "app/rowheader.h"
-#include "device/driver/wirerecords.h"
-#include "traces/frametexts.h"
 
 #include <QAccessible>
 #include <QEvent>
 #include <QItemSelectionModel>
+#include <QPainter>
 #include <QScrollBar>
 #include <QSignalBlocker>
 
-namespace
-{
-constexpr int kRowPadding = 6;        // pixels at 96 DPI, above and below the text together
-constexpr int kDataPrefix = 3;        // characters of "x| "
-constexpr int kCharactersPerByte = 3; // two digits and a blank
-constexpr int kUsualData =
-    kDataPrefix + int(kClassicDataBytes) * kCharactersPerByte; // room that the data column always has
-
-// Texts as long as a column's usually get in the current language.
-QStringList samples(int column)
-{
-    const FrameWords &words = frameWords(languageCode());
-    QStringList texts{columnTitles().at(column) + QLatin1Char('*')};
-    switch (column) {
-    case IndexColumn:
-        texts << QStringLiteral("00000000");
-        break;
-    case SystemTimeColumn:
-        texts << QStringLiteral("00:00:00.000");
-        break;
-    case TimeStampColumn:
-        texts << QStringLiteral("0xDDDDDDDDD"); // 19 hours
-        break;
-    case IdColumn:
-        texts << QStringLiteral("0xDDDDDDDD");
-        break;
-    case FormatColumn:
-        texts << words.standardFrame << words.extendedFrame;
-        break;
-    case TypeColumn:
-        texts << words.dataFrame << words.remoteFrame;
-        break;
-    case ProtocolColumn:
-        texts << words.fdWithSwitch;
-        break;
-    default:
-        break;
-    }
-    return texts;
-}
-
-int widest(const QFontMetrics &metrics, const QStringList &texts)
-{
-    int width = 0;
-    for (const QString &text : texts)
-        width = qMax(width, metrics.horizontalAdvance(text));
-    return width;
-}
-
-// Width of a data text of so many characters, whatever its digits are.
-int dataTextWidth(const QFontMetrics &metrics, int characters)
-{
-    QString widestByte;
-    int width = 0;
-    for (const char c : {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'A', 'B', 'C', 'D', 'E', 'F'}) {
-        const QString byte = QString(2, QLatin1Char(c)) + QLatin1Char(' ');
-        const int advance = metrics.horizontalAdvance(byte.repeated(kClassicDataBytes)); // advances may be fractions
-        if (advance > width) {
-            width = advance;
-            widestByte = byte;
-        }
-    }
-    const int bytes = (qMax(characters, kUsualData) - kDataPrefix) / kCharactersPerByte;
-    return metrics.horizontalAdvance(QLatin1String("x| ") + widestByte.repeated(bytes));
-}
-} // namespace
+#include <algorithm>
+#include <utility>
 
 FrameTableView::Round::Round(FrameTableView &view) : view_(view)
 {
@@ -91,7 +26,7 @@ FrameTableView::Round::~Round()
         view_.sync();
 }
 
-FrameTableView::FrameTableView(QWidget *parent) : QTableView(parent), rows_(new RowHeader(this))
+FrameTableView::FrameTableView(QWidget *parent) : LightGridTable(parent), rows_(new RowHeader(this))
 {
     setVerticalHeader(rows_);
     setItemDelegate(new FrameCellDelegate(this));
@@ -101,7 +36,6 @@ FrameTableView::FrameTableView(QWidget *parent) : QTableView(parent), rows_(new 
     setAlternatingRowColors(true);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setSelectionBehavior(QAbstractItemView::SelectRows);
-    setEditTriggers(QAbstractItemView::NoEditTriggers);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     setWordWrap(false);
@@ -165,8 +99,15 @@ void FrameTableView::rowsAppeared(int first, int last)
 
 void FrameTableView::rowsGone(int first, int last)
 {
-    if (filtering_)
-        failing_.erase(failing_.begin() + first, failing_.begin() + last + 1);
+    int shown = last - first + 1;
+    if (filtering_) {
+        const auto begin = failing_.begin() + first;
+        const auto end = failing_.begin() + last + 1;
+        shown = static_cast<int>(std::count(begin, end, false));
+        failing_.erase(begin, end);
+    }
+    if (first == 0)
+        heightGone_ += qint64(shown) * rows_->defaultSectionSize();
     if (rememberedRow_ > last)
         rememberedRow_ -= last - first + 1;
     else if (rememberedRow_ >= first)
@@ -183,6 +124,9 @@ void FrameTableView::changed()
 
 void FrameTableView::sync()
 {
+    QScrollBar *bar = verticalScrollBar();
+    const bool follow = standsAtFollowedEnd();
+    const int place = static_cast<int>(qMax<qint64>(0, bar->value() - std::exchange(heightGone_, 0)));
     pending_ = false;
     if (pendingReset_) {
         pendingReset_ = false;
@@ -197,6 +141,8 @@ void FrameTableView::sync()
     restoreCurrent();
     if (frames_->rowCount() == 0)
         setLongestData(0);
+    executeDelayedItemsLayout();
+    bar->setValue(follow ? bar->maximum() : place);
     viewport()->update();
 #if QT_CONFIG(accessibility) // a Qt built without it is at hand for Windows
     if (QAccessible::isActive()) {
@@ -204,6 +150,24 @@ void FrameTableView::sync()
         QAccessible::updateAccessibility(&event);
     }
 #endif
+}
+
+bool FrameTableView::standsAtFollowedEnd() const
+{
+    return followsEnd_ && verticalScrollBar()->value() == verticalScrollBar()->maximum();
+}
+
+void FrameTableView::setFollowsEnd(bool on)
+{
+    followsEnd_ = on;
+}
+
+void FrameTableView::setHint(TableHint hint)
+{
+    if (hint_ == hint)
+        return;
+    hint_ = hint;
+    viewport()->update();
 }
 
 void FrameTableView::filterChanged()
@@ -249,7 +213,8 @@ void FrameTableView::languageChanged()
 {
     titlesChanged();
     for (int column = 0; column < DataColumn; ++column)
-        setColumnWidth(column, qMax(columnWidth(column), usualWidth(column)));
+        setColumnWidth(column, qMax(columnWidth(column), columnmeasures::usualWidth(*this, column)));
+    viewport()->update(); // the hint
 }
 
 int FrameTableView::currentRow() const
@@ -300,31 +265,52 @@ void FrameTableView::restoreCurrent()
 void FrameTableView::changeEvent(QEvent *event)
 {
     QTableView::changeEvent(event);
-    if (frames_ && (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange))
+    if (frames_ && (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)) {
+        const bool follow = standsAtFollowedEnd();
         setMeasures();
+        updateGeometries();
+        if (follow)
+            scrollToBottom();
+    }
 }
 
 void FrameTableView::resizeEvent(QResizeEvent *event)
 {
+    const bool follow = standsAtFollowedEnd();
     QTableView::resizeEvent(event);
-    if (frames_)
-        fitDataColumn();
+    if (!frames_)
+        return;
+    fitDataColumn();
+    if (follow)
+        scrollToBottom();
+}
+
+void FrameTableView::paintEvent(QPaintEvent *event)
+{
+    LightGridTable::paintEvent(event);
+    if (!frames_ || frames_->rowCount() > 0)
+        return;
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::Text));
+    const int margin = fontMetrics().height();
+    painter.drawText(viewport()->rect().adjusted(margin, margin, -margin, -margin), Qt::AlignCenter | Qt::TextWordWrap,
+                     tableHintText(hint_));
+}
+
+void FrameTableView::scrollContentsBy(int dx, int dy)
+{
+    QTableView::scrollContentsBy(dx, dy);
+    if (frames_ && frames_->rowCount() == 0)
+        viewport()->update(); // the hint stays in the middle
 }
 
 void FrameTableView::setMeasures()
 {
-    const int padding = kRowPadding * logicalDpiY() / 96;
     rows_->setMinimumSectionSize(1);
-    rows_->setDefaultSectionSize(fontMetrics().height() + padding);
+    rows_->setHeight(columnmeasures::rowHeight(*this));
     for (int column = 0; column < DataColumn; ++column)
-        setColumnWidth(column, usualWidth(column));
+        setColumnWidth(column, columnmeasures::usualWidth(*this, column));
     fitDataColumn();
-}
-
-int FrameTableView::usualWidth(int column) const
-{
-    const int margins = 2 * style()->pixelMetric(QStyle::PM_HeaderMargin) + fontMetrics().averageCharWidth();
-    return widest(fontMetrics(), samples(column)) + margins;
 }
 
 void FrameTableView::setLongestData(int characters)
@@ -337,8 +323,7 @@ void FrameTableView::setLongestData(int characters)
 
 void FrameTableView::fitDataColumn()
 {
-    const QFontMetrics metrics = fontMetrics();
-    const int needed = dataTextWidth(metrics, longestData_) + 2 * metrics.averageCharWidth();
+    const int needed = columnmeasures::dataWidth(*this, longestData_);
     const int others = columnViewportPosition(DataColumn) + horizontalHeader()->offset();
     setColumnWidth(DataColumn, qMax(needed, viewport()->width() - others));
 }

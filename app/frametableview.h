@@ -3,15 +3,15 @@
 // Rows that fail the display filter are hidden, and stay so through removals and merges.
 #pragma once
 
+#include "app/tablehint.h"
 #include "frames/mytablemodel.h"
-
-#include <QTableView>
+#include "widgets/lightgrid.h"
 
 #include <deque>
 
 class RowHeader;
 
-class FrameTableView : public QTableView
+class FrameTableView : public LightGridTable<QTableView>
 {
     Q_OBJECT
 
@@ -44,9 +44,17 @@ public:
     // No current row and no selection.
     void clearCurrent();
 
+    // On: rows that come keep the end in sight, as long as it is in sight before. Off, or scrolled away from the end:
+    // the rows in sight stay there, as long as the model has them.
+    void setFollowsEnd(bool on);
+    // Shown in the middle while there are no rows.
+    void setHint(TableHint hint);
+
 protected:
     void changeEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
 
 private:
     void takeOverNotifications();
@@ -54,6 +62,7 @@ private:
     void rowsGone(int first, int last);
     void changed();
     void sync();
+    bool standsAtFollowedEnd() const;
 
     void testRows();
     void hideFailingRows();
@@ -63,7 +72,6 @@ private:
 
     void titlesChanged();
     void setMeasures();
-    int usualWidth(int column) const;
     void setLongestData(int characters);
     void fitDataColumn();
 
@@ -82,6 +90,10 @@ private:
     bool rememberedSelected_ = false;
     int rememberedRow_ = -1;
     int rememberedColumn_ = 0;
+
+    bool followsEnd_ = true;
+    qint64 heightGone_ = 0; // pixels of the rows removed at the top that the view still shows
+    TableHint hint_ = TableHint::None;
 
     int longestData_ = 0; // characters of the longest data text since the table was last empty
 };

@@ -3,6 +3,7 @@
 #include "traces/columntitles.h"
 #include "app/displayfilter.h"
 #include "app/rowclipboard.h"
+#include "app/tablehint.h"
 #include "frames/framecounter.h"
 #include "frames/mytablemodel.h"
 #include "frames/pendingframes.h"
@@ -10,7 +11,6 @@
 
 #include <QEvent>
 #include <QPointer>
-#include <QScrollBar>
 #include <QTime>
 
 #include <algorithm>
@@ -34,10 +34,7 @@ ReceiveView::ReceiveView(QWidget *parent)
     const auto keepSelection = [this] { selectionKept_ = true; };
     connect(ui_->tableView, &QAbstractItemView::clicked, this, keepSelection);
     connect(ui_->tableView, &QAbstractItemView::pressed, this, keepSelection);
-    const QScrollBar *bar = ui_->tableView->verticalScrollBar();
-    connect(bar, &QScrollBar::valueChanged, this,
-            [this, bar](int value) { readingBack_ = bar->isSliderDown() && value < bar->maximum(); });
-    connect(bar, &QScrollBar::sliderReleased, this, [this] { readingBack_ = false; });
+    showHint();
 }
 
 ReceiveView::~ReceiveView()
@@ -49,6 +46,7 @@ ReceiveView::~ReceiveView()
 void ReceiveView::refresh()
 {
     runRound(isCapturing());
+    showHint();
 }
 
 void ReceiveView::runRound(bool capturing)
@@ -61,10 +59,16 @@ void ReceiveView::runRound(bool capturing)
     const bool paused = isPaused();
     FrameStatistics::Counts counts{};
     Frames shown;
+    int overtaken = capturing ? 0 : overtakenFrames(frames.size());
     for (ModelItem &frame : frames) {
+        ++counts[FrameStatistics::counterOf(frame.channel, frame.direction)];
+        if (overtaken > 0) {
+            --overtaken;
+            ++number;
+            continue;
+        }
         frame.indexText = QString::number(number++);
         frame.systemTime = now;
-        ++counts[FrameStatistics::counterOf(frame.channel, frame.direction)];
         const bool accepted = model_->acceptsRow(frame);
         if (capturing && (accepted || !capture_.wantsFilteredOnly()))
             capture_.add(frame);
@@ -76,6 +80,15 @@ void ReceiveView::runRound(bool capturing)
     if (!paused)
         display(shown);
     statistics_.add(counts);
+}
+
+// Of so many new frames, the first ones that nobody will see: later ones of the same round take their place.
+int ReceiveView::overtakenFrames(int count) const
+{
+    if (isPaused())
+        return count;
+    const bool everyFrameMatters = merge_ || model_->isFiltered();
+    return everyFrameMatters ? 0 : static_cast<int>(qMax<qint64>(0, count - qint64(listLimit_)));
 }
 
 void ReceiveView::recvData(QList<ModelItem> modelList, uint channel)
@@ -155,18 +168,15 @@ void ReceiveView::display(const Frames &frames)
         if (!rows.isEmpty())
             model_->appendRows(rows);
     }
-    if (!merge_)
-        scrollToEnd();
     if (!selectionKept_)
         selectCurrentRow();
     selectionKept_ = false;
 }
 
-// The newest frames stay in sight, except while the user holds the scroll bar to look at older ones.
-void ReceiveView::scrollToEnd()
+void ReceiveView::showHint()
 {
-    if (!readingBack_)
-        ui_->tableView->scrollToBottom();
+    if (model_->rowCount() == 0)
+        ui_->tableView->setHint(tableHint(isPaused(), model_->isFiltered()));
 }
 
 void ReceiveView::selectCurrentRow()
@@ -190,6 +200,7 @@ void ReceiveView::setListLimit(uint rows)
 void ReceiveView::setMerge(bool merge)
 {
     merge_ = merge;
+    ui_->tableView->setFollowsEnd(!merge);
     if (!merge)
         return;
     clearList();

@@ -68,12 +68,13 @@ private:
     using Frames = std::vector<ModelItem *>;
 
     void runRound(bool capturing);
+    int overtakenFrames(int count) const;
     void takeBatch(QList<ModelItem> &frames, FrameStatistics::Counter counter);
     void setLabelWidths();
     bool isCapturing() const;
     bool isPaused() const;
     void display(const Frames &frames);
-    void scrollToEnd();
+    void showHint();
     void selectCurrentRow();
     void startCapture();
 
@@ -85,5 +86,4 @@ private:
     uint listLimit_ = 1000;
     bool merge_ = false;
     bool selectionKept_ = false; // the user has just chosen a row
-    bool readingBack_ = false;   // the user holds the scroll bar away from its end
 };

@@ -14,6 +14,14 @@ public:
         hide();
     }
 
+    // All rows, hidden ones included: those keep the height with which they were hidden.
+    void setHeight(int pixels)
+    {
+        setDefaultSectionSize(pixels);
+        for (int row = 0; sectionsHidden() && row < count(); ++row)
+            if (isSectionHidden(row))
+                resizeSection(row, pixels);
+    }
     // As many sections as the model has rows; those that stay keep their hidden state.
     void followRowCount() { initializeSections(); }
 };

@@ -119,6 +119,16 @@ void copyTexts(benchmark::State &state)
     countFrames(state, kRound);
 }
 
+// The table painted whole, nothing else.
+void paintTable(benchmark::State &state, int options)
+{
+    Bench bench(1000, options);
+    bench.fill(1000);
+    QWidget *viewport = bench.view().findChild<FrameTableView *>()->viewport();
+    for (auto _ : state)
+        viewport->repaint();
+}
+
 // A right click on a column of many different texts, up to the pop-up painted.
 void openFilter(benchmark::State &state)
 {
@@ -164,6 +174,8 @@ BENCHMARK_CAPTURE(refreshRound, captured, kCapture)->Arg(1000)->Arg(100000)->Uni
 BENCHMARK_CAPTURE(refreshRound, captured_fd, kCapture | kFdFrames)->Arg(1000)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(refreshRound, merged, kMerge)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(refreshRound, filtered, kFilter)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(paintTable, listed, 0)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(paintTable, listed_fd, kFdFrames)->Unit(benchmark::kMillisecond);
 BENCHMARK(setFilter)->Arg(50000)->Unit(benchmark::kMillisecond);
 BENCHMARK(openFilter)->Arg(50000)->Unit(benchmark::kMillisecond);
 

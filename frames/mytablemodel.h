@@ -42,6 +42,8 @@ public:
     // The texts a column may show; empty: all. Marks the column's title with "*". No signal: tell the view.
     void setFilter(int column, const QStringList &accepted);
     const QStringList &filter(int column) const { return filters_.at(column); } // column 0..10
+    // Whether some column has a condition.
+    bool isFiltered() const { return filtered_; }
     // Whether every column that has a condition shows one of its texts.
     bool acceptsRow(const FrameRow &row) const;
     bool acceptsRow(const ModelItem &item) const;
@@ -70,7 +72,7 @@ private:
     QStringList header_;
     QList<QStringList> filters_;                           // one per column
     std::array<QSet<QString>, FrameColumnCount> accepted_; // the same texts, to look up: a list may hold thousands
-    bool filtered_ = false;                                // some column has a condition
+    bool filtered_ = false;
 
     // The oldest row of every key, counted from the first row that the index ever knew; built when a merge needs it.
     QHash<MergeKey, qint64> index_;

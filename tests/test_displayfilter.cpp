@@ -9,7 +9,6 @@
 #include <QListView>
 #include <QMenu>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QtTest>
 
 namespace
@@ -164,40 +163,6 @@ private slots:
             filter_->clearAll();
             QCOMPARE(shown(), QString("02"));
         }
-    }
-
-    void theCurrentRowFollowsItsFrame()
-    {
-        model_->appendRows(rows({0, 1, 2, 3, 4, 5, 6, 7, 8, 9}));
-        table_->setCurrentIndex(model_->index(7, 2));
-        {
-            const FrameTableView::Round round(*table_);
-            model_->removeFirstRows(3);
-            QCOMPARE(table_->currentRow(), 4);
-            model_->mergeRow(toFrameRow(receivedFrame(7, 0x77)));
-        }
-        QCOMPARE(table_->currentIndex(), model_->index(4, 2));
-        QVERIFY(table_->selectionModel()->isRowSelected(4, QModelIndex()));
-        model_->removeFirstRows(5);
-        QVERIFY(!table_->currentIndex().isValid());
-        QVERIFY(!table_->selectionModel()->hasSelection());
-    }
-
-    void aLongDataTextCanBeReadWhole()
-    {
-        QList<FrameRow> longest = rows({1});
-        longest.first()[DataColumn] = "x| " + QString("DD ").repeated(64);
-        const int before = table_->columnWidth(DataColumn);
-        model_->appendRows(longest);
-        const int needed = table_->fontMetrics().horizontalAdvance(longest.first()[DataColumn]);
-        QVERIFY(before < needed);
-        QVERIFY(table_->columnWidth(DataColumn) > needed);
-        QVERIFY(table_->horizontalScrollBar()->maximum() > 0);
-        model_->clear();
-        QCOMPARE(table_->columnWidth(DataColumn), before);
-        table_->resize(2000, 400);
-        QTRY_COMPARE(table_->columnViewportPosition(DataColumn) + table_->columnWidth(DataColumn),
-                     table_->viewport()->width());
     }
 };
 

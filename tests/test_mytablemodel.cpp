@@ -87,6 +87,42 @@ private slots:
         QCOMPARE(model.dataTexts(), QString("15"));
     }
 
+    // What a view is told, and that it is told before and after the rows change.
+    void everyChangeIsTold()
+    {
+        TitledModel model;
+        QString told;
+        const auto telling = [&](const char *what) {
+            return [&, what](const QModelIndex &, int first, int last) {
+                told += QString("%1%2-%3/%4 ").arg(what).arg(first).arg(last).arg(model.rowCount());
+            };
+        };
+        connect(&model, &QAbstractItemModel::rowsAboutToBeInserted, this, telling("+?"));
+        connect(&model, &QAbstractItemModel::rowsInserted, this, telling("+"));
+        connect(&model, &QAbstractItemModel::rowsAboutToBeRemoved, this, telling("-?"));
+        connect(&model, &QAbstractItemModel::rowsRemoved, this, telling("-"));
+        connect(&model, &QAbstractItemModel::modelAboutToBeReset, this,
+                [&] { told += "*?" + model.dataTexts() + ' '; });
+        connect(&model, &QAbstractItemModel::modelReset, this, [&] { told += '*' + model.dataTexts() + ' '; });
+        model.appendRows({});
+        model.mergeRow(row("0x100", "a"));
+        model.appendRows({row("0x101", "b"), row("0x102", "c")});
+        QCOMPARE(told, QString("+?0-0/0 +0-0/1 +?1-2/1 +1-2/3 "));
+        told.clear();
+        model.mergeRow(row("0x101", "B"));
+        model.mergeRow(row("0x104", "d"));
+        QCOMPARE(told, QString("*?a b c *a B c +?3-3/3 +3-3/4 "));
+        told.clear();
+        model.removeFirstRows(0);
+        model.removeFirstRows(2);
+        QCOMPARE(told, QString("-?0-0/4 -0-0/3 -?0-0/3 -0-0/2 "));
+        told.clear();
+        model.appendRows({row("0x103")});
+        model.clear();
+        model.clear();
+        QCOMPARE(told, QString("+?2-2/2 +2-2/3 -?0-2/3 -0-2/0 "));
+    }
+
     void filtersMarkTitlesAndJudgeRows()
     {
         TitledModel model;

@@ -16,6 +16,10 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <functional>
+
+Q_DECLARE_METATYPE(std::function<void(FrameTableView *, int)>)
+
 class TestReceiveView : public QObject
 {
     Q_OBJECT
@@ -135,23 +139,81 @@ private slots:
         QCOMPARE(indexes(), QString("23"));
     }
 
-    void theNewestRowStaysInSight()
+    void whoReadsBackIsLeftThere_data()
     {
+        using Scroll = std::function<void(FrameTableView *, int)>; // up: 1, to the end: -1
+        QTest::addColumn<Scroll>("scroll");
+        QTest::newRow("wheel") << Scroll([](FrameTableView *table, int up) {
+            for (int turn = up > 0 ? 10 : 0; turn < 20; ++turn) {
+                QWheelEvent wheel(QPointF(50, 50), table->viewport()->mapToGlobal(QPoint(50, 50)), {}, {0, up * 120},
+                                  Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+                QCoreApplication::sendEvent(table->viewport(), &wheel);
+            }
+        });
+        QTest::newRow("keys") << Scroll([](FrameTableView *table, int up) {
+            for (int times = up > 0 ? 17 : 0; times < 22; ++times)
+                QTest::keyClick(table, up > 0 ? Qt::Key_PageUp : Qt::Key_PageDown);
+        });
+        QTest::newRow("slider held") << Scroll([](FrameTableView *table, int up) {
+            table->verticalScrollBar()->setSliderDown(up > 0);
+            table->verticalScrollBar()->setSliderPosition(up > 0 ? 1500 : 1 << 20);
+        });
+    }
+    void whoReadsBackIsLeftThere()
+    {
+        QFETCH(std::function<void(FrameTableView *, int)>, scroll);
+        view_->setListLimit(310);
         frames(run(300));
-        QScrollBar *bar = table()->verticalScrollBar();
-        QCOMPARE(table()->rowAt(table()->viewport()->height() - 5), 299);
-        bar->setSliderDown(true); // the user reads back
-        bar->setSliderPosition(10);
+        const QScrollBar *bar = table()->verticalScrollBar();
+        const auto seen = [this](int y) { return model().cellText(table()->rowAt(y), IndexColumn); };
+        const int bottom = table()->viewport()->height() - 5;
+        QCOMPARE(seen(bottom), QString("300"));
+        table()->selectRow(299);
+        scroll(table(), 1);
+        const QString first = seen(0);
+        const int place = bar->value();
+        QVERIFY(place > 100 && place < bar->maximum());
+        frames(run(10));
+        QCOMPARE(bar->value(), place);
+        frames(run(4)); // the table is full: rows go at the top
+        QCOMPARE(seen(0), first);
+        frames(run(305)); // the rows in sight are gone, too
+        QCOMPARE(bar->value(), 0);
         frames(run(1));
-        QCOMPARE(bar->value(), 10);
-        bar->setSliderDown(false);
-        frames(run(1));
-        QCOMPARE(bar->value(), bar->maximum());
+        QCOMPARE(bar->value(), 0);
+        table()->selectRow(308);
+        scroll(table(), -1);
+        frames(run(5));
+        QCOMPARE(seen(bottom), QString("625"));
+        scroll(table(), 1);
+        press("cleanListBtn");
+        frames(run(200));
+        QCOMPARE(seen(bottom), QString("200"));
+    }
+
+    void theEndStaysInSight()
+    {
+        frames(run(200));
+        const QScrollBar *bar = table()->verticalScrollBar();
+        const auto atEnd = [bar] { return bar->maximum() > 0 && bar->value() == bar->maximum(); };
+        QVERIFY(atEnd());
+        view_->resize(900, 400);
+        QVERIFY(atEnd());
+        QFont larger = view_->font();
+        larger.setPixelSize(QFontInfo(larger).pixelSize() + 4);
+        filter()->setCondition({"0x001", "0x002", "0x0C7"}, IdColumn);
+        QCOMPARE(table()->rowAt(5), 1);
+        view_->setFont(larger);
+        filter()->clearAll();
+        QCOMPARE(table()->rowHeight(0), table()->rowHeight(1)); // one was hidden meanwhile
+        QCOMPARE(table()->rowAt(table()->viewport()->height() - 5), 199);
         view_->setMerge(true);
         frames(run(300));
-        bar->setValue(0);
-        frames(run(300)); // nothing new comes in at the end
         QCOMPARE(bar->value(), 0);
+        table()->scrollToBottom();
+        const int place = bar->value();
+        frames(run(310)); // comes in below
+        QCOMPARE(bar->value(), place);
     }
 
     void mergingKeepsOneRowPerIdentifier()
