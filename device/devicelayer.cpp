@@ -88,6 +88,11 @@ bool isDeviceOpen()
     return state().device != 0;
 }
 
+bool isDeviceUsable()
+{
+    return isDeviceOpen() && state().properties;
+}
+
 bool isChannelOpen(unsigned channel)
 {
     return state().channel[channelIndex(channel)] != 0;

@@ -25,6 +25,8 @@ std::vector<DriverNotice> takeDriverNotices();
 // --- device -----------------------------------------------------------------------------------------------------
 
 bool isDeviceOpen();
+// Open, and with its property interface: false after an opening refused for want of it, whose stored handle is closed.
+bool isDeviceUsable();
 bool isChannelOpen(unsigned channel);
 // false at once when a device is open; one retry after a driver reset. Without a property interface the device is
 // closed again but its handle stays stored until closeDevice().
