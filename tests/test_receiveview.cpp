@@ -100,7 +100,9 @@ private slots:
         frames({receivedFrame(1), sentFrame(2), receivedFrame(3, 0, 1), sentFrame(4, 0, 1), receivedFrame(5)});
         QCOMPARE(indexes(), QString("1 2 3 4 5"));
         QCOMPARE(columnTexts(model(), IdColumn).join(' '), QString("0x001 0x002 0x003 0x004 0x005"));
-        QVERIFY(QTime::fromString(model().cellText(0, SystemTimeColumn), "hh:mm:ss.zzz").isValid());
+        QVERIFY(QRegularExpression("^\\d\\d:\\d\\d:\\d\\d\\.\\d{3}$")
+                    .match(model().cellText(0, SystemTimeColumn))
+                    .hasMatch());
         QCOMPARE(numbers(), QString("2 0/s; 1 0/s; 1 0/s; 1 0/s;"));
         view_->showRates();
         QCOMPARE(numbers(), QString("2 2/s; 1 1/s; 1 1/s; 1 1/s;"));
