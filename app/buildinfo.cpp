@@ -14,7 +14,7 @@ QString version()
 QString isoDate(const QString &compilerDate)
 {
     const QDate date = QLocale::c().toDate(compilerDate.simplified(), QStringLiteral("MMM d yyyy"));
-    return date.toString(QStringLiteral("yyyy-MM-dd"));
+    return QLocale::c().toString(date, QStringLiteral("yyyy-MM-dd"));
 }
 
 QString buildDate()

@@ -20,16 +20,25 @@ constexpr ButtonKey kButtonKeys[] = {
 };
 } // namespace
 
+QString buttonKeyText(const QWidget &button)
+{
+    for (const ButtonKey &entry : kButtonKeys)
+        if (button.objectName() == QLatin1String(entry.button))
+            return QKeySequence(QLatin1String(entry.key)).toString(QKeySequence::NativeText);
+    return {};
+}
+
 void addButtonKeys(QWidget *window)
 {
     for (const ButtonKey &entry : kButtonKeys) {
         auto *button = window->findChild<QAbstractButton *>(QLatin1String(entry.button));
-        Q_ASSERT(button);
-        const QKeySequence key(QLatin1String(entry.key));
-        const QString keyText = key.toString(QKeySequence::NativeText);
+        if (!button) {
+            qWarning("no button %s", entry.button);
+            continue;
+        }
         if (button->toolTip().isEmpty())
-            button->setToolTip(keyText);
-        auto *shortcut = new QShortcut(key, window);
+            button->setToolTip(buttonKeyText(*button));
+        auto *shortcut = new QShortcut(QKeySequence(QLatin1String(entry.key)), window);
         shortcut->setAutoRepeat(false);
         QObject::connect(shortcut, &QShortcut::activated, button, &QAbstractButton::click);
     }

@@ -3,6 +3,8 @@
 #include "device/language.h"
 #include "frames/csvrow.h"
 
+#include <QDir>
+
 namespace
 {
 constexpr QIODevice::OpenMode kOpenMode = QIODevice::ReadWrite | QIODevice::Text;
@@ -27,10 +29,16 @@ bool CaptureFile::open(const QString &path, const QStringList &titles, CaptureMo
 {
     close();
     file_.setFileName(path);
-    if (!file_.open(kOpenMode))
+    if (!file_.open(kOpenMode)) {
+        emit logLine(text3("实时保存的文件无法打开：%1（%2）", "實時保存的文件無法打開：%1（%2）",
+                           "The capture file cannot be opened: %1 (%2)")
+                         .arg(shownPath(), file_.errorString()));
         return false;
+    }
+    emit logLine(text3("实时保存开始：%1", "實時保存開始：%1", "Capture begun: %1").arg(shownPath()));
     open_ = true;
     mode_ = mode;
+    writtenRows_ = 0;
     lostRows_ = 0;
     failed_ = false;
     rows_.reserve(kRoundCapacity);
@@ -53,6 +61,9 @@ void CaptureFile::close()
     writeRound();
     open_ = false;
     file_.close();
+    emit logLine(
+        text3("实时保存结束：%1，共写入 %2 行", "實時保存結束：%1，共寫入 %2 行", "Capture ended: %1, rows written: %2")
+            .arg(shownPath(), QString::number(writtenRows_)));
     if (lostRows_ > 0)
         emit logLine(text3("实时保存结束，%1 行未能写入文件", "實時保存結束，%1 行未能寫入文件",
                            "Capture ended, %1 rows could not be written")
@@ -71,16 +82,32 @@ void CaptureFile::writeRound()
 {
     if (rowCount_ == 0)
         return;
-    if (!writeGathered())
-        lostRows_ += rowCount_;
+    (writeGathered() ? writtenRows_ : lostRows_) += rowCount_;
     rows_.resize(0); // keeps the reserved room
     rowCount_ = 0;
+}
+
+QString CaptureFile::shownPath() const
+{
+    return QDir::toNativeSeparators(file_.fileName());
+}
+
+// A disk that fills takes a part and gives no reason; the rest, tried again, then fails with one.
+bool CaptureFile::writeAll(const QByteArray &bytes)
+{
+    for (int done = 0; done < bytes.size();) {
+        const qint64 taken = file_.write(bytes.constData() + done, bytes.size() - done);
+        if (taken <= 0)
+            return false;
+        done += static_cast<int>(taken);
+    }
+    return file_.flush() || file_.flush();
 }
 
 bool CaptureFile::writeGathered()
 {
     const QByteArray bytes = head_.isEmpty() ? rows_.toUtf8() : head_ + rows_.toUtf8();
-    if (file_.isOpen() && file_.write(bytes) == bytes.size() && file_.flush()) {
+    if (file_.isOpen() && writeAll(bytes)) {
         head_.clear();
         wholeSize_ = file_.size();
         return true;

@@ -17,7 +17,7 @@ public:
     ~CaptureFile() override;
 
     // Opens the file behind what it already holds and writes the line of titles, in a new file after a UTF-8 mark.
-    // A file that cannot be opened is not reported: false, and rows go nowhere.
+    // false: it cannot be opened, which is told with the system's reason, and rows go nowhere.
     bool open(const QString &path, const QStringList &titles, CaptureMode mode);
     // Writes what is gathered and closes; does nothing when no file is open.
     void close();
@@ -31,10 +31,13 @@ public:
     void writeRound();
 
 signals:
-    // Told once per file when a write fails, and at the end with the number of rows that are missing.
+    // Begin and end of a capture, with its path and rows; a failure to open; once per file that a write fails, and at
+    // the end how many rows are missing.
     void logLine(QString line);
 
 private:
+    QString shownPath() const;
+    bool writeAll(const QByteArray &bytes);
     bool writeGathered();
     void backToLastWholeRow();
 
@@ -45,6 +48,7 @@ private:
     QString rows_;    // of the round under way
     quint64 rowCount_ = 0;
     qint64 wholeSize_ = 0; // size of the file up to the last row known to be written
+    quint64 writtenRows_ = 0;
     quint64 lostRows_ = 0;
     bool failed_ = false; // already told
 };

@@ -5,10 +5,13 @@
 
 DeviceWatch::Change DeviceWatch::look()
 {
-    // An adapter that did not answer when it was opened may do so by now.
-    if (isDeviceOpen() && deviceInfoText().isEmpty())
-        refreshDeviceInfo();
-    const QString text = deviceInfoTitle();
+    QString text;
+    if (isDeviceUsable()) {
+        // An adapter that did not answer when it was opened may do so by now.
+        if (deviceInfoText().isEmpty())
+            refreshDeviceInfo();
+        text = deviceInfoTitle();
+    }
     if (text == shown_)
         return Change::None;
     shown_ = text;

@@ -28,12 +28,14 @@ void DisplayFilter::clearAll()
     for (int column = 0; column < model_->columnCount(); ++column)
         model_->setFilter(column, QStringList());
     table_->filterChanged();
+    emit conditionsChanged();
 }
 
 void DisplayFilter::setCondition(const QStringList &accepted, int column)
 {
     model_->setFilter(column, accepted);
     table_->filterChanged();
+    emit conditionsChanged();
 }
 
 void DisplayFilter::showMenu(int column, const QPoint &globalPoint)

@@ -20,6 +20,9 @@ public:
     // A column shows these texts only; an empty list: all.
     void setCondition(const QStringList &accepted, int column);
 
+signals:
+    void conditionsChanged(); // some column's, perhaps
+
 private:
     void showMenu(int column, const QPoint &globalPoint);
     void showPopup(const QStringList &values, int column, const QPoint &globalPoint);

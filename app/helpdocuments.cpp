@@ -2,6 +2,7 @@
 
 #include "device/apppaths.h"
 #include "device/language.h"
+#include "widgets/messages.h"
 
 #include <QDesktopServices>
 #include <QDir>
@@ -32,7 +33,12 @@ QVector<HelpDocument> helpDocuments()
     return documents;
 }
 
-void openOnDesktop(const QString &path)
+void openOnDesktop(const QString &path, QWidget *parent)
 {
-    QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+    if (QFileInfo::exists(path) && QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
+        return;
+    showWarning(parent, tipTitle(),
+                text3("没有可以打开它的程序，或者它不存在：%1", "沒有可以打開它的程式，或者它不存在：%1",
+                      "No program can open it, or it is not there: %1")
+                    .arg(QDir::toNativeSeparators(path)));
 }

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QVector>
 
+class QWidget;
+
 struct HelpDocument {
     QString name; // file name
     QString path; // absolute
@@ -13,5 +15,6 @@ struct HelpDocument {
 QString helpFolderPath();
 // Every file below it whose suffix is exactly "pdf", by path.
 QVector<HelpDocument> helpDocuments();
-// Opens a file or folder with the desktop's own viewer; a desktop without one ignores it.
-void openOnDesktop(const QString &path);
+// Opens a file or folder with the desktop's own viewer. Without one, or without the file, a box over the parent says
+// so.
+void openOnDesktop(const QString &path, QWidget *parent);

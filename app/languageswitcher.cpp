@@ -49,7 +49,7 @@ bool LanguageSwitcher::install(const QString &catalogue)
     auto next = std::make_unique<QTranslator>();
     if (!next->load(languageFolder() + QLatin1Char('/') + catalogue))
         return false;
-    const int code = settings::catalogueNames().indexOf(catalogue);
+    const int code = catalogueNames().indexOf(catalogue);
     if (code >= 0) {
         setLanguageCode(static_cast<unsigned>(code));
         replace(toolkitTranslator_, loadToolkitTexts(code));
@@ -60,12 +60,12 @@ bool LanguageSwitcher::install(const QString &catalogue)
 
 void LanguageSwitcher::start()
 {
-    install(settings::value(QStringLiteral("Language"), settings::catalogueNames().at(SimplifiedChinese)));
+    install(settings::value(QStringLiteral("Language"), catalogueNames().at(SimplifiedChinese)));
 }
 
 bool LanguageSwitcher::switchTo(unsigned code)
 {
-    const QString catalogue = settings::catalogueNames().value(static_cast<int>(code));
+    const QString catalogue = catalogueNames().value(static_cast<int>(code));
     if (catalogue.isEmpty() || !install(catalogue))
         return false;
     settings::setValue(QStringLiteral("Language"), catalogue, true);

@@ -5,9 +5,11 @@
 
 #include <QApplication>
 #include <QIcon>
+#include <QLocale>
 
 int main(int argc, char *argv[])
 {
+    QLocale::setDefault(QLocale::c()); // numbers in fields are plain digits, whatever the system's habits are
     QApplication::setAttribute(Qt::AA_DisableWindowContextHelpButton);
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Ostrel"));

@@ -120,7 +120,8 @@ void MainMenu::fillHelpMenu()
     bool isFirst = true;
     for (const HelpDocument &document : helpDocuments()) {
         QAction *action = helpMenu_->addAction(QString(document.name).replace(QLatin1Char('&'), QLatin1String("&&")));
-        connect(action, &QAction::triggered, this, [path = document.path] { openOnDesktop(path); });
+        connect(action, &QAction::triggered, this,
+                [this, path = document.path] { openOnDesktop(path, helpMenu_->window()); });
         if (isFirst)
             action->setShortcut(QKeySequence::HelpContents);
         isFirst = false;

@@ -6,6 +6,7 @@
 #include "app/helpdocuments.h"
 #include "app/mainmenu.h"
 #include "app/operationlog.h"
+#include "app/panelarea.h"
 #include "app/receiveview.h"
 #include "app/sendcoordinator.h"
 #include "app/sendpanel.h"
@@ -42,6 +43,9 @@ constexpr unsigned kShortestRefreshMs = 10;
 constexpr unsigned kLongestRefreshMs = 10000;
 constexpr unsigned kDefaultScanTimeMs = 50;
 constexpr unsigned kDefaultFramesPerReceive = 1000;
+
+constexpr QSize kFrame(16, 40); // pixels at 96 DPI that a desktop's window frame may take
+constexpr qreal kDesignDpi = 96.0;
 
 constexpr int kLargestTuningValue = 1000000;
 
@@ -80,6 +84,7 @@ MainWindow::MainWindow(QWidget *parent)
     connectActions();
     addButtonKeys(this);
     menu_->fillHelpMenu();
+    logSettingsNotices();
     startTimers();
 }
 
@@ -114,10 +119,12 @@ void MainWindow::arrangeWidgets()
 {
     receiveView_ = new ReceiveView(this);
     ui->splitter->insertWidget(0, receiveView_);
+    auto *panels = new PanelArea(this);
+    ui->lowerLayout->addWidget(panels);
     for (unsigned index = 0; index < kChannelCount; ++index) {
         SendPanel *panel = new SendPanel(index, channels_[index].sender, this);
         connect(panel, &SendPanel::logLine, this, &MainWindow::logLine);
-        ui->lowerLayout->addWidget(panel);
+        panels->addPanel(panel);
         channels_[index].panel = panel;
     }
     auto *fileDialog = new fileDlg(this);
@@ -149,7 +156,7 @@ void MainWindow::connectActions()
     connect(menu_->listBuffer, &QAction::triggered, this, [this] { enterTuning(ListLimit); });
     connect(menu_->clearLog, &QAction::triggered, log_, &OperationLog::clear);
     connect(menu_->about, &QAction::triggered, this, [this] { showAbout(this); });
-    connect(menu_->helpFolder, &QAction::triggered, this, [] { openOnDesktop(helpFolderPath()); });
+    connect(menu_->helpFolder, &QAction::triggered, this, [this] { openOnDesktop(helpFolderPath(), this); });
     for (unsigned code = 0; code < LanguageCount; ++code)
         connect(menu_->languages[code], &QAction::triggered, this, [this, code](bool checked) {
             if (checked)
@@ -173,9 +180,9 @@ void MainWindow::restoreOptions()
         for (const Channel &channel : channels_)
             channel.receiver->clearLastIds();
     const QString defaultLimit = QString::number(receiveView_->listLimit());
-    const unsigned limit = settings::number(QStringLiteral("listCount"), defaultLimit);
-    if (limit >= 1 && limit <= unsigned(kLargestTuningValue))
-        receiveView_->setListLimit(limit);
+    const qulonglong limit = settings::value(QStringLiteral("listCount"), defaultLimit).toULongLong();
+    if (limit >= 1)
+        receiveView_->setListLimit(static_cast<unsigned>(qMin<qulonglong>(limit, kLargestTuningValue)));
     menu_->setTuning(scanTime_, framesPerReceive_, receiveView_->listLimit());
     menu_->showLanguage(languageCode());
 }
@@ -238,7 +245,7 @@ void MainWindow::followScreenDpi()
     QApplication::setFont(font());
     const QScreen *screen = QApplication::primaryScreen();
     if (screen)
-        resize(size().boundedTo(screen->availableSize()));
+        resize(size().boundedTo(screen->availableSize() - kFrame * screen->logicalDotsPerInch() / kDesignDpi));
 }
 
 // --- log ----------------------------------------------------------------------------------------------------------
@@ -261,6 +268,12 @@ void MainWindow::logDriverNotices()
         else
             logLine(noticeText(notice));
     }
+}
+
+void MainWindow::logSettingsNotices()
+{
+    for (const QString &line : settings::takeNotices())
+        logLine(line);
 }
 
 // --- device -------------------------------------------------------------------------------------------------------
@@ -352,6 +365,7 @@ void MainWindow::watchDevice()
         lookAtDevice();
     receiveView_->showRates();
     logDriverNotices();
+    logSettingsNotices();
     for (const QString &line : lossReport_.secondPassed())
         logLine(line);
     watchTimer_->start(kWatchIntervalMs);

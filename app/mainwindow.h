@@ -82,6 +82,7 @@ private:
     void refreshDisplay();
     void showTitle();
     void logDriverNotices();
+    void logSettingsNotices();
     void logLine(const QString &message);
 
     std::unique_ptr<Ui::MainWindow> ui;

@@ -1,15 +1,18 @@
 #include "app/receiveview.h"
 
-#include "traces/columntitles.h"
+#include "app/buttonkeys.h"
 #include "app/displayfilter.h"
 #include "app/rowclipboard.h"
 #include "app/tablehint.h"
+#include "device/language.h"
 #include "frames/framecounter.h"
 #include "frames/mytablemodel.h"
 #include "frames/pendingframes.h"
+#include "traces/columntitles.h"
 #include "ui_receiveview.h"
 
 #include <QEvent>
+#include <QLocale>
 #include <QPointer>
 #include <QTime>
 
@@ -23,6 +26,8 @@ ReceiveView::ReceiveView(QWidget *parent)
     setHeaderTexts();
     ui_->tableView->setFrameModel(model_);
     filter_ = new DisplayFilter(model_, ui_->tableView);
+    connect(filter_, &DisplayFilter::conditionsChanged, this, &ReceiveView::showConditions);
+    showConditions();
     addCopyKeys(ui_->tableView, model_);
 
     statistics_.attach(FrameStatistics::Channel1Received, ui_->ch1RecvCount, ui_->ch1RecvRate);
@@ -55,7 +60,7 @@ void ReceiveView::runRound(bool capturing)
     if (frames.isEmpty())
         return;
     quint64 number = takeFrameNumbers(static_cast<quint64>(frames.size()));
-    const QString now = QTime::currentTime().toString(QStringLiteral("hh:mm:ss.zzz"));
+    const QString now = QLocale::c().toString(QTime::currentTime(), QStringLiteral("hh:mm:ss.zzz"));
     const bool paused = isPaused();
     FrameStatistics::Counts counts{};
     Frames shown;
@@ -212,6 +217,22 @@ void ReceiveView::setHeaderTexts()
     model_->setHeader(columnTitles());
     if (ui_->tableView->model())
         ui_->tableView->languageChanged();
+    showConditions();
+}
+
+// The button is there only while it can do something, and says for which columns; a language takes their marks away.
+void ReceiveView::showConditions()
+{
+    QStringList filtered;
+    for (int column = 0; column < FrameColumnCount; ++column)
+        if (!model_->filter(column).isEmpty())
+            filtered << columnTitles().at(column);
+    const QString key = buttonKeyText(*ui_->pushButton_2);
+    ui_->pushButton_2->setEnabled(!filtered.isEmpty());
+    ui_->pushButton_2->setToolTip(
+        filtered.isEmpty() ? key
+                           : text3("已筛选的列：%1（%2）", "已篩選的列：%1（%2）", "Filtered columns: %1 (%2)")
+                                 .arg(filtered.join(text3("、", "、", ", ")), key));
 }
 
 void ReceiveView::on_cleanListBtn_clicked()

@@ -39,7 +39,8 @@ public:
     uint listLimit() const { return listLimit_; }
     // Merged: one row per channel, identifier and direction. Switching on empties the list and clears all conditions.
     void setMerge(bool merge);
-    // Takes the column titles of the current language; marks of filtered columns go.
+    // Takes the column titles of the current language; marks of filtered columns go, the button that ends their
+    // conditions still names them.
     void setHeaderTexts();
     // Takes and writes what is still pending, then closes the file; does nothing when there is none.
     void closeCapture();
@@ -71,6 +72,7 @@ private:
     int overtakenFrames(int count) const;
     void takeBatch(QList<ModelItem> &frames, FrameStatistics::Counter counter);
     void setLabelWidths();
+    void showConditions();
     bool isCapturing() const;
     bool isPaused() const;
     void display(const Frames &frames);

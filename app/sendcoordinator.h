@@ -38,5 +38,5 @@ private:
     sendThread *const fileThread_;
     fileDlg *const dialog_;
     bool sendingFile_ = false;
-    int secondEndsDue_ = 0; // files started whose end has not reached channel 1's panel yet
+    int secondEndsDue_ = 0; // files started whose end has not reached the second panel yet
 };

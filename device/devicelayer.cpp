@@ -96,6 +96,11 @@ std::int64_t deviceOpenedAt()
     return layer().openedAt;
 }
 
+bool isDeviceUsable()
+{
+    return isDeviceOpen() && state().properties;
+}
+
 bool isChannelOpen(unsigned channel)
 {
     return state().channel[channelIndex(channel)] != 0;

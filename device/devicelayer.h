@@ -27,6 +27,8 @@ std::vector<DriverNotice> takeDriverNotices();
 bool isDeviceOpen();
 // When openDevice() last succeeded, in nanoseconds of the steady clock. Any thread.
 std::int64_t deviceOpenedAt();
+// Open, and with its property interface: false after an opening refused for want of it, whose stored handle is closed.
+bool isDeviceUsable();
 bool isChannelOpen(unsigned channel);
 // false at once when a device is open; one retry after a driver reset. Without a property interface the device is
 // closed again but its handle stays stored until closeDevice().

@@ -34,6 +34,12 @@ QString text3(const char *simplified, const char *traditional, const char *engli
     return text3(languageCode(), simplified, traditional, english);
 }
 
+const QStringList &catalogueNames()
+{
+    static const QStringList names{QStringLiteral("CN.qm"), QStringLiteral("CNF.qm"), QStringLiteral("EN.qm")};
+    return names;
+}
+
 QString warningTitle()
 {
     return text3("警告", "警告", "warning");

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 enum Language : unsigned { SimplifiedChinese = 0, TraditionalChinese = 1, English = 2, LanguageCount = 3 };
 
@@ -13,6 +14,9 @@ void setLanguageCode(unsigned code);
 // The three are UTF-8. Any thread.
 QString text3(const char *simplified, const char *traditional, const char *english);
 QString text3(unsigned code, const char *simplified, const char *traditional, const char *english);
+
+// The files of the three translation catalogues, in the order of the codes.
+const QStringList &catalogueNames();
 
 // Titles of the message boxes.
 QString warningTitle(); // failures

@@ -8,7 +8,7 @@
 namespace settings
 {
 
-// Remembers the path and fills the map from the file. A missing file, or one with a part that is not exactly
+// Remembers the path and fills the map from the file. A missing file, or a damaged one, with a part that is not exactly
 // key,value, gives an empty map.
 void load(const QString &path);
 // The stored value. An absent key gets the default, in memory only. "Language" is special: when absent it is read
@@ -18,13 +18,14 @@ QString value(const QString &key, const QString &defaultValue);
 unsigned number(const QString &key, const QString &defaultValue);
 // Stores the value; writeNow also writes the file, even when nothing changed.
 void setValue(const QString &key, const QString &value, bool writeNow);
-// Writes the whole map; a failure is silent and leaves the old file as it was.
+// Writes the whole map, into a folder made when it is missing. A damaged file is first copied beside itself, and not
+// overwritten when that fails. A failure leaves the old file as it was; takeNotices() tells of it.
 void save();
+// Lines for the operation log, in the current language, of what has happened to the file since the last call. A failure
+// to save is told once, until a write succeeds.
+QStringList takeNotices();
 
 // Key of a channel parameter: "ch" + (channel index + 1) + "param" + name.
 QString channelKey(unsigned channel, const char *name);
-
-// The names of the three catalogues, in the order of the language codes.
-const QStringList &catalogueNames();
 
 } // namespace settings

@@ -261,6 +261,10 @@
         <translation>启用滤波</translation>
     </message>
     <message>
+        <source>编辑...</source>
+        <translation>编辑...</translation>
+    </message>
+    <message>
         <source>保存</source>
         <translation>保存</translation>
     </message>

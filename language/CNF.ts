@@ -261,6 +261,10 @@
         <translation>啓用濾波</translation>
     </message>
     <message>
+        <source>编辑...</source>
+        <translation>編輯...</translation>
+    </message>
+    <message>
         <source>保存</source>
         <translation>保存</translation>
     </message>

@@ -261,6 +261,10 @@
         <translation>Enable filter</translation>
     </message>
     <message>
+        <source>编辑...</source>
+        <translation>Edit...</translation>
+    </message>
+    <message>
         <source>保存</source>
         <translation>Save</translation>
     </message>

@@ -68,6 +68,9 @@ private slots:
         QDir(folder_.path("help/Chinese")).mkpath("sub");
         for (const char *file : {"a.PDF", "b.pdf", "sub/c.pdf", "d.txt", "e.tar.pdf", "A&B.pdf"})
             folder_.write(QString("help/Chinese/") + file, "x");
+#ifdef Q_OS_UNIX
+        QVERIFY(QFile::link(folder_.path("help/Chinese/b.pdf"), folder_.path("help/Chinese/link.pdf")));
+#endif
         QMenuBar bar;
         MainMenu menu(&bar);
         menu.setTexts();
@@ -89,8 +92,45 @@ private slots:
         QCOMPARE(entries(), chinese);
     }
 
+    void menuTexts()
+    {
+        const char *const texts[][1 + LanguageCount] = {
+            {"menuDevice", "设备管理(&O)", "設備管理(&O)", "Device Manage(&O)"},
+            {"actionDeviceOperations", "设备操作(&S)", "設備操作(&S)", "Device Operations(&S)"},
+            {"menuSend", "多条发送(&T)", "多條發送(&T)", "Multiple Transmiter(&T)"},
+            {"actionFileSend", "文件发送(&F)", "文件發送(&F)", "Fie Transmiter(&F)"},
+            {"menuParameter", "参数设定(&S)", "參數設定(&S)", "Parameter Setting(&S)"},
+            {"actionCanSetting", "CAN参数设置(&C)", "CAN參數設置(&C)", "CAN Setting(&C)"},
+            {"menuInformation", "信息(&I)", "信息(&I)", "Information(&I)"},
+            {"actionDeviceInfo", "设备信息(&I)", "設備信息(&I)", "Device Info(&I)"},
+            {"menuView", "显示(&V)", "顯示(&V)", "View(&V)"},
+            {"actionClearLog", "清空日志(&D)", "清空日志(&D)", "Clear Log(&D)"},
+            {"menuLanguage", "语言(&L)", "語言(&L)", "Language(&L)"},
+            {"menuHelp", "帮助(&H)", "幫助(&H)", "Help(&H)"},
+            {"actionAbout", "关于(&A)", "關於(&A)", "About(&A)"},
+            {"actionFirmwareUpgrade", "固件升级(&U)", "固件升級(&U)", "Firmware Upgrade(&U)"},
+            {"actionHelpFolder", "帮助文档目录(&P)", "幫助文檔目錄(&P)", "Help Folder(&P)"},
+            {"actionListSend", "列表发送(&L)", "列表發送(&L)", "List Send(&L)"},
+            {"actionHexTimeStamp", "时间标识(Hex)(&H)", "時間標識(Hex)(&H)", "time stamp(Hex)(&H)"},
+            {"actionCheckRecvId", "接收ID累加判断(&A)", "接收ID纍加判斷(&A)", "check recv ID(&A)"},
+            {"actionMergeSameId", "合并相同ID数据(&M)", "合并相同ID數據(&M)", "Merge list data(&M)"},
+        };
+        QMenuBar bar;
+        MainMenu menu(&bar);
+        for (unsigned code = 0; code < LanguageCount; ++code) {
+            setLanguageCode(code);
+            menu.setTexts();
+            for (const auto &row : texts) {
+                const auto *title = bar.findChild<QMenu *>(row[0]);
+                const auto *entry = bar.findChild<QAction *>(row[0]);
+                QCOMPARE(title ? title->title() : entry->text(), QString(row[1 + code]));
+            }
+        }
+    }
+
     void logLinesHaveTwoForms()
     {
+        QCOMPARE(QTime(1, 2).toString("h"), QString("۱")); // a locale with digits of its own, which no text follows
         OperationLog log;
         log.addWorkerLine("<b>通道1");
         log.addWindowLine("完成");
@@ -141,6 +181,14 @@ private slots:
             QVERIFY(watch.titleText().startsWith(QString("SN:") + serial));
             QCOMPARE(watch.look(), DeviceWatch::Change::None);
         }
+        closeDevice();
+        QCOMPARE(watch.look(), DeviceWatch::Change::Gone);
+
+        fake->hasProperties = false; // refused, its handle closed
+        QVERIFY(!openDevice(kDeviceType, 0, 0));
+        fake->takeCalls();
+        QCOMPARE(watch.look(), DeviceWatch::Change::None);
+        QCOMPARE(fake->takeCalls(), QStringList());
         closeDevice();
     }
 };

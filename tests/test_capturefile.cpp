@@ -6,6 +6,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#ifdef Q_OS_LINUX
+#include <csignal>
+#include <sys/resource.h>
+#endif
+
 namespace
 {
 const QStringList kTitles{"a", "b*"};
@@ -36,6 +41,14 @@ private:
     {
         QFile file(path);
         return file.open(QIODevice::ReadOnly | QIODevice::Text) ? file.readAll() : QByteArray("unreadable");
+    }
+
+    static QStringList linesOf(const QSignalSpy &log)
+    {
+        QStringList lines;
+        for (const QList<QVariant> &emission : log)
+            lines << emission.at(0).toString();
+        return lines;
     }
 
 private slots:
@@ -76,15 +89,17 @@ private slots:
         capture.close();
         QVERIFY(!capture.isOpen());
         QCOMPARE(read(path), expected + row(3));
-        QCOMPARE(log.count(), 0);
 
         QVERIFY(capture.open(path, kTitles, CaptureMode::FilteredFrames)); // a second run goes behind the first
         QVERIFY(capture.wantsFilteredOnly());
         capture.close();
         QCOMPARE(read(path), expected + row(3) + "a,b*\n");
+        const QString begun = "实时保存开始：" + QDir::toNativeSeparators(path);
+        const QString ended = "实时保存结束：" + QDir::toNativeSeparators(path) + "，共写入 %1 行";
+        QCOMPARE(linesOf(log), QStringList({begun, ended.arg(3), begun, ended.arg(0)}));
     }
 
-    void aFileThatCannotBeOpenedIsNotReported_data()
+    void aFileThatCannotBeOpenedIsTold_data()
     {
         QTest::addColumn<QString>("path");
         QTest::newRow("missing folder") << dir_.filePath("missing/a.csv");
@@ -93,7 +108,7 @@ private slots:
         QTest::newRow("read-only folder, also for root") << "/proc/a.csv";
 #endif
     }
-    void aFileThatCannotBeOpenedIsNotReported()
+    void aFileThatCannotBeOpenedIsTold()
     {
         QFETCH(QString, path);
         CaptureFile capture;
@@ -101,41 +116,64 @@ private slots:
         QVERIFY(!capture.open(path, kTitles, CaptureMode::AllFrames));
         QVERIFY(!capture.isOpen());
         capture.close();
-        QCOMPARE(log.count(), 0);
+        QCOMPARE(log.count(), 1);
+        const QString told = log.at(0).at(0).toString();
+        QVERIFY2(told.startsWith("实时保存的文件无法打开：" + QDir::toNativeSeparators(path) + "（"), qPrintable(told));
+        QVERIFY2(!told.contains("（）") && !told.contains("Unknown"), qPrintable(told)); // the system's reason
     }
 
 #ifdef Q_OS_LINUX
-    void aWriteErrorIsToldOnce_data()
+    void aFullDiskLeavesWholeRows_data()
     {
         QTest::addColumn<unsigned>("language");
         QTest::addColumn<QString>("first");
         QTest::addColumn<QString>("last");
         QTest::newRow("simplified") << 0u << "实时保存写入文件失败："
-                                    << "实时保存结束，3 行未能写入文件";
+                                    << "实时保存结束，2 行未能写入文件";
         QTest::newRow("traditional") << 1u << "實時保存寫入文件失敗："
-                                     << "實時保存結束，3 行未能寫入文件";
+                                     << "實時保存結束，2 行未能寫入文件";
         QTest::newRow("english") << 2u << "The capture file cannot be written: "
-                                 << "Capture ended, 3 rows could not be written";
+                                 << "Capture ended, 2 rows could not be written";
     }
-    void aWriteErrorIsToldOnce()
+    // A limit of the file's size stands for the disk: it takes a part of what is written.
+    void aFullDiskLeavesWholeRows()
     {
         QFETCH(unsigned, language);
         QFETCH(QString, first);
         QFETCH(QString, last);
+        const ModelItem items[] = {numbered(9), numbered(1), numbered(2)};
         setLanguageCode(language);
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit usual;
+        QCOMPARE(getrlimit(RLIMIT_FSIZE, &usual), 0);
+        const auto limitTo = [&usual](rlim_t bytes) {
+            const rlimit limited{bytes, usual.rlim_max};
+            QCOMPARE(setrlimit(RLIMIT_FSIZE, &limited), 0);
+        };
         CaptureFile capture;
         QSignalSpy log(&capture, &CaptureFile::logLine);
-        QVERIFY(capture.open("/dev/full", kTitles, CaptureMode::AllFrames));
-        capture.add(numbered(1));
-        capture.writeRound();
-        capture.add(numbered(2));
-        capture.add(numbered(3));
-        capture.writeRound();
-        QCOMPARE(log.count(), 1);
-        QVERIFY(log.at(0).at(0).toString().startsWith(first));
-        capture.close();
-        QCOMPARE(log.count(), 2);
-        QCOMPARE(log.at(1).at(0).toString(), last);
+        for (const char *name : {"full", "full again"}) { // counts and errors start anew with every file
+            const QString path = dir_.filePath(QTest::currentDataTag() + QString(name));
+            log.clear();
+            QVERIFY(capture.open(path, kTitles, CaptureMode::AllFrames));
+            QByteArray whole = kMark + "a,b*\n";
+            for (int round = 1; round <= 2; ++round) {
+                capture.add(items[round]);
+                capture.writeRound();
+                whole += row(round);
+                limitTo(rlim_t(whole.size() + row(9).size() / 2));
+                capture.add(items[0]);
+                capture.writeRound();
+                limitTo(usual.rlim_cur);
+                QCOMPARE(read(path), whole);
+            }
+            capture.close();
+            const QStringList lines = linesOf(log);
+            QCOMPARE(lines.size(), 4); // begin, one error, end, what is missing
+            QCOMPARE(lines.at(1), first + qt_error_string(EFBIG));
+            QVERIFY2(lines.at(2).contains(" 2 ") || lines.at(2).endsWith(": 2"), qPrintable(lines.at(2)));
+            QCOMPARE(lines.at(3), last);
+        }
     }
 
     void aDeletedFileHarmsNothing()
@@ -148,7 +186,7 @@ private slots:
         capture.add(numbered(1));
         capture.close();
         QVERIFY(!QFile::exists(path));
-        QCOMPARE(log.count(), 0);
+        QCOMPARE(log.count(), 2); // begin and end
     }
 #endif
 };

@@ -16,6 +16,7 @@
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QMenu>
+#include <QScreen>
 #include <QSettings>
 #include <QShortcut>
 #include <QSplitter>
@@ -97,6 +98,31 @@ private slots:
         QVERIFY2(!folder_.read("config/setdb.txt").contains("window"), "kept in the program's own settings file");
     }
 
+    // With a frame around it: 1024 x 600, and 1920 x 1080 at 200 %. What does not fit beside the log is scrolled.
+    void windowFitsSmallScreens()
+    {
+        const QSize screen = QGuiApplication::primaryScreen()->availableSize();
+        QVERIFY(window_->width() < screen.width() && window_->height() < screen.height());
+        const WindowDriver user(*window_);
+        window_->show();
+        for (const char *language : {"actionTraditionalChinese", "actionEnglish", "actionSimplifiedChinese"}) {
+            user.trigger(language);
+            QCoreApplication::processEvents();
+            const QSize least = window_->minimumSizeHint();
+            QVERIFY2(least.width() <= 800 && least.height() <= 480, language);
+        }
+        const auto *log = user.find<QWidget>("operationLog");
+        const auto *second = user.find<QWidget>("ch2SendPanel");
+        const auto *view = second->parentWidget()->parentWidget();
+        for (const int width : {940, 1320}) { // the log is what narrows
+            window_->resize(width, 500);
+            QTRY_VERIFY(view->width() >= second->geometry().right());
+        }
+        window_->resize(window_->minimumSizeHint());
+        QTRY_VERIFY(view->width() < second->geometry().right());
+        QVERIFY(log->width() >= 40);
+    }
+
     void damagedStateIsIgnored()
     {
         const int usual = table()->columnWidth(IdColumn);
@@ -134,6 +160,11 @@ private slots:
         const Viewer viewer;
         entry->trigger();
         user.trigger("actionHelpFolder");
+        QFile::remove(folder_.path("help/English/A Manual & more.pdf"));
+        entry->trigger();
+        QCOMPARE(user.modal().takeMessages(),
+                 QStringList{"warning|No program can open it, or it is not there: " +
+                             QDir::toNativeSeparators(folder_.path("help/English/A Manual & more.pdf"))});
         QCOMPARE(viewer.opened, (QList<QUrl>{QUrl::fromLocalFile(folder_.path("help/English/A Manual & more.pdf")),
                                              QUrl::fromLocalFile(folder_.path("help/English"))}));
     }

@@ -6,7 +6,10 @@
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QApplication>
+#include <QComboBox>
 #include <QDir>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QtTest>
@@ -86,7 +89,10 @@ private slots:
 
         QFile::remove(scene.folder.path("language/CNF.qm"));
         user.trigger("actionTraditionalChinese");
+        QCoreApplication::processEvents();
         QCOMPARE(languageCode(), unsigned(English));
+        QCOMPARE(user.find<QAbstractButton>("ch1StopSendBtn")->text(), QString("Stop"));
+        QCOMPARE(user.find<QMenu>("menuHelp")->title(), QString("Help(&H)"));
         QVERIFY(user.find<QAction>("actionEnglish")->isChecked());
         QVERIFY(isStored(scene, "Language,EN.qm"));
         restart(scene); // remembered
@@ -131,46 +137,6 @@ private slots:
         QVERIFY(lines.size() <= int(user.received()) + 2);
     }
 
-    // The adapter lets through what its ranges say and nothing else, counted against what the vehicle sent.
-    void acceptanceFilterCutsTheVehiclesTraffic()
-    {
-        const auto inRanges = [](std::uint32_t word) {
-            const std::uint32_t id = word & kIdMask;
-            return (word & kIdExtendedFlag) ? id >= 0x18FF0000 && id <= 0x18FF00FF : id >= 0x100 && id <= 0x1FF;
-        };
-        constexpr quint64 kLastMoment = 20;
-        Scene scene{SimulatorOptions()};
-        scene.folder.useSettings("ch1paramFilterID,0-100-1FF|1-18FF0000-18FF00FF;ch1paramfilterMode,1");
-        WindowDriver &user = *scene.user;
-        const auto countUntilClosed = [&](const std::function<bool(std::uint32_t)> &passes, quint64 *received) {
-            const FrameCounts before = scene.adapter->vehicleCounts();
-            user.click("pushButton"); // counters to 0
-            // The parameters as they are stored: confirming stores both channels alike.
-            QVERIFY(user.openEverything());
-            QTest::qWait(1500);
-            scene.adapter->unplug();
-            QTRY_VERIFY(!isDeviceOpen());
-            QTest::qWait(200);
-            quint64 expected = 0;
-            for (const auto &[word, count] : scene.adapter->vehicleCounts())
-                if (passes(word))
-                    expected += count - (before.count(word) ? before.at(word) : 0);
-            // Frames that the adapter had not handed over when it was pulled are gone with it.
-            for (const char *label : kReceivedLabels)
-                QVERIFY2(user.number(label) <= expected && user.number(label) + kLastMoment > expected,
-                         qPrintable(QString("%1 of %2").arg(user.number(label)).arg(expected)));
-            *received = expected;
-            scene.adapter->replug();
-        };
-        quint64 filtered = 0;
-        countUntilClosed(inRanges, &filtered);
-        QVERIFY(filtered > 50);
-        settings::setValue("ch1paramfilterMode", "0", true);
-        quint64 all = 0;
-        countUntilClosed([](std::uint32_t) { return true; }, &all);
-        QVERIFY(all > 2 * filtered);
-    }
-
     // While channels receive and while one of them sends.
     void unpluggedAdapterIsToldAndComesBack()
     {
@@ -189,7 +155,7 @@ private slots:
 
             scene.adapter->unplug();
             QTRY_COMPARE(user.log().count("设备已关闭！"), round);
-            QCOMPARE(user.log().contains("通道1CAN数据发送失败！"), round == 2);
+            QTRY_COMPARE(user.log().contains("通道1CAN数据发送失败！"), round == 2);
             QCOMPARE(scene.window->windowTitle(), QString("Ostrel-V1.17"));
             for (const char *button : {"ch1SendBtn", "ch2SendBtn", "ch1StopSendBtn"})
                 QVERIFY2(!user.find<QWidget>(button)->isEnabled(), button);
@@ -220,6 +186,61 @@ private slots:
         QVERIFY2(timer.elapsed() < 5000, "an hour's sleep was waited for");
         QVERIFY(!isDeviceOpen());
         QVERIFY(!isChannelOpen(0));
+    }
+
+    // The watch asks nothing while a sender runs, although it goes on showing rates.
+    void watchIsSilentWhileSending()
+    {
+        Scene scene(quiet());
+        WindowDriver &user = *scene.user;
+        QVERIFY(user.openEverything());
+        sendEndlessly(user, "ch1", "3600000");
+        QTRY_COMPARE(user.find<QLabel>("ch1SendRate")->text(), QString("1/s;"));
+        scene.adapter->unplug();
+        for (int round = 0; round < 2; ++round) {
+            appendPendingFrames({ModelItem(), ModelItem(), ModelItem()});
+            QTRY_COMPARE(user.find<QLabel>("ch1SendRate")->text(), QString("3/s;"));
+            QTRY_COMPARE(user.find<QLabel>("ch1SendRate")->text(), QString("0/s;"));
+        }
+        QVERIFY(isDeviceOpen());
+        user.click("ch1StopSendBtn");
+        QTRY_VERIFY(!isDeviceOpen());
+    }
+
+    void entriesLeadWhereTheySay()
+    {
+        Scene scene(quiet());
+        WindowDriver &user = *scene.user;
+        const auto leadsTo = [&user](const char *action) {
+            QStringList shown;
+            user.modal().onDialog([&shown](QDialog *dialog) {
+                const auto *mode = dialog->findChild<QComboBox *>("workStatusCombo");
+                shown << dialog->metaObject()->className() + QString(mode && mode->isEnabled() ? " editable" : "");
+                dialog->reject();
+            });
+            user.trigger(action);
+            user.modal().dropSteps();
+            for (const QWidget *window : QApplication::topLevelWidgets())
+                if (window->isVisible() && window->inherits("fileDlg"))
+                    shown << window->metaObject()->className();
+            return (shown + user.modal().takeMessages()).join(' ');
+        };
+        QVERIFY(leadsTo("actionCanSetting").startsWith("提示|"));
+        QVERIFY(leadsTo("actionDeviceInfo").startsWith("警告|"));
+        QVERIFY(leadsTo("actionFirmwareUpgrade").startsWith("警告|"));
+        QVERIFY(user.openEverything());
+        const char *const entries[][2] = {
+            {"actionDeviceOperations", "OpenDlg"},      {"actionFirmwareUpgrade", "UpdateDlg"},
+            {"actionListSend", "listSendDlg"},          {"actionCanSetting", "ParaDialog editable"},
+            {"actionViewParameters", "ParaDialog"},     {"actionDeviceInfo", "INfDialog"},
+            {"actionAbout", "关于Ostrel|Ostrel-V1.17"}, {"actionFileSend", "fileDlg"}};
+        scene.folder.write("firmware/x-V9.99-20260101.bin", "newer");
+        for (const auto &[action, shown] : entries)
+            QCOMPARE(leadsTo(action).section('\n', 0, 0), QString(shown));
+        user.trigger("actionClearLog");
+        QVERIFY(user.log().isEmpty());
+        user.startCapture(scene.folder.path("missing/x.csv"));
+        QVERIFY(user.log().contains("实时保存的文件无法打开"));
     }
 
     void optionsAreStoredAtOnce()
@@ -265,6 +286,40 @@ private slots:
         appendPendingFrames(QVector<ModelItem>(10).toList());
         QTRY_COMPARE(user.number("ch1SendCount"), 10u);
         QCOMPARE(user.rows(), 3);
+    }
+
+    void storedValuesHoldFromTheStart()
+    {
+        Scene scene(quiet());
+        const auto intervals = [&scene] {
+            QList<int> all;
+            for (const QTimer *timer : scene.window->findChildren<QTimer *>())
+                all << timer->interval();
+            return all;
+        };
+        const struct {
+            const char *line;
+            const char *limit;
+            int rows; // of two frames of one identifier
+            int interval;
+        } files[] = {{"listCount,1000001;merge,1;refreshInterval,77", "(1000000)", 1, 77},
+                     {"listCount,5000000000;merge,2;refreshInterval,9", "(1000000)", 2, 100},
+                     {"listCount,1;merge,0;refreshInterval,10000", "(1)", 1, 10000},
+                     {"listCount,0;refreshInterval,10001", "(1000)", 2, 100}};
+        for (const auto &[line, limit, rows, interval] : files) {
+            scene.folder.write("config/setdb.txt", line);
+            restart(scene);
+            WindowDriver &user = *scene.user;
+            QVERIFY(user.find<QAction>("actionListBuffer")->text().contains(limit));
+            QCOMPARE(user.find<QAction>("actionMergeSameId")->isChecked(), QByteArray(line).contains("merge,1"));
+            QVERIFY2(intervals().contains(interval), line);
+            settings::setValue("refreshInterval", "20", false); // from the next round on
+            if (interval == 10000)
+                continue;
+            appendPendingFrames({ModelItem(), ModelItem()});
+            QTRY_COMPARE(user.rows(), rows);
+            QTRY_VERIFY(intervals().contains(20));
+        }
     }
 };
 

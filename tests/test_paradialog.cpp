@@ -111,7 +111,7 @@ private slots:
         QVERIFY(!combo(second, "chCombo")->isEnabled());
     }
 
-    void tickingTheFilterOpensItsEditor()
+    void theFiltersEditorIsOpenedByTickingAndByItsButton()
     {
         storeChannelParameters(1, {0, 0, 0, 0, false, "", false, "0-5-6"});
         ParaDialog dialog(true, false, 1);
@@ -122,9 +122,14 @@ private slots:
                 pressButton(filter, "btnAdd");
                 pressButton(filter, button);
             });
-            box->click();
-            if (qstrcmp(button, "btnConfirm") == 0)
+            if (qstrcmp(button, "btnConfirm") == 0) {
+                box->click();
                 box->click(); // off: no editor
+                QVERIFY(!dialog.findChild<QWidget *>("filterEditBtn")->isEnabled());
+                box->setChecked(true);
+            } else {
+                pressButton(&dialog, "filterEditBtn");
+            }
         }
         QCOMPARE(stored(1), QString("0 0 0 0 0: 0:0-5-6"));
         pressButton(&dialog, "btnSave");

@@ -110,12 +110,12 @@ private slots:
         const QStringList closed{"提示|通道" + number + "未打开！", "提示|通道" + number + "未打開！",
                                  "warning|Channel " + number + " is not open!"};
         const std::pair<const char *, QStringList> refused[] = {
-            {"800", standard}, {"80000000", standard}, {"20000000", extended}, {"FFFFFFFF", extended}, {"1", closed}};
+            {"800", standard}, {"80000000", standard}, {"20000000", extended}, {"FFFFFFFF", extended}, {"800", closed}};
         bench_->open();
         const QSignalSpy logged(&panel(), &SendPanel::logLine);
         for (const auto &[id, messages] : refused) {
             if (messages == closed)
-                closeDevice();
+                closeDevice(); // is looked at first
             combo("FrameTypeCombo")->setCurrentIndex(messages == extended ? 1 : 0);
             edit("SendIDEdit")->setText(id);
             for (unsigned language = 0; language < LanguageCount; ++language) {
@@ -162,6 +162,24 @@ private slots:
         QCOMPARE(fd[2].transmitType, 3u);
         QCOMPARE(dataOf(fd[2]), QByteArray(64, '\xff'));
         QVERIFY(edit("SendDataEdit")->text().endsWith("ff 01"));
+
+        combo("ProtocolCombo")->setCurrentIndex(1); // FD at one rate
+        sendToTheEnd();
+        QCOMPARE(int(bench_->driver->sentFd(unsigned(channel_)).at(3).flags), 0);
+    }
+
+    void aRunThatEndsOnAClosedChannel()
+    {
+        bench_->open();
+        restore("ch1SendCountEdit,-1;ch1SendInvEdit,3600000");
+        clickSend();
+        QTRY_COMPARE(bench_->driver->sentCan(unsigned(channel_)).size(), std::size_t(1));
+        closeDevice();
+        panel().stopSending();
+        QTRY_VERIFY(!panel().isSending());
+        QVERIFY(!bench_->button(channel_, "SendBtn")->isEnabled());
+        QVERIFY(!bench_->button(channel_, "StopSendBtn")->isEnabled());
+        QVERIFY(edit("SendIDEdit")->isEnabled());
     }
 
     void lengthAndProtocol()

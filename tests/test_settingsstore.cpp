@@ -1,3 +1,4 @@
+#include "device/language.h"
 #include "device/settingsstore.h"
 #include "testfolder.h"
 
@@ -38,10 +39,48 @@ private slots:
         settings::setValue("c", "", true); // unchanged, but still written
         QCOMPARE(folder.read("config/setdb.txt"), QByteArray("B,值;b,2;c,"));
         QCOMPARE(settings::number("c", "5"), 0u);
+    }
 
-        settings::load(folder.path("nowhere/setdb.txt")); // cannot be written: nobody is told
+    void whatBecomesOfTheFileIsTold()
+    {
+        const TestFolder folder;
+        setLanguageCode(English);
+        const auto notices = [] {
+            QStringList kinds;
+            for (const QString &line : settings::takeNotices())
+                kinds << line.section(": ", 0, 0) + (line.contains("()") ? " without a reason" : "");
+            return kinds.join('|');
+        };
+        for (const char *damaged : {"a,1;b", "a,1;"}) {
+            folder.useSettings(damaged);
+            QCOMPARE(notices(), QString("The settings file is damaged and was ignored"));
+            settings::setValue("a", "2", true);
+            settings::setValue("a", "3", true);
+            QCOMPARE(notices(), QString("The damaged settings file is kept as"));
+            QCOMPARE(folder.read("config/setdb.txt"), QByteArray("a,3"));
+        }
+        QCOMPARE(folder.read("config/setdb.damaged1.txt") + folder.read("config/setdb.damaged2.txt"),
+                 QByteArray("a,1;ba,1;"));
+
+        settings::load(folder.path("new/sub/setdb.txt"));
         settings::setValue("a", "1", true);
+        QCOMPARE(notices(), QString("Settings folder created"));
+        QCOMPARE(folder.read("new/sub/setdb.txt"), QByteArray("a,1"));
+
+        folder.write("file", "");
+        settings::load(folder.path("file/setdb.txt"));
+        for (const char *told : {"Settings cannot be saved", ""}) { // once
+            settings::setValue("a", "1", true);
+            QCOMPARE(notices(), QString(told));
+        }
         QCOMPARE(settings::value("a", "0"), QString("1"));
+        QFile::remove(folder.path("file"));
+        settings::save();
+        QCOMPARE(notices(), QString("Settings folder created"));
+        QVERIFY(QDir(folder.path("file")).removeRecursively());
+        folder.write("file", "");
+        settings::save();
+        QCOMPARE(notices(), QString("Settings cannot be saved")); // again, after a success
     }
 
     void languageComesFromItsFileUnlessTheMapHasIt()

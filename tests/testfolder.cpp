@@ -47,7 +47,7 @@ void TestFolder::useSettings(const QByteArray &line) const
 
 void TestFolder::copyCatalogues() const
 {
-    for (const QString &name : settings::catalogueNames())
+    for (const QString &name : catalogueNames())
         if (!QFile::copy(QStringLiteral(OSTREL_CATALOGUE_DIR "/") + name, path(QStringLiteral("language/") + name)))
             qFatal("no catalogue %s", qPrintable(name));
 }

@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
+#include <QScrollArea>
 #include <QSplitter>
 #include <QStyle>
 #include <QStyleOptionComboBox>
@@ -141,7 +142,8 @@ QStringList overlaps(const QWidget &window)
             parents.append(child);
             if (isClosedInside(*parent))
                 continue;
-            if (!parent->rect().contains(child->geometry()))
+            const bool scrolls = qobject_cast<const QScrollArea *>(parent->parentWidget());
+            if (!scrolls && !parent->rect().contains(child->geometry()))
                 found << nameOf(*child) + " lies partly outside of " + nameOf(*parent);
             for (const QWidget *other : placed)
                 if (other->geometry().intersects(child->geometry()))

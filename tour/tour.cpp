@@ -3,6 +3,7 @@
 #include "app/mainwindow.h"
 #include "device/devicelayer.h"
 #include "device/driver/driverfactory.h"
+#include "testfolder.h"
 #include "windowdriver.h"
 
 #include <QAbstractButton>
@@ -25,6 +26,13 @@ constexpr int kSettleMs = 300;
 void say(const QString &line)
 {
     QTextStream(stdout) << line << '\n';
+}
+
+// The off-screen display has no frames and no user's session: what the toolkit says about that concerns nobody here.
+void sayMessage(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    if (!message.contains("propagateSizeHints") && !message.contains("XDG_RUNTIME_DIR"))
+        QTextStream(stderr) << message << '\n';
 }
 
 class Tour
@@ -115,6 +123,7 @@ private:
 
 int main(int argc, char *argv[])
 {
+    qInstallMessageHandler(sayMessage);
     QApplication application(argc, argv);
     QApplication::setApplicationName("Ostrel");
     const QDir folder(argc > 1 ? QFile::decodeName(argv[1]) : QStringLiteral("."));
@@ -125,6 +134,8 @@ int main(int argc, char *argv[])
     setDriver(makeDriver(qgetenv("OSTREL_DRIVER").toStdString()));
     bool done = false;
     {
+        const TestFolder settings; // the user's own stay as they are
+        settings.copyCatalogues();
         MainWindow window;
         window.resize(kWindowSize); // whatever the off-screen display's is
         window.show();

@@ -94,8 +94,12 @@ void ParaDialog::on_chCombo_currentIndexChanged(int index)
 
 void ParaDialog::on_filterModeCheck_clicked(bool checked)
 {
-    if (!checked)
-        return; // the rows stay stored, they are merely not applied
+    if (checked) // unticked, the rows stay stored, they are merely not applied
+        on_filterEditBtn_clicked();
+}
+
+void ParaDialog::on_filterEditBtn_clicked()
+{
     FilterDialog dialog(shownChannel(), filterRows_, this);
     if (dialog.exec() == QDialog::Accepted)
         filterRows_ = dialog.rowText();

@@ -33,6 +33,7 @@ protected:
 private slots:
     void on_chCombo_currentIndexChanged(int index);
     void on_filterModeCheck_clicked(bool checked);
+    void on_filterEditBtn_clicked();
     void on_btnSave_clicked();
     void on_btnConfirm_clicked();
     void on_btnCancel_clicked();

@@ -24,7 +24,7 @@ constexpr int kLineHeightPercent = 118;
 constexpr qreal kPictureUnit = kResolution / 96.0; // dots per unit of a picture's size in a text document
 constexpr qreal kHeadingPoints[] = {18, 13.5, 11};
 constexpr int kHeadingLevels = 3;
-constexpr qreal kPictureDpi = 130;      // of a screen picture on paper, unless the page is too narrow
+constexpr qreal kPictureDpi = 150;      // of a screen picture on paper, unless the page is too narrow
 constexpr qreal kTallestPicture = 0.55; // of the page's height
 
 int dots(qreal mm)
@@ -153,6 +153,29 @@ void setTables(QTextDocument &document)
     }
 }
 
+void layOutAnew(QTextDocument &document, const QSizeF &page)
+{
+    document.setPageSize(QSizeF()); // all of it: the part behind a change alone goes wrong
+    document.setPageSize(page);
+}
+
+// A table that would be cut goes to the next page, all of it; one that no page can hold breaks between its rows.
+void keepTables(QTextDocument &document, const QSizeF &page)
+{
+    const auto frames = document.rootFrame()->childFrames();
+    for (QTextFrame *frame : frames) {
+        const QRectF place = document.documentLayout()->frameBoundingRect(frame);
+        const auto pageAt = [&page](qreal y) { return static_cast<int>(y / page.height()); };
+        if (!qobject_cast<QTextTable *>(frame) || place.height() > page.height() ||
+            pageAt(place.top()) == pageAt(place.bottom()))
+            continue;
+        QTextFrameFormat format = frame->frameFormat();
+        format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
+        frame->setFrameFormat(format);
+        layOutAnew(document, page);
+    }
+}
+
 // A heading goes to the next page with what it is the heading of.
 void keepHeadings(QTextDocument &document, const QSizeF &page)
 {
@@ -166,8 +189,7 @@ void keepHeadings(QTextDocument &document, const QSizeF &page)
         QTextBlockFormat format = block.blockFormat();
         format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
         QTextCursor(block).setBlockFormat(format);
-        document.setPageSize(QSizeF()); // lays all of it out anew: the part behind the change alone goes wrong
-        document.setPageSize(page);
+        layOutAnew(document, page);
     }
 }
 
@@ -225,6 +247,7 @@ QString setManual(const QString &markdownPath, const QString &pdfPath, const QSt
     if (!error.isEmpty())
         return error;
     document.setPageSize(page);
+    keepTables(document, page);
     keepHeadings(document, page);
     if (!printPages(document, writer, page, title))
         return QStringLiteral("cannot write ") + pdfPath;
