@@ -12,23 +12,18 @@ FormDialog::FormDialog(QWidget *parent) : QDialog(parent)
 
 void FormDialog::finishForm()
 {
-    setEnterPressesFocus(true);
+    bool hasDefault = false;
+    for (QPushButton *button : findChildren<QPushButton *>()) {
+        button->setAutoDefault(true); // Enter presses it while it has the focus
+        hasDefault = hasDefault || button->isDefault();
+    }
+    if (!hasDefault) { // one that is never seen: the toolkit would choose among the others
+        auto *nobody = new QPushButton(this);
+        nobody->setFocusPolicy(Qt::NoFocus);
+        nobody->setDefault(true);
+        nobody->hide();
+    }
     new DialogScaler(this);
-}
-
-void FormDialog::setEnterPressesFocus(bool on)
-{
-    for (QPushButton *button : findChildren<QPushButton *>())
-        if (button->window() == this)
-            button->setAutoDefault(on);
-}
-
-void FormDialog::setVisible(bool visible)
-{
-    // While it shows itself the toolkit would make the first such button the default one of a form that names none.
-    setEnterPressesFocus(false);
-    QDialog::setVisible(visible);
-    setEnterPressesFocus(true);
 }
 
 void FormDialog::changeEvent(QEvent *event)

@@ -11,17 +11,12 @@ class FormDialog : public QDialog
 public:
     explicit FormDialog(QWidget *parent = nullptr);
 
-    // A form that names no default button has none: Enter in one of its fields then presses nothing.
-    void setVisible(bool visible) override;
-
 protected:
-    // Last in the constructor, once all widgets are there.
+    // Last in the constructor, once all widgets are there. In a form that names no default button Enter presses nothing
+    // unless a button has the focus.
     void finishForm();
     // Shows the form's texts, and those that the dialog writes itself, in the current language.
     virtual void retranslate() = 0;
 
     void changeEvent(QEvent *event) override;
-
-private:
-    void setEnterPressesFocus(bool on);
 };

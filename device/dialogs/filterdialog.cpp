@@ -5,6 +5,8 @@
 #include "ui_filterdialog.h"
 #include "widgets/messages.h"
 
+#include <QKeyEvent>
+
 namespace
 {
 
@@ -134,6 +136,15 @@ void FilterDialog::setLiveTexts()
         QTableWidgetItem *kind = ui_->tableWidget->item(row, KindColumn);
         kind->setText(kindText(withDigits(kind->text()) == kindDigit(true)));
     }
+}
+
+void FilterDialog::keyPressEvent(QKeyEvent *event)
+{
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && focusWidget() != ui_->tableWidget)
+        ui_->btnAdd->setFocus();
+    else
+        FormDialog::keyPressEvent(event);
 }
 
 void FilterDialog::retranslate()

@@ -25,6 +25,7 @@ public:
 
 protected:
     void retranslate() override;
+    void keyPressEvent(QKeyEvent *event) override; // Enter in a field leads on to the add button
 
 private slots:
     void on_comboBox_currentIndexChanged(int index);
