@@ -65,6 +65,7 @@ void savefileDlg::on_browseBtn_clicked()
         return;
     ui_->pathEdit->setText(chosen);
     ui_->hintLabel->setVisible(!prepareTarget(chosen));
+    ui_->okBtn->setFocus();
 }
 
 void savefileDlg::on_okBtn_clicked()
