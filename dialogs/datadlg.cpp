@@ -7,8 +7,6 @@
 #include <QKeyEvent>
 #include <QSignalBlocker>
 
-#include <utility>
-
 namespace
 {
 enum ByteColumn { HexColumn, DecimalColumn, FirstBitColumn, LastBitColumn = FirstBitColumn + 7 };
@@ -102,21 +100,10 @@ void DataDlg::on_tableWidget_itemChanged(QTableWidgetItem *item)
         fillRow(item->row(), byteOf(item->text(), kDecimalBase));
 }
 
-// A double click is one flip: its second release does not count.
+// The toolkit tells a double click's second release as no click: it flips once.
 void DataDlg::on_tableWidget_itemClicked(QTableWidgetItem *item)
 {
-    if (!std::exchange(doubleClick_, false))
-        flipBit(item);
-}
-
-void DataDlg::on_tableWidget_itemDoubleClicked()
-{
-    doubleClick_ = true;
-}
-
-void DataDlg::on_tableWidget_itemPressed()
-{
-    doubleClick_ = false;
+    flipBit(item);
 }
 
 bool DataDlg::eventFilter(QObject *watched, QEvent *event)

@@ -34,8 +34,6 @@ protected:
 private slots:
     void on_tableWidget_itemChanged(QTableWidgetItem *item);
     void on_tableWidget_itemClicked(QTableWidgetItem *item);
-    void on_tableWidget_itemDoubleClicked();
-    void on_tableWidget_itemPressed();
     void on_pushButton_clicked();
     void on_pushButton_2_clicked();
 
@@ -45,5 +43,4 @@ private:
     void flipBit(QTableWidgetItem *item);
 
     const std::unique_ptr<Ui::DataDlg> ui_;
-    bool doubleClick_ = false; // the next click is its second half
 };

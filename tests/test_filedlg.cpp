@@ -98,9 +98,9 @@ private slots:
 #ifdef Q_OS_LINUX
     void aSendWritesTheFileOnce()
     {
-        folder_->useSettings("sendFile,"); // is there, so it will be replaced
+        folder_->useSettings("sendFile,"); // is there: each writing makes a file beside it
         const int watch = inotify_init1(IN_NONBLOCK);
-        QVERIFY(inotify_add_watch(watch, QFile::encodeName(folder_->path("config")).constData(), IN_MOVED_TO) >= 0);
+        QVERIFY(inotify_add_watch(watch, QFile::encodeName(folder_->path("config")).constData(), IN_CREATE) >= 0);
         Controls().press("pbSend");
         alignas(inotify_event) char events[1000];
         const auto size = int(read(watch, events, sizeof events));

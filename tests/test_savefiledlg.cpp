@@ -69,9 +69,11 @@ private slots:
         QVERIFY(QDir(folder_.path(".")).mkdir("run 1.2"));
         browse(folder_.path("b"));
         QCOMPARE(pathEdit()->text(), folder_.path("b.csv"));
-        settings::load(folder_.settingsPath()); // as the next start does
+        const QByteArray kept = "captureFolder," + QFile::encodeName(folder_.path("b").chopped(2));
+        QCOMPARE(folder_.read("config/setdb.txt"), kept);
+        folder_.useSettings(kept + "/help"); // as the next start does
         browse("c.txt");
-        QCOMPARE(pathEdit()->text(), folder_.path("c.txt"));
+        QCOMPARE(pathEdit()->text(), folder_.path("help/c.txt"));
         answer(folder_.path("run 1.2/d"));
         browse("d.csv"); // asked a second time
         QCOMPARE(pathEdit()->text(), folder_.path("run 1.2/d.csv"));

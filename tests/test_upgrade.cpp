@@ -138,6 +138,7 @@ private slots:
             const QString other = makeDrive("other");
             const QString appeared = makeDrive("appeared");
             int asked = 0;
+            bool filled = false;
             const auto volumes = [&] {
                 QList<MountedVolume> list{{other, "DISABLD"}, {before, kBootDrive}};
                 if (++asked > 3)
@@ -148,10 +149,11 @@ private slots:
                 const auto *label = dialog->findChild<QLabel *>("label");
                 QCOMPARE(label->text(), questions.at(code));
                 const auto *bar = dialog->findChild<QProgressBar *>();
-                QVERIFY(bar->minimum() < bar->maximum() && bar->value() == bar->minimum()); // empty
-                connect(bar, &QProgressBar::valueChanged, dialog,
-                        [=](int value) { QVERIFY(value == bar->maximum() && firmwareOn("appeared") == image_); });
+                connect(bar, &QProgressBar::valueChanged, dialog, [&filled, bar, this](int value) {
+                    filled = value == bar->maximum() && firmwareOn("appeared") == image_;
+                });
                 pressButton(dialog, "pushButton");
+                QVERIFY(bar->minimum() < bar->maximum() && bar->value() == bar->minimum()); // empty
                 QCOMPARE(label->text(), warnings.at(code));
                 for (const char *button : {"pushButton", "pushButton_2"})
                     QVERIFY(!dialog->findChild<QWidget *>(button)->isEnabled());
@@ -164,6 +166,7 @@ private slots:
             QCOMPARE(answers_->takeMessages(), QStringList{kSuccess.at(code)});
             QCOMPARE(answers_->icons().last(), int(QMessageBox::Information));
             QCOMPARE(asked, 4);
+            QVERIFY(filled);
             QCOMPARE(firmwareOn("before") + firmwareOn("other"), kOldImage + kOldImage);
             QCOMPARE(firmwareOn("appeared"), image_);
         }
