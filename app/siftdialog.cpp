@@ -3,15 +3,13 @@
 #include "app/siftlistmodel.h"
 #include "ui_siftdialog.h"
 #include "widgets/checkrowdelegate.h"
-#include "widgets/dialogscaler.h"
 
 #include <QDebug>
-#include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
 
 SiftDialog::SiftDialog(QWidget *parent)
-    : QDialog(parent), ui_(std::make_unique<Ui::SiftDialog>()), list_(new SiftListModel(this))
+    : FormDialog(parent), ui_(std::make_unique<Ui::SiftDialog>()), list_(new SiftListModel(this))
 {
     ui_->setupUi(this);
     setWindowFlag(Qt::FramelessWindowHint);
@@ -21,7 +19,7 @@ SiftDialog::SiftDialog(QWidget *parent)
     connect(ui_->searchEdit, &QLineEdit::textChanged, this, &SiftDialog::search);
     connect(ui_->caseBox, &QCheckBox::toggled, this, &SiftDialog::search);
     connect(ui_->wholeBox, &QCheckBox::toggled, this, &SiftDialog::search);
-    new DialogScaler(this);
+    finishForm();
 }
 
 SiftDialog::~SiftDialog() = default;
@@ -76,11 +74,8 @@ void SiftDialog::on_cancelBtn_clicked()
     reject();
 }
 
-void SiftDialog::changeEvent(QEvent *event)
+void SiftDialog::retranslate()
 {
-    QDialog::changeEvent(event);
-    if (event->type() == QEvent::LanguageChange) {
-        ui_->retranslateUi(this);
-        list_->retranslate();
-    }
+    ui_->retranslateUi(this);
+    list_->retranslate();
 }

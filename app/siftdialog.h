@@ -2,7 +2,7 @@
 // hidden between uses.
 #pragma once
 
-#include <QDialog>
+#include "widgets/formdialog.h"
 
 #include <memory>
 
@@ -13,7 +13,7 @@ namespace Ui
 class SiftDialog;
 }
 
-class SiftDialog : public QDialog
+class SiftDialog : public FormDialog
 {
     Q_OBJECT
 
@@ -21,7 +21,7 @@ public:
     explicit SiftDialog(QWidget *parent = nullptr);
     ~SiftDialog() override;
 
-    // Lists the values, nothing ticked. A search text left from the last use is applied to them.
+    // Lists all the values, nothing ticked. A search text left from the last use narrows them once it is edited.
     void fill(const QStringList &values, int column);
     // Shows the pop-up with its corner at the point, moved as far as it takes to stay on the point's screen.
     void popupAt(const QPoint &globalPoint);
@@ -31,7 +31,7 @@ signals:
     void siftedData(QStringList siftedData, int index);
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void retranslate() override;
 
 private slots:
     void on_confirmBtn_clicked();

@@ -1,7 +1,6 @@
 #include "device/channelparameters.h"
 
 #include "device/devicelayer.h"
-#include "device/language.h"
 #include "device/settingsstore.h"
 
 namespace
@@ -29,6 +28,11 @@ QString readText(unsigned channel, const char *name)
 QString boxText(bool ticked)
 {
     return ticked ? QStringLiteral("1") : QStringLiteral("0");
+}
+
+void store(unsigned channel, const char *name, const QString &text, bool writeNow = false)
+{
+    settings::setValue(settings::channelKey(channel, name), text, writeNow);
 }
 
 // The part that opening and re-applying have in common.
@@ -60,17 +64,19 @@ ChannelParameters loadChannelParameters(unsigned channel)
 
 void storeChannelParameters(unsigned channel, const ChannelParameters &parameters)
 {
-    const auto store = [channel](const char *name, const QString &text, bool writeNow = false) {
-        settings::setValue(settings::channelKey(channel, name), text, writeNow);
-    };
-    store(kWorkStatus, QString::number(parameters.workStatus));
-    store(kCanFdStandard, QString::number(parameters.canFdStandard));
-    store(kArbitration, QString::number(parameters.arbitration));
-    store(kData, QString::number(parameters.data));
-    store(kIsCustom, boxText(parameters.customBaudRate));
-    store(kCustomText, parameters.customBaudRateText);
-    store(kFilterMode, boxText(parameters.filterOn));
-    store(kFilterRows, parameters.filterRows, true);
+    store(channel, kWorkStatus, QString::number(parameters.workStatus));
+    store(channel, kCanFdStandard, QString::number(parameters.canFdStandard));
+    store(channel, kArbitration, QString::number(parameters.arbitration));
+    store(channel, kData, QString::number(parameters.data));
+    store(channel, kIsCustom, boxText(parameters.customBaudRate));
+    store(channel, kCustomText, parameters.customBaudRateText);
+    storeChannelFilter(channel, parameters.filterOn, parameters.filterRows);
+}
+
+void storeChannelFilter(unsigned channel, bool filterOn, const QString &filterRows)
+{
+    store(channel, kFilterMode, boxText(filterOn));
+    store(channel, kFilterRows, filterRows, true);
 }
 
 ChannelStep openChannel(unsigned channel, const ChannelParameters &parameters)
@@ -93,35 +99,4 @@ ChannelStep reconfigureChannel(unsigned channel, const ChannelParameters &parame
     if (parameters.filterOn && !applyFilterRows(channel, parameters.filterRows))
         return ChannelStep::Filter;
     return ChannelStep::None;
-}
-
-QString stepFailureText(ChannelStep step)
-{
-    switch (step) {
-    case ChannelStep::CanFdStandard:
-        return text3("设置CANFD标准失败！", "設置CANFD標準失敗！", "Failed to set CANFD standard!");
-    case ChannelStep::BaudRate:
-        return text3("设置波特率失败！", "設置波特率失敗！", "Setting baud rate failed!");
-    case ChannelStep::CustomBaudRate:
-        return text3("设置自定义波特率失败！", "設置自定義波特率失敗！", "Setting custom baud rate failed!");
-    case ChannelStep::Init:
-        return text3("CAN初始化失败！", "CAN初始化失敗！", "CAN Initialization failed!");
-    case ChannelStep::Filter:
-        return text3("设置滤波失败！", "設置濾波失敗！", "Setting filtering failed!");
-    case ChannelStep::Start:
-        return text3("CAN启动失败！", "CAN啓動失敗！", "CAN start failed!");
-    case ChannelStep::None:
-        break;
-    }
-    return {};
-}
-
-QString deviceNotOpenText()
-{
-    return text3("设备未打开！", "設備未打開！", "The device is not opened!");
-}
-
-QString deviceInfoFailedText()
-{
-    return text3("设备信息获取失败！", "設備信息獲取失敗！", "Device information acquisition failed!");
 }

@@ -18,6 +18,8 @@ struct ChannelParameters {
 ChannelParameters loadChannelParameters(unsigned channel);
 // Stores all eight and then writes the settings file once.
 void storeChannelParameters(unsigned channel, const ChannelParameters &parameters);
+// The filter's two alone; the file is written as well.
+void storeChannelFilter(unsigned channel, bool filterOn, const QString &filterRows);
 
 // The steps in which parameters reach the adapter.
 enum class ChannelStep { None, CanFdStandard, BaudRate, CustomBaudRate, Init, Filter, Start };
@@ -27,10 +29,3 @@ enum class ChannelStep { None, CanFdStandard, BaudRate, CustomBaudRate, Init, Fi
 ChannelStep openChannel(unsigned channel, const ChannelParameters &parameters);
 // Writes the parameters to a running channel: standard, rates, filters.
 ChannelStep reconfigureChannel(unsigned channel, const ChannelParameters &parameters);
-
-// What to tell the user about a failed step, in the current language; empty for None.
-QString stepFailureText(ChannelStep step);
-// "The device is not opened!" in the current language.
-QString deviceNotOpenText();
-// "Device information acquisition failed!" in the current language.
-QString deviceInfoFailedText();

@@ -145,6 +145,9 @@ bool updateDevice(unsigned index)
     if (!isDeviceOpen())
         openDevice(kDeviceType, index, 0);
     qDebug("isDeviceOpend:%d", isDeviceOpen() ? 1 : 0);
+    // No worker may be inside a call while the adapter restarts under it.
+    const QWriteLocker first(&layer().guard[0]);
+    const QWriteLocker second(&layer().guard[1]);
     return isDeviceOpen() && driver()->UpdateDevice(state().device) == kDriverSuccess;
 }
 

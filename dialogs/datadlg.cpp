@@ -2,11 +2,9 @@
 
 #include "ui_datadlg.h"
 
-#include "widgets/dialogscaler.h"
-
 #include <QColor>
-#include <QEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QSignalBlocker>
 
 namespace
@@ -16,6 +14,8 @@ enum ByteColumn { HexColumn, DecimalColumn, FirstBitColumn, LastBitColumn = Firs
 constexpr int kHexBase = 16;
 constexpr int kDecimalBase = 10;
 const QColor kBitColour(128, 128, 255);
+const QColor kSetBitText(Qt::white);
+const QColor kClearBitText(Qt::black);
 
 bool isBitColumn(int column)
 {
@@ -35,10 +35,9 @@ QString bitText(bool set)
 } // namespace
 
 DataDlg::DataDlg(const QByteArray &data, uint length, QWidget *parent)
-    : QDialog(parent), ui_(std::make_unique<Ui::DataDlg>())
+    : FormDialog(parent), ui_(std::make_unique<Ui::DataDlg>())
 {
     ui_->setupUi(this);
-    setWindowFlag(Qt::WindowContextHelpButtonHint, false);
     ui_->lengthLabel->setText(QString::number(length));
     ui_->tableWidget->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     for (int column : {HexColumn, DecimalColumn})
@@ -48,7 +47,8 @@ DataDlg::DataDlg(const QByteArray &data, uint length, QWidget *parent)
         makeRow(row);
         fillRow(row, row < data.size() ? static_cast<quint8>(data.at(row)) : 0);
     }
-    new DialogScaler(this);
+    ui_->tableWidget->installEventFilter(this);
+    finishForm();
 }
 
 DataDlg::~DataDlg() = default;
@@ -63,7 +63,6 @@ void DataDlg::makeRow(int row)
         if (isBitColumn(column)) {
             cell->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEnabled);
             cell->setBackground(kBitColour);
-            cell->setForeground(Qt::black);
         }
         ui_->tableWidget->setItem(row, column, cell);
     }
@@ -74,8 +73,15 @@ void DataDlg::fillRow(int row, quint8 value)
     const QSignalBlocker blocker(ui_->tableWidget);
     ui_->tableWidget->item(row, HexColumn)->setText(QString::number(value, kHexBase).toUpper());
     ui_->tableWidget->item(row, DecimalColumn)->setText(QString::number(value));
-    for (int column = FirstBitColumn; column <= LastBitColumn; ++column)
-        ui_->tableWidget->item(row, column)->setText(bitText((value >> (LastBitColumn - column) & 1) != 0));
+    for (int column = FirstBitColumn; column <= LastBitColumn; ++column) {
+        const bool set = (value >> (LastBitColumn - column) & 1) != 0;
+        QTableWidgetItem *bit = ui_->tableWidget->item(row, column);
+        bit->setText(bitText(set));
+        bit->setForeground(set ? kSetBitText : kClearBitText);
+        QFont font; // only its weight counts, the rest is the table's
+        font.setBold(set);
+        bit->setFont(font);
+    }
 }
 
 QByteArray DataDlg::data() const
@@ -94,7 +100,25 @@ void DataDlg::on_tableWidget_itemChanged(QTableWidgetItem *item)
         fillRow(item->row(), byteOf(item->text(), kDecimalBase));
 }
 
+// The toolkit tells a double click's second release as no click: it flips once.
 void DataDlg::on_tableWidget_itemClicked(QTableWidgetItem *item)
+{
+    flipBit(item);
+}
+
+bool DataDlg::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == ui_->tableWidget && event->type() == QEvent::KeyPress) {
+        QTableWidgetItem *item = ui_->tableWidget->currentItem();
+        if (static_cast<QKeyEvent *>(event)->key() == Qt::Key_Space && item && isBitColumn(item->column())) {
+            flipBit(item);
+            return true;
+        }
+    }
+    return FormDialog::eventFilter(watched, event);
+}
+
+void DataDlg::flipBit(QTableWidgetItem *item)
 {
     if (!isBitColumn(item->column()))
         return;
@@ -116,11 +140,7 @@ void DataDlg::on_pushButton_2_clicked()
     reject();
 }
 
-void DataDlg::changeEvent(QEvent *event)
+void DataDlg::retranslate()
 {
-    QDialog::changeEvent(event);
-    if (event->type() == QEvent::LanguageChange)
-        ui_->retranslateUi(this);
-    else if (event->type() == QEvent::FontChange)
-        ui_->tableWidget->horizontalHeader()->setFont(font()); // once it has columns a header inherits no font
+    ui_->retranslateUi(this);
 }

@@ -1,9 +1,10 @@
 // Edits the data bytes of a frame: one row per byte, shown in hexadecimal, in decimal and as eight bits that a click
-// flips.
+// or the space bar flips.
 #pragma once
 
+#include "widgets/formdialog.h"
+
 #include <QByteArray>
-#include <QDialog>
 
 #include <memory>
 
@@ -14,7 +15,7 @@ namespace Ui
 class DataDlg;
 }
 
-class DataDlg : public QDialog
+class DataDlg : public FormDialog
 {
     Q_OBJECT
 
@@ -27,7 +28,8 @@ public:
     QByteArray data() const;
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void retranslate() override;
+    bool eventFilter(QObject *watched, QEvent *event) override; // the table's keys
 
 private slots:
     void on_tableWidget_itemChanged(QTableWidgetItem *item);
@@ -38,6 +40,7 @@ private slots:
 private:
     void makeRow(int row);
     void fillRow(int row, quint8 value);
+    void flipBit(QTableWidgetItem *item);
 
-    std::unique_ptr<Ui::DataDlg> ui_;
+    const std::unique_ptr<Ui::DataDlg> ui_;
 };

@@ -3,10 +3,8 @@
 #include "ui_filedlg.h"
 
 #include "device/settingsstore.h"
-#include "widgets/dialogscaler.h"
 #include "widgets/storedfields.h"
 
-#include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 
@@ -22,13 +20,12 @@ enum IntervalMode { FixedInterval = 0, IntervalOfFile = 1 };
 constexpr int kRecordedTimingRequest = -1;
 } // namespace
 
-fileDlg::fileDlg(QWidget *parent) : QDialog(parent), ui_(std::make_unique<Ui::fileDlg>())
+fileDlg::fileDlg(QWidget *parent) : FormDialog(parent), ui_(std::make_unique<Ui::fileDlg>())
 {
     ui_->setupUi(this);
-    setWindowFlag(Qt::WindowContextHelpButtonHint, false);
     restore();
     setIdle();
-    new DialogScaler(this);
+    finishForm();
 }
 
 fileDlg::~fileDlg() = default;
@@ -38,7 +35,7 @@ void fileDlg::restore()
     ui_->lineEdit->setText(settings::value(kPathKey, QString()));
     restoreIndex(ui_->comboBox, kChannelKey, QStringLiteral("0"));
     restoreIndex(ui_->comboBox_2, kModeKey, QStringLiteral("0"));
-    ui_->spinBox->setValue(storedNumber(kCountKey, QStringLiteral("1")));
+    ui_->spinBox->setRepeats(settings::value(kCountKey, QStringLiteral("1")));
     ui_->spinBox_2->setValue(storedNumber(kIntervalKey, QStringLiteral("0")));
 }
 
@@ -60,12 +57,16 @@ bool fileDlg::hasFixedInterval() const
 
 void fileDlg::setSending(bool sending)
 {
-    for (QWidget *input : {static_cast<QWidget *>(ui_->lineEdit), static_cast<QWidget *>(ui_->pbfile),
-                           static_cast<QWidget *>(ui_->comboBox), static_cast<QWidget *>(ui_->spinBox),
-                           static_cast<QWidget *>(ui_->comboBox_2), static_cast<QWidget *>(ui_->pbSend)})
+    QPushButton *next = sending ? ui_->pbStop : ui_->pbSend;
+    const QWidget *focus = focusWidget();
+    next->setEnabled(true);
+    for (QWidget *input : std::initializer_list<QWidget *>{ui_->lineEdit, ui_->pbfile, ui_->comboBox, ui_->spinBox,
+                                                           ui_->comboBox_2, ui_->pbSend})
         input->setEnabled(!sending);
     ui_->spinBox_2->setEnabled(!sending && hasFixedInterval());
     ui_->pbStop->setEnabled(sending);
+    if (focus && !focus->isEnabled())
+        next->setFocus();
 }
 
 void fileDlg::setIdle()
@@ -100,9 +101,7 @@ void fileDlg::on_pbStop_clicked()
     emit stop();
 }
 
-void fileDlg::changeEvent(QEvent *event)
+void fileDlg::retranslate()
 {
-    QDialog::changeEvent(event);
-    if (event->type() == QEvent::LanguageChange)
-        ui_->retranslateUi(this);
+    ui_->retranslateUi(this);
 }

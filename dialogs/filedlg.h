@@ -2,7 +2,7 @@
 // signal. Lives as long as the program, shown and hidden.
 #pragma once
 
-#include <QDialog>
+#include "widgets/formdialog.h"
 
 #include <memory>
 
@@ -11,7 +11,7 @@ namespace Ui
 class fileDlg;
 }
 
-class fileDlg : public QDialog
+class fileDlg : public FormDialog
 {
     Q_OBJECT
 
@@ -29,7 +29,7 @@ signals:
     void stop();
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void retranslate() override;
 
 private slots:
     void on_pbfile_clicked();
@@ -43,5 +43,5 @@ private:
     void setSending(bool sending);
     bool hasFixedInterval() const;
 
-    std::unique_ptr<Ui::fileDlg> ui_;
+    const std::unique_ptr<Ui::fileDlg> ui_;
 };

@@ -2,15 +2,10 @@
 
 #include "ui_listsenddlg.h"
 
-#include "widgets/dialogscaler.h"
-
-#include <QEvent>
-
-listSendDlg::listSendDlg(QWidget *parent) : QDialog(parent), ui_(std::make_unique<Ui::listSendDlg>())
+listSendDlg::listSendDlg(QWidget *parent) : FormDialog(parent), ui_(std::make_unique<Ui::listSendDlg>())
 {
     ui_->setupUi(this);
-    setWindowFlag(Qt::WindowContextHelpButtonHint, false);
-    new DialogScaler(this);
+    finishForm();
 }
 
 listSendDlg::~listSendDlg() = default;
@@ -20,9 +15,7 @@ void listSendDlg::on_pbnClose_clicked()
     close();
 }
 
-void listSendDlg::changeEvent(QEvent *event)
+void listSendDlg::retranslate()
 {
-    QDialog::changeEvent(event);
-    if (event->type() == QEvent::LanguageChange)
-        ui_->retranslateUi(this);
+    ui_->retranslateUi(this);
 }

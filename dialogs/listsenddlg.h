@@ -1,7 +1,7 @@
 // The frame of a list-send window; all it does is close.
 #pragma once
 
-#include <QDialog>
+#include "widgets/formdialog.h"
 
 #include <memory>
 
@@ -10,7 +10,7 @@ namespace Ui
 class listSendDlg;
 }
 
-class listSendDlg : public QDialog
+class listSendDlg : public FormDialog
 {
     Q_OBJECT
 
@@ -19,11 +19,11 @@ public:
     ~listSendDlg() override;
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void retranslate() override;
 
 private slots:
     void on_pbnClose_clicked();
 
 private:
-    std::unique_ptr<Ui::listSendDlg> ui_;
+    const std::unique_ptr<Ui::listSendDlg> ui_;
 };

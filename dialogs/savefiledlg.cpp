@@ -1,19 +1,18 @@
 #include "dialogs/savefiledlg.h"
 
+#include "device/settingsstore.h"
 #include "ui_savefiledlg.h"
-#include "widgets/dialogscaler.h"
+#include "widgets/storedfields.h"
 
-#include <QEvent>
 #include <QFile>
 #include <QFileDialog>
-
-std::function<QString(QWidget *, const QString &)> savefileDlg::askSaveFileName = [](QWidget *parent,
-                                                                                     const QString &caption) {
-    return QFileDialog::getSaveFileName(parent, caption, QString(), QStringLiteral("CSV Files (*.csv)"));
-};
+#include <QFileInfo>
 
 namespace
 {
+const QString kFolderKey = QStringLiteral("captureFolder");
+const QString kSuffix = QStringLiteral("csv");
+
 // Creates the file, or empties an existing one; tells whether it could be written and can be read.
 bool prepareTarget(const QString &path)
 {
@@ -25,26 +24,48 @@ bool prepareTarget(const QString &path)
 }
 } // namespace
 
-savefileDlg::savefileDlg(QWidget *parent) : QDialog(parent), ui_(std::make_unique<Ui::savefileDlg>())
+savefileDlg::savefileDlg(QWidget *parent) : FormDialog(parent), ui_(std::make_unique<Ui::savefileDlg>())
 {
     ui_->setupUi(this);
-    setWindowFlag(Qt::WindowContextHelpButtonHint, false);
     QSizePolicy keepsItsRoom = ui_->hintLabel->sizePolicy();
     keepsItsRoom.setRetainSizeWhenHidden(true);
     ui_->hintLabel->setSizePolicy(keepsItsRoom);
     ui_->hintLabel->hide();
-    new DialogScaler(this);
+    finishForm();
 }
 
 savefileDlg::~savefileDlg() = default;
 
+// Empty when cancelled. A name without an extension gets one, and the toolkit asks before a file is overwritten.
+QString savefileDlg::askFileName()
+{
+    QFileDialog dialog(this, tr("保存CSV文件"), settings::value(kFolderKey, QString()),
+                       QStringLiteral("CSV Files (*.csv)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(kSuffix);
+    QString path;
+    // The toolkit leaves a whole path alone when one of its folders has a dot: then it asks again, with the extension.
+    while (QFileInfo(path).suffix().isEmpty()) {
+        if (!path.isEmpty())
+            dialog.selectFile(path + QLatin1Char('.') + kSuffix);
+        if (dialog.exec() != QDialog::Accepted)
+            return {};
+        path = dialog.selectedFiles().value(0);
+    }
+    const QString folder = QFileInfo(path).absolutePath();
+    if (isStorable(folder))
+        settings::setValue(kFolderKey, folder, true);
+    return path;
+}
+
 void savefileDlg::on_browseBtn_clicked()
 {
-    const QString chosen = askSaveFileName(this, tr("保存CSV文件"));
+    const QString chosen = askFileName();
     if (chosen.isEmpty())
         return;
     ui_->pathEdit->setText(chosen);
     ui_->hintLabel->setVisible(!prepareTarget(chosen));
+    ui_->okBtn->setFocus();
 }
 
 void savefileDlg::on_okBtn_clicked()
@@ -61,9 +82,7 @@ void savefileDlg::on_cancelBtn_clicked()
     close();
 }
 
-void savefileDlg::changeEvent(QEvent *event)
+void savefileDlg::retranslate()
 {
-    QDialog::changeEvent(event);
-    if (event->type() == QEvent::LanguageChange)
-        ui_->retranslateUi(this); // item texts change in place: the chosen index stays
+    ui_->retranslateUi(this); // item texts change in place: the chosen index stays
 }

@@ -1,9 +1,8 @@
 // Asks where received frames are to be saved as CSV, and which of them. It only chooses and tests the file.
 #pragma once
 
-#include <QDialog>
+#include "widgets/formdialog.h"
 
-#include <functional>
 #include <memory>
 
 namespace Ui
@@ -14,14 +13,11 @@ class savefileDlg;
 // What goes into the capture file; the order is that of the mode selector.
 enum class CaptureMode { AllFrames = 0, FilteredFrames = 1 };
 
-class savefileDlg : public QDialog
+class savefileDlg : public FormDialog
 {
     Q_OBJECT
 
 public:
-    // Asks for a file name to save to; an empty answer means cancelled. Tests put their own in.
-    static std::function<QString(QWidget *parent, const QString &caption)> askSaveFileName;
-
     explicit savefileDlg(QWidget *parent = nullptr);
     ~savefileDlg() override;
 
@@ -30,7 +26,7 @@ public:
     CaptureMode mode() const { return mode_; }
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void retranslate() override;
 
 private slots:
     void on_browseBtn_clicked();
@@ -38,7 +34,9 @@ private slots:
     void on_cancelBtn_clicked();
 
 private:
-    std::unique_ptr<Ui::savefileDlg> ui_;
+    QString askFileName();
+
+    const std::unique_ptr<Ui::savefileDlg> ui_;
     QString path_;
     CaptureMode mode_ = CaptureMode::AllFrames;
 };

@@ -202,6 +202,14 @@
         <source>复位通道2</source>
         <translation>复位通道2</translation>
     </message>
+    <message>
+        <source>关闭此对话框后开始接收</source>
+        <translation>关闭此对话框后开始接收</translation>
+    </message>
+    <message>
+        <source>关闭</source>
+        <translation>关闭</translation>
+    </message>
 </context>
 <context>
     <name>OperationLog</name>

@@ -202,6 +202,14 @@
         <source>复位通道2</source>
         <translation>復位通道2</translation>
     </message>
+    <message>
+        <source>关闭此对话框后开始接收</source>
+        <translation>關閉此對話框後開始接收</translation>
+    </message>
+    <message>
+        <source>关闭</source>
+        <translation>關閉</translation>
+    </message>
 </context>
 <context>
     <name>OperationLog</name>
@@ -432,7 +440,7 @@
     </message>
     <message>
         <source>发送文件</source>
-        <translation>發送文件</translation>
+        <translation>發送檔案</translation>
     </message>
     <message>
         <source>通道%1发送</source>
@@ -497,11 +505,11 @@
     <name>fileDlg</name>
     <message>
         <source>发送文件</source>
-        <translation>發送文件</translation>
+        <translation>發送檔案</translation>
     </message>
     <message>
         <source>CSV文件：</source>
-        <translation>CSV文件：</translation>
+        <translation>CSV檔案：</translation>
     </message>
     <message>
         <source>发送通道：</source>
@@ -509,7 +517,7 @@
     </message>
     <message>
         <source>随文件</source>
-        <translation>隨文件</translation>
+        <translation>隨檔案</translation>
     </message>
     <message>
         <source>发送次数：</source>
@@ -533,11 +541,11 @@
     </message>
     <message>
         <source>打开CSV文件</source>
-        <translation>打開CSV文件</translation>
+        <translation>打開CSV檔案</translation>
     </message>
     <message>
         <source>发送整个文件的次数，-1：一直发送</source>
-        <translation>發送整個文件的次數，-1：一直發送</translation>
+        <translation>發送整個檔案的次數，-1：一直發送</translation>
     </message>
     <message>
         <source>两帧之间的毫秒数，0：尽快发送</source>
@@ -595,7 +603,7 @@
     </message>
     <message>
         <source>输入已有的文件：追加；浏览选择的：覆盖</source>
-        <translation>輸入已有的文件：追加；瀏覽選擇的：覆蓋</translation>
+        <translation>輸入已有的檔案：追加；瀏覽選擇的：覆蓋</translation>
     </message>
 </context>
 <context>

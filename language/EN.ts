@@ -202,6 +202,14 @@
         <source>复位通道2</source>
         <translation>Reset Channel 2</translation>
     </message>
+    <message>
+        <source>关闭此对话框后开始接收</source>
+        <translation>Receiving starts when this dialog is closed</translation>
+    </message>
+    <message>
+        <source>关闭</source>
+        <translation>Close</translation>
+    </message>
 </context>
 <context>
     <name>OperationLog</name>

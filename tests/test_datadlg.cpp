@@ -29,8 +29,12 @@ private slots:
         QCOMPARE(rowText(dialog, 0), QString("A 10 0 0 0 0 1 0 1 0"));
         QCOMPARE(rowText(dialog, 1), QString("FF 255 1 1 1 1 1 1 1 1"));
         QCOMPARE(dialog.data(), QByteArray("\x0a\xff"));
-        for (int column = 0; column < 10; ++column) // bits are clicked, not typed
-            QCOMPARE(tableOf(dialog)->item(0, column)->flags().testFlag(Qt::ItemIsEditable), column < 2);
+        for (int column = 0; column < 10; ++column) { // bits are clicked, not typed; those that are set stand out
+            const QTableWidgetItem *cell = tableOf(dialog)->item(0, column);
+            QCOMPARE(cell->flags().testFlag(Qt::ItemIsEditable), column < 2);
+            QCOMPARE(cell->background().color() == QColor(128, 128, 255), column >= 2);
+            QCOMPARE(cell->font().bold(), column >= 2 && cell->text() == "1");
+        }
 
         QCOMPARE(DataDlg(QByteArray("\x01"), 3).data(), QByteArray("\x01\0\0", 3));
         QVERIFY(DataDlg(QByteArray("\x01"), 0).data().isEmpty());
@@ -61,8 +65,8 @@ private slots:
     {
         DataDlg dialog(QByteArray("\x00\x80", 2), 2);
         dialog.show();
+        QTableWidget *table = tableOf(dialog);
         const auto click = [&](int row, int column) {
-            QTableWidget *table = tableOf(dialog);
             QTest::mouseClick(table->viewport(), Qt::LeftButton, Qt::NoModifier,
                               table->visualItemRect(table->item(row, column)).center());
         };
@@ -74,6 +78,16 @@ private slots:
         click(1, 0);
         click(0, 1);
         QCOMPARE(dialog.data(), QByteArray("\0\x41", 2));
+
+        const QPoint bit0 = table->visualItemRect(table->item(0, 9)).center();
+        click(0, 9);
+        QTest::mouseDClick(table->viewport(), Qt::LeftButton, Qt::NoModifier, bit0); // whose first half was the click
+        QTest::mouseRelease(table->viewport(), Qt::LeftButton, Qt::NoModifier, bit0);
+        QCOMPARE(rowText(dialog, 0), QString("1 1 0 0 0 0 0 0 0 1"));
+        click(0, 9);
+        QTest::keyClick(table, Qt::Key_Left); // to bit 1
+        QTest::keyClick(table, Qt::Key_Space);
+        QCOMPARE(dialog.data(), QByteArray("\x02\x41", 2));
 
         dialog.findChild<QPushButton *>("pushButton")->click();
         QCOMPARE(dialog.result(), int(QDialog::Accepted));

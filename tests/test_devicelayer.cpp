@@ -190,19 +190,21 @@ private slots:
     void closingWaitsForTheWorkersCall_data()
     {
         QTest::addColumn<unsigned>("channel");
-        QTest::addColumn<bool>("reset"); // the channel alone
         QTest::addColumn<QString>("call");
-        QTest::newRow("close, channel 1") << 0u << false << "CloseDevice(7)";
-        QTest::newRow("close, channel 2") << 1u << false << "CloseDevice(7)";
-        QTest::newRow("reset, channel 1") << 0u << true << "ResetChannel(101)";
-        QTest::newRow("reset, channel 2") << 1u << true << "ResetChannel(102)";
+        QTest::newRow("close, channel 1") << 0u << "CloseDevice(7)";
+        QTest::newRow("close, channel 2") << 1u << "CloseDevice(7)";
+        QTest::newRow("reset, channel 1") << 0u << "ResetChannel(101)";
+        QTest::newRow("reset, channel 2") << 1u << "ResetChannel(102)";
+        QTest::newRow("restart, channel 1") << 0u << "UpdateDevice(7)";
+        QTest::newRow("restart, channel 2") << 1u << "UpdateDevice(7)";
     }
-    // A call that a worker is inside of must end before its channel or the device is closed under it.
+    // A call that a worker is inside of must end before its channel or the device is closed or restarted under it.
     void closingWaitsForTheWorkersCall()
     {
         QFETCH(unsigned, channel);
-        QFETCH(bool, reset);
         QFETCH(QString, call);
+        const bool close = call.startsWith("Close");
+        const bool reset = call.startsWith("Reset");
         openBoth();
         QSemaphore inside;
         QSemaphore goOn;
@@ -221,11 +223,13 @@ private slots:
             closing.release();
             if (reset)
                 resetChannel(channel);
-            else
+            else if (close)
                 closeDevice();
+            else
+                updateDevice(0);
         });
         closing.acquire();
-        if (!reset)
+        if (close)
             QTRY_VERIFY(!isChannelOpen(channel)); // workers learn of it at once
         QTest::qWait(30);
         const bool early = fake_->calls().contains(call);
@@ -233,7 +237,7 @@ private slots:
         worker.join();
         closer.join();
         QVERIFY(!early && fake_->calls().contains(call));
-        QVERIFY(!isChannelOpen(channel));
+        QCOMPARE(isChannelOpen(channel), !close && !reset);
         closeDevice();
     }
 };

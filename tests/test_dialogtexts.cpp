@@ -20,6 +20,10 @@
 
 namespace
 {
+// At the usual 96 DPI, without a window's frame: fits 1024x600, and 1920x1080 at twice the size.
+constexpr QSize kSmallScreen(944, 500);
+constexpr int kUsualDpi = 96;
+
 const char *const kLanguageNames[LanguageCount] = {"simplified", "traditional", "english"};
 const char *const kLanguageActions[LanguageCount] = {"actionSimplifiedChinese", "actionTraditionalChinese",
                                                      "actionEnglish"};
@@ -138,6 +142,9 @@ private slots:
         }
 
         QStringList problems = cutTexts(*shown) + overlaps(*shown);
+        const QSize room = kSmallScreen * shown->logicalDpiX() / kUsualDpi;
+        if (window > 0 && shown->minimumSizeHint().expandedTo(room) != room)
+            problems << "is too large for a small screen";
         const QVector<ShownText> texts = shownTexts(*shown);
         QVERIFY(!texts.isEmpty());
         for (const ShownText &text : texts) {

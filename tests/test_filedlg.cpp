@@ -12,6 +12,11 @@
 #include <QSpinBox>
 #include <QtTest>
 
+#ifdef Q_OS_LINUX
+#include <sys/inotify.h>
+#include <unistd.h>
+#endif
+
 class TestFileDlg : public QObject
 {
     Q_OBJECT
@@ -57,6 +62,7 @@ private slots:
     void choicesAreStoredSentAndRestored()
     {
         Controls c;
+        c.dialog.show();
         QCOMPARE(c.values(), QString("0 1 0 0 ms"));
         c.path->setText("/data/车 1.csv");
         c.channel->setCurrentIndex(2);
@@ -71,11 +77,16 @@ private slots:
 
         c.mode->setCurrentIndex(1);
         QCOMPARE(c.values(), QString("2 -1 1 250 off"));
+        c.dialog.findChild<QWidget *>("pbSend")->setFocus();
         c.press("pbSend");
         QCOMPARE(c.sent.takeFirst(), QVariantList({"/data/车 1.csv", -1, -1, 2}));
+        QCOMPARE(c.dialog.focusWidget()->objectName(), QString("pbStop"));
+        bool idleFirst = false;
+        connect(&c.dialog, &fileDlg::stop, this, [&] { idleFirst = c.inputsAre(true); });
         c.press("pbStop");
         QCOMPARE(c.stopped.count(), 1);
-        QVERIFY(c.inputsAre(true));
+        QVERIFY(idleFirst);
+        QCOMPARE(c.dialog.focusWidget()->objectName(), QString("pbSend"));
         QCOMPARE(QString::fromUtf8(folder_->read("config/setdb.txt")),
                  QString("sendFile,/data/车 1.csv;sendFileCH,2;sendFileCnt,-1;sendFileJG,1;sendFileJGT,250"));
         settings::load(folder_->settingsPath());
@@ -83,6 +94,20 @@ private slots:
         QCOMPARE(again.path->text(), QString("/data/车 1.csv"));
         QCOMPARE(again.values(), QString("2 -1 1 250 off"));
     }
+
+#ifdef Q_OS_LINUX
+    void aSendWritesTheFileOnce()
+    {
+        folder_->useSettings("sendFile,"); // is there: each writing makes a file beside it
+        const int watch = inotify_init1(IN_NONBLOCK);
+        QVERIFY(inotify_add_watch(watch, QFile::encodeName(folder_->path("config")).constData(), IN_CREATE) >= 0);
+        Controls().press("pbSend");
+        alignas(inotify_event) char events[1000];
+        const auto size = int(read(watch, events, sizeof events));
+        close(watch);
+        QCOMPARE(QByteArray(events, qMax(0, size)).count("setdb.txt"), 1);
+    }
+#endif
 
     void aPathThatTheFileCannotHoldIsOnlySent()
     {
@@ -100,7 +125,26 @@ private slots:
     void absurdSettings()
     {
         folder_->useSettings("sendFileCH,7;sendFileCnt,x;sendFileJG,-2;sendFileJGT,99999999999");
-        QCOMPARE(Controls().values(), QString("0 0 0 0 ms"));
+        QCOMPARE(Controls().values(), QString("0 1 0 0 ms"));
+        for (const char *count : {"0", "-2", "", "1000000000", "99999999999"}) {
+            folder_->useSettings(QByteArray("sendFileCnt,") + count);
+            QCOMPARE(Controls().count->value(), 1);
+        }
+    }
+
+    void noneIsNoCount()
+    {
+        Controls c;
+        c.dialog.show();
+        c.count->setFocus();
+        for (const int expected : {-1, 1, -1}) {
+            QTest::keyClick(c.count, expected < 0 ? Qt::Key_Down : Qt::Key_Up);
+            QCOMPARE(c.count->value(), expected);
+        }
+        c.count->setValue(5);
+        c.count->selectAll();
+        QTest::keyClicks(c.count, "0\t");
+        QCOMPARE(c.count->value(), 5);
     }
 
     void browsing()

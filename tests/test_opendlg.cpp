@@ -6,8 +6,10 @@
 #include "fakedriver.h"
 #include "modalhelper.h"
 #include "testfolder.h"
+#include "upgrade/updatedlg.h"
 
 #include <QComboBox>
+#include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QtTest>
@@ -45,6 +47,9 @@ private:
         return names;
     }
 
+    // The name of the button that has the focus.
+    static QString focus(const OpenDlg &dialog) { return dialog.focusWidget()->objectName().remove("pushButton"); }
+
 private slots:
     void init()
     {
@@ -71,10 +76,12 @@ private slots:
         QSignalSpy closed(&dialog, &OpenDlg::deviceClosed);
         QCOMPARE(dialog.findChild<QComboBox *>("comboBox")->currentText(), QString("C"));
         QCOMPARE(enabled(dialog), QStringList({"comboBox", ""}));
+        QCOMPARE(focus(dialog), QString());
         std::memcpy(fake_->info.serialNumber, "\x07HD 2\n", 7);
         pressButton(&dialog, "pushButton");
         QCOMPARE(fake_->takeCalls().first(), QString("OpenDevice(41,2,0)"));
         QCOMPARE(enabled(dialog), QStringList({"_2", "_3", "_4", "_5"}));
+        QCOMPARE(focus(dialog), QString("_2"));
         QVERIFY2(dialog.windowTitle().contains("SN: HD2 , DriverLib:V0.00, Firmware:V3.00"),
                  qPrintable(dialog.windowTitle()));
 
@@ -87,6 +94,8 @@ private slots:
         QCOMPARE(fake_->calls().filter("InitChannel"), QStringList({"InitChannel(7,0)", "InitChannel(7,1)"}));
         QCOMPARE(fake_->calls().filter("filter"), QStringList());
         QCOMPARE(enabled(dialog), QStringList({"_5", "_6", "_8", "_9"}));
+        QCOMPARE(focus(dialog), QString("closeBtn"));
+        QVERIFY(!dialog.findChild<QLabel *>("hintLabel")->isHidden());
 
         fake_->failing = QStringList{"ResetChannel"};
         pressButton(&dialog, "pushButton_8");
@@ -98,12 +107,15 @@ private slots:
         pressButton(&dialog, "pushButton_6");
         QCOMPARE(fake_->takeCalls(), QStringList{"ResetChannel(101)"});
         QCOMPARE(enabled(dialog), QStringList({"_2", "_3", "_4", "_5"}));
+        QVERIFY(dialog.findChild<QLabel *>("hintLabel")->isHidden());
 
+        dialog.findChild<QWidget *>("pushButton_5")->setFocus();
         pressButton(&dialog, "pushButton_5");
         QCOMPARE(fake_->takeCalls(), QStringList{"CloseDevice(7)"});
         QCOMPARE(closed.size(), 1);
         QCOMPARE(dialog.windowTitle(), plain);
         QCOMPARE(enabled(dialog), QStringList({"comboBox", ""}));
+        QCOMPARE(focus(dialog), QString());
 
         openTheDevice(dialog);
         closeDevice(); // not by the dialog
@@ -194,7 +206,7 @@ private slots:
         OpenDlg dialog(0);
         openTheDevice(dialog);
         answerWith("btnConfirm");
-        pressButton(&dialog, "pushButton_2");
+        dialog.openCh(2); // both
         QVERIFY(!dialog.channelOpened(0) && dialog.channelOpened(1));
         QCOMPARE(fake_->calls().filter("Arbitration"),
                  QStringList({"SetArbitrationBaud(7,0,5)", "SetArbitrationBaud(7,1,5)"}));
@@ -219,12 +231,20 @@ private slots:
         QCOMPARE(answers_->takeMessages(), QStringList{"警告|设备未打开！"});
     }
 
-    void withoutAnAnswerNoUpgradeIsOffered()
+    void theUpgradeIsOfferedToAnOldAndToASilentAdapter()
     {
         fake_->info.firmwareVersion = 0x210;
-        fake_->status = 0;
-        OpenDlg dialog(0);
-        openTheDevice(dialog);
+        for (const auto &[status, version] : {std::pair(kStatusPresent, "(V2.10)"), std::pair(0u, "(V0.00)")}) {
+            fake_->status = status;
+            const QString expected = version;
+            answers_->on<UpdateDlg>([expected](UpdateDlg *question) {
+                QVERIFY(question->findChild<QLabel *>("label")->text().contains(expected));
+                pressButton(question, "pushButton_2");
+            });
+            OpenDlg dialog(0);
+            openTheDevice(dialog);
+            closeDevice();
+        }
     }
 };
 

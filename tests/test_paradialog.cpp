@@ -100,8 +100,45 @@ private slots:
         QCOMPARE(stored(0), QString("1 1 14 2 1:500K 1:0-1-2"));
     }
 
+    // The driver knows these by their place.
+    void orderOfTheLists()
+    {
+        const QMap<const char *, QString> lists{
+            {"ABIT1Combo", "1M 800k 500k 400k 250k 200k 125k 100k 80k 50k 40k 20k 10k 5k 666.66k 83.33k 66.66k 33.33k"},
+            {"ABIT2Combo", "5M 4M 2M 1M 800k 500k 250k 125k 100k"},
+            {"canFDStandardCombo", "CANFD ISO CANFD BOSCH"},
+            {"workStatusCombo", "正常 只听"},
+            {"chCombo", "通道1 通道2"}};
+        const ParaDialog dialog(true, true, ParaDialog::BothChannels);
+        for (auto list = lists.begin(); list != lists.end(); ++list) {
+            QStringList texts;
+            for (int item = 0; item < combo(dialog, list.key())->count(); ++item) {
+                const QString text = combo(dialog, list.key())->itemText(item);
+                const QString point = text == "5Mbps(75%)" ? "bps(75%)" : "bps(80%)";
+                texts << (text.endsWith(point) ? text.chopped(point.size()) : text);
+            }
+            QCOMPARE(texts.join(' '), list.value());
+        }
+    }
+
     void onlyTheFilterIsOpenInAView()
     {
+        storeChannelParameters(0, {0, 1, 99, 3, true, "K", false, "0-1-2"});
+        settings::setValue("ch1paramworkStatus", "often", false);
+        QByteArray expected = folder_->read("config/setdb.txt").replace("workStatus,0", "workStatus,often");
+        for (const char *button : {"btnSave", "btnConfirm"}) {
+            ParaDialog view(false, true, ParaDialog::BothChannels);
+            if (qstrcmp(button, "btnConfirm") == 0) {
+                answers_->on<FilterDialog>([](FilterDialog *filter) {
+                    pressButton(filter, "btnAdd");
+                    pressButton(filter, "btnConfirm");
+                });
+                view.findChild<QCheckBox *>("filterModeCheck")->click();
+                expected.replace("filterMode,0", "filterMode,1").replace("0-1-2", "0-1-2|0-0-0");
+            }
+            pressButton(&view, button);
+            QCOMPARE(folder_->read("config/setdb.txt"), expected);
+        }
         ParaDialog view(false, true, ParaDialog::BothChannels);
         QVERIFY(combo(view, "chCombo")->isEnabled());
         for (const char *name : {"workStatusCombo", "canFDStandardCombo", "ABIT1Combo", "ABIT2Combo"})

@@ -1,6 +1,9 @@
+#include "device/settingsstore.h"
 #include "dialogs/savefiledlg.h"
+#include "modalhelper.h"
 #include "testfolder.h"
 
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -12,24 +15,40 @@ class TestSavefileDlg : public QObject
 
 private:
     const TestFolder folder_;
-    QString answer_; // of the platform's dialog
+    std::unique_ptr<ModalAnswer> answers_;
     std::unique_ptr<savefileDlg> dialog_;
 
-    void press(const char *button) { dialog_->findChild<QPushButton *>(button)->click(); }
     QLineEdit *pathEdit() { return dialog_->findChild<QLineEdit *>("pathEdit"); }
     QLabel *hint() { return dialog_->findChild<QLabel *>("hintLabel"); }
-    void browse(const QString &answer)
+    // The next file dialog is told this name; an empty one cancels it.
+    void answer(const QString &name)
     {
-        answer_ = answer;
-        press("browseBtn");
+        answers_->on<QFileDialog>([name](QFileDialog *chooser) {
+            QCOMPARE(chooser->windowTitle(), QString("保存CSV文件"));
+            QCOMPARE(chooser->nameFilters(), QStringList("CSV Files (*.csv)"));
+            chooser->setOption(QFileDialog::DontConfirmOverwrite);
+            if (!name.isEmpty())
+                chooser->findChild<QLineEdit *>("fileNameEdit")->setText(name);
+            QTest::keyClick(chooser, name.isEmpty() ? Qt::Key_Escape : Qt::Key_Return);
+        });
+    }
+    void browse(const QString &name)
+    {
+        answer(name);
+        pressButton(dialog_.get(), "browseBtn");
     }
 
 private slots:
     void init()
     {
-        savefileDlg::askSaveFileName = [this](QWidget *, const QString &) { return answer_; };
+        answers_ = std::make_unique<ModalAnswer>();
         dialog_ = std::make_unique<savefileDlg>();
         dialog_->show();
+    }
+    void cleanup()
+    {
+        QCOMPARE(answers_->unexpected(), QStringList());
+        QCOMPARE(answers_->stepsLeft(), 0);
     }
 
     void browsingEmptiesTheFileAtOnce()
@@ -38,16 +57,32 @@ private slots:
         browse(folder_.path("chosen.csv"));
         QCOMPARE(pathEdit()->text(), folder_.path("chosen.csv"));
         QVERIFY(hint()->isHidden());
-        press("cancelBtn");
+        pressButton(dialog_.get(), "cancelBtn");
         QVERIFY(!dialog_->isVisible());
         QVERIFY(dialog_->path().isEmpty());
         QVERIFY(QFile::exists(folder_.path("chosen.csv")));
         QCOMPARE(folder_.read("chosen.csv"), QByteArray());
     }
 
+    void aNameGetsItsExtensionAndTheFolderIsKept()
+    {
+        QVERIFY(QDir(folder_.path(".")).mkdir("run 1.2"));
+        browse(folder_.path("b"));
+        QCOMPARE(pathEdit()->text(), folder_.path("b.csv"));
+        const QByteArray kept = "captureFolder," + QFile::encodeName(folder_.path("b").chopped(2));
+        QCOMPARE(folder_.read("config/setdb.txt"), kept);
+        folder_.useSettings(kept + "/help"); // as the next start does
+        browse("c.txt");
+        QCOMPARE(pathEdit()->text(), folder_.path("help/c.txt"));
+        answer(folder_.path("run 1.2/d"));
+        browse("d.csv"); // asked a second time
+        QCOMPARE(pathEdit()->text(), folder_.path("run 1.2/d.csv"));
+    }
+
     void anUnwritableTargetShowsTheHintAndOkIsStillAllowed()
     {
-        const QString path = folder_.path("no such folder/a.csv");
+        const QString path = folder_.path("full.csv");
+        QVERIFY(QFile::link("/dev/full/none", path)); // leads nowhere
         const QRect place = dialog_->findChild<QPushButton *>("okBtn")->geometry();
         browse(path);
         QVERIFY(hint()->isVisible());
@@ -58,10 +93,10 @@ private slots:
         QVERIFY(hint()->isVisible());
         browse(folder_.path("b.csv"));
         QVERIFY(hint()->isHidden());
-        browse(path);
-        press("okBtn");
+        pathEdit()->setText("typed"); // is taken as it is
+        pressButton(dialog_.get(), "okBtn");
         QVERIFY(!dialog_->isVisible());
-        QCOMPARE(dialog_->path(), path);
+        QCOMPARE(dialog_->path(), QString("typed"));
     }
 
     void escapeCancels()

@@ -3,7 +3,6 @@
 #include "device/devicelayer.h"
 #include "device/language.h"
 #include "ui_updatedlg.h"
-#include "widgets/dialogscaler.h"
 #include "widgets/messages.h"
 
 #include <QCloseEvent>
@@ -20,19 +19,19 @@ constexpr int kLastAttempt = 16; // fails without looking
 } // namespace
 
 UpdateDlg::UpdateDlg(const QString &version, const QString &sourcePath, QWidget *parent)
-    : QDialog(parent),
-      ui(std::make_unique<Ui::UpdateDlg>()),
+    : FormDialog(parent),
+      ui_(std::make_unique<Ui::UpdateDlg>()),
       progress_(new QProgressBar(this)),
       version_(version),
       sourcePath_(sourcePath),
       pollMs_(kPollMs)
 {
-    ui->setupUi(this);
+    ui_->setupUi(this);
     progress_->setTextVisible(false);
     progress_->setValue(0);
-    ui->progressLayout->addWidget(progress_);
+    ui_->progressLayout->addWidget(progress_);
     showLiveText();
-    new DialogScaler(this);
+    finishForm();
 }
 
 UpdateDlg::~UpdateDlg() = default;
@@ -40,13 +39,13 @@ UpdateDlg::~UpdateDlg() = default;
 void UpdateDlg::showLiveText()
 {
     if (upgrading_)
-        ui->label->setText(text3("警告：升级固件中，请勿关闭此界面及拔出设备。",
-                                 "警告：升級固件中，請勿關閉此界面及拔除設備。",
-                                 "Warning: Do not close this interface or unplug the device during firmware upgrade."));
+        ui_->label->setText(
+            text3("警告：升级固件中，请勿关闭此界面及拔出设备。", "警告：升級固件中，請勿關閉此界面及拔除設備。",
+                  "Warning: Do not close this interface or unplug the device during firmware upgrade."));
     else
-        ui->label->setText(text3("固件版本(%1)过低，是否升级固件？", "固件版本(%1)過低，是否升級固件？",
-                                 "The firmware version(%1)is too low，Do you want to upgrade the firmware?")
-                               .arg(version_));
+        ui_->label->setText(text3("固件版本(%1)过低，是否升级固件？", "固件版本(%1)過低，是否升級固件？",
+                                  "The firmware version(%1)is too low，Do you want to upgrade the firmware?")
+                                .arg(version_));
 }
 
 void UpdateDlg::on_pushButton_clicked()
@@ -54,9 +53,8 @@ void UpdateDlg::on_pushButton_clicked()
     drivesBefore_ = bootDriveRoots(volumes_());
     upgrading_ = true;
     showLiveText();
-    ui->pushButton->setEnabled(false);
-    ui->pushButton_2->setEnabled(false);
-    progress_->setRange(0, 0); // busy; there is nothing to measure
+    ui_->pushButton->setEnabled(false);
+    ui_->pushButton_2->setEnabled(false);
     QTimer::singleShot(kPaintFirstMs, this, &UpdateDlg::restartDevice);
 }
 
@@ -93,6 +91,7 @@ void UpdateDlg::timer()
         QTimer::singleShot(pollMs_, this, &UpdateDlg::timer);
         return;
     }
+    progress_->setValue(progress_->maximum());
     showInformation(this, text3("提示", "提示", "tip"),
                     text3("固件升级成功，请重新插拔设备并重启软件！", "固件升級成功，請重新插拔設備並重啓軟件！",
                           "Firmware upgrade successfully, please reinsert or unplug the device and restart the "
@@ -126,7 +125,7 @@ void UpdateDlg::leaveProgram()
 void UpdateDlg::reject()
 {
     if (!upgrading_)
-        QDialog::reject();
+        FormDialog::reject();
 }
 
 void UpdateDlg::closeEvent(QCloseEvent *event)
@@ -134,14 +133,11 @@ void UpdateDlg::closeEvent(QCloseEvent *event)
     if (upgrading_)
         event->ignore();
     else
-        QDialog::closeEvent(event);
+        FormDialog::closeEvent(event);
 }
 
-void UpdateDlg::changeEvent(QEvent *event)
+void UpdateDlg::retranslate()
 {
-    if (event->type() == QEvent::LanguageChange) {
-        ui->retranslateUi(this);
-        showLiveText();
-    }
-    QDialog::changeEvent(event);
+    ui_->retranslateUi(this);
+    showLiveText();
 }

@@ -3,8 +3,7 @@
 #pragma once
 
 #include "upgrade/bootvolumes.h"
-
-#include <QDialog>
+#include "widgets/formdialog.h"
 
 #include <memory>
 #include <utility>
@@ -16,7 +15,7 @@ namespace Ui
 class UpdateDlg;
 }
 
-class UpdateDlg : public QDialog
+class UpdateDlg : public FormDialog
 {
     Q_OBJECT
 
@@ -34,7 +33,7 @@ public slots:
     void reject() override; // refused while upgrading
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void retranslate() override;
     void closeEvent(QCloseEvent *event) override;
 
 private slots:
@@ -49,8 +48,8 @@ private:
     void fail();
     void leaveProgram();
 
-    const std::unique_ptr<Ui::UpdateDlg> ui;
-    QProgressBar *progress_; // owned by the layout's parent, this dialog
+    const std::unique_ptr<Ui::UpdateDlg> ui_;
+    QProgressBar *progress_; // owned by this dialog; empty until the image is on the drive
     const QString version_;
     const QString sourcePath_;
     unsigned deviceIndex_ = 0;

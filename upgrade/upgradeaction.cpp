@@ -1,7 +1,7 @@
 #include "upgrade/upgradeaction.h"
 
-#include "device/channelparameters.h"
 #include "device/devicelayer.h"
+#include "device/devicetexts.h"
 #include "device/language.h"
 #include "upgrade/firmwareimage.h"
 #include "upgrade/updatedlg.h"
@@ -24,11 +24,7 @@ void upgradeFirmware(unsigned deviceIndex, QWidget *parent)
         showWarning(parent, warningTitle(), deviceNotOpenText());
         return;
     }
-    const unsigned firmware = refreshDeviceInfo();
-    if (deviceInfoText().isEmpty()) { // no answer: its version is not known
-        showWarning(parent, warningTitle(), deviceInfoFailedText());
-        return;
-    }
+    const unsigned firmware = refreshDeviceInfo(); // 0 without an answer: older than any image
     if (!offerFirmwareUpgrade(firmware, deviceIndex, parent))
         showInformation(parent, text3("提示", "提示", "tip"),
                         text3("固件版本(%1)已是最新，无需升级。", "固件版本(%1)已是最新，無需升級。",

@@ -9,6 +9,7 @@
 namespace
 {
 constexpr qreal kDesignDpi = 96.0;
+constexpr QSize kFrameRoom(16, 40); // what a window's frame may take at 96 DPI
 } // namespace
 
 DialogScaler::DialogScaler(QWidget *dialog) : QObject(dialog), dialog_(dialog), designSize_(dialog->size())
@@ -56,6 +57,8 @@ void DialogScaler::resizeBy(qreal factor)
     if (dialog_->windowState() & (Qt::WindowMaximized | Qt::WindowFullScreen))
         return;
     QSize size = factor_ == 0 ? designSize_ * factor : dialog_->size() * (factor / factor_);
+    if (const QScreen *screen = QGuiApplication::primaryScreen())
+        size = size.boundedTo(screen->availableSize() - kFrameRoom * factor);
     if (const QLayout *layout = dialog_->layout())
         size = size.expandedTo(layout->totalMinimumSize());
     dialog_->resize(size);

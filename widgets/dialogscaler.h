@@ -14,7 +14,7 @@ class DialogScaler : public QObject
 
 public:
     // Call at the end of the dialog's constructor; the dialog owns the scaler. A child inside a layout is placed by
-    // the layout; the dialog never gets smaller than its layout needs.
+    // the layout; the dialog never gets smaller than its layout needs, and otherwise not larger than the screen.
     explicit DialogScaler(QWidget *dialog);
 
     // Scales for the given logical DPI (screens tell it; tests may).

@@ -2,6 +2,7 @@
 
 #include "device/channelparameters.h"
 #include "device/devicelayer.h"
+#include "device/devicetexts.h"
 #include "device/dialogs/paradialog.h"
 #include "device/language.h"
 #include "widgets/messages.h"

@@ -1,7 +1,7 @@
 #include "device/dialogs/deviceinfo.h"
 
-#include "device/channelparameters.h"
 #include "device/devicelayer.h"
+#include "device/devicetexts.h"
 #include "device/dialogs/infdialog.h"
 #include "device/language.h"
 #include "widgets/messages.h"

@@ -3,10 +3,9 @@
 #include "device/driver/wirerecords.h"
 #include "device/language.h"
 #include "ui_filterdialog.h"
-#include "widgets/dialogscaler.h"
 #include "widgets/messages.h"
 
-#include <QEvent>
+#include <QKeyEvent>
 
 namespace
 {
@@ -45,14 +44,14 @@ QString withDigits(QString text)
 } // namespace
 
 FilterDialog::FilterDialog(int channelNumber, const QString &rowText, QWidget *parent)
-    : QDialog(parent), ui(std::make_unique<Ui::FilterDialog>()), channelNumber_(channelNumber), rowText_(rowText)
+    : FormDialog(parent), ui_(std::make_unique<Ui::FilterDialog>()), channelNumber_(channelNumber), rowText_(rowText)
 {
-    ui->setupUi(this);
-    ui->tableWidget->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-    on_comboBox_currentIndexChanged(ui->comboBox->currentIndex());
+    ui_->setupUi(this);
+    ui_->tableWidget->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    on_comboBox_currentIndexChanged(ui_->comboBox->currentIndex());
     fillTable();
     setLiveTexts();
-    new DialogScaler(this);
+    finishForm();
 }
 
 FilterDialog::~FilterDialog() = default;
@@ -71,28 +70,28 @@ void FilterDialog::fillTable()
 
 void FilterDialog::appendRow(const QString &kindText, const QString &start, const QString &end)
 {
-    const int row = ui->tableWidget->rowCount();
-    ui->tableWidget->insertRow(row);
-    ui->tableWidget->setItem(row, KindColumn, new QTableWidgetItem(kindText));
-    ui->tableWidget->setItem(row, StartColumn, new QTableWidgetItem(start));
-    ui->tableWidget->setItem(row, EndColumn, new QTableWidgetItem(end));
+    const int row = ui_->tableWidget->rowCount();
+    ui_->tableWidget->insertRow(row);
+    ui_->tableWidget->setItem(row, KindColumn, new QTableWidgetItem(kindText));
+    ui_->tableWidget->setItem(row, StartColumn, new QTableWidgetItem(start));
+    ui_->tableWidget->setItem(row, EndColumn, new QTableWidgetItem(end));
 }
 
 void FilterDialog::on_comboBox_currentIndexChanged(int index)
 {
     const int maximum = int(index < kFirstExtendedIndex ? kStandardIdLimit : kExtendedIdLimit) - 1;
-    ui->spinBoxStart->setRange(0, maximum);
-    ui->spinBoxEnd->setRange(0, maximum);
-    ui->spinBoxEnd->setEnabled(isRange(index));
+    ui_->spinBoxStart->setRange(0, maximum);
+    ui_->spinBoxEnd->setRange(0, maximum);
+    ui_->spinBoxEnd->setEnabled(isRange(index));
 }
 
 void FilterDialog::on_btnAdd_clicked()
 {
-    ui->spinBoxStart->interpretText();
-    ui->spinBoxEnd->interpretText();
-    const int kind = ui->comboBox->currentIndex();
-    const QString start = ui->spinBoxStart->text().toUpper();
-    const QString end = isRange(kind) ? ui->spinBoxEnd->text().toUpper() : start;
+    ui_->spinBoxStart->interpretText();
+    ui_->spinBoxEnd->interpretText();
+    const int kind = ui_->comboBox->currentIndex();
+    const QString start = ui_->spinBoxStart->text().toUpper();
+    const QString end = isRange(kind) ? ui_->spinBoxEnd->text().toUpper() : start;
     if (end.toUInt(nullptr, kHexBase) < start.toUInt(nullptr, kHexBase)) {
         showWarning(
             this, text3("错误", "錯誤", "error"),
@@ -100,21 +99,21 @@ void FilterDialog::on_btnAdd_clicked()
         return;
     }
     appendRow(kindText(kind >= kFirstExtendedIndex), start, end);
-    ui->tableWidget->scrollToBottom();
+    ui_->tableWidget->scrollToBottom();
 }
 
 void FilterDialog::on_btnDelete_clicked()
 {
-    ui->tableWidget->removeRow(ui->tableWidget->currentRow());
+    ui_->tableWidget->removeRow(ui_->tableWidget->currentRow());
 }
 
 void FilterDialog::on_btnConfirm_clicked()
 {
     QString text;
-    for (int row = 0; row < ui->tableWidget->rowCount(); ++row) {
+    for (int row = 0; row < ui_->tableWidget->rowCount(); ++row) {
         QStringList cells;
         for (int column = 0; column < FilterColumnCount; ++column)
-            cells.append(ui->tableWidget->item(row, column)->text());
+            cells.append(ui_->tableWidget->item(row, column)->text());
         // A plain search on purpose: a row whose text begins another one is left out as well.
         const QString rowText = cells.join(QLatin1Char('-'));
         if (!text.contains(rowText))
@@ -133,17 +132,23 @@ void FilterDialog::on_btnCancel_clicked()
 void FilterDialog::setLiveTexts()
 {
     setWindowTitle(text3("通道%1滤波设置", "通道%1濾波設置", "Channel%1 filter set").arg(channelNumber_));
-    for (int row = 0; row < ui->tableWidget->rowCount(); ++row) {
-        QTableWidgetItem *kind = ui->tableWidget->item(row, KindColumn);
+    for (int row = 0; row < ui_->tableWidget->rowCount(); ++row) {
+        QTableWidgetItem *kind = ui_->tableWidget->item(row, KindColumn);
         kind->setText(kindText(withDigits(kind->text()) == kindDigit(true)));
     }
 }
 
-void FilterDialog::changeEvent(QEvent *event)
+void FilterDialog::keyPressEvent(QKeyEvent *event)
 {
-    if (event->type() == QEvent::LanguageChange) {
-        ui->retranslateUi(this);
-        setLiveTexts();
-    }
-    QDialog::changeEvent(event);
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && focusWidget() != ui_->tableWidget)
+        ui_->btnAdd->setFocus();
+    else
+        FormDialog::keyPressEvent(event);
+}
+
+void FilterDialog::retranslate()
+{
+    ui_->retranslateUi(this);
+    setLiveTexts();
 }

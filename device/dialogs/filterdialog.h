@@ -1,7 +1,7 @@
 // Edits the identifier ranges that a channel's acceptance filter lets through.
 #pragma once
 
-#include <QDialog>
+#include "widgets/formdialog.h"
 
 #include <memory>
 
@@ -10,7 +10,7 @@ namespace Ui
 class FilterDialog;
 }
 
-class FilterDialog : public QDialog
+class FilterDialog : public FormDialog
 {
     Q_OBJECT
 
@@ -24,7 +24,8 @@ public:
     QString rowText() const { return rowText_; }
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void retranslate() override;
+    void keyPressEvent(QKeyEvent *event) override; // Enter in a field leads on to the add button
 
 private slots:
     void on_comboBox_currentIndexChanged(int index);
@@ -38,7 +39,7 @@ private:
     void appendRow(const QString &kindText, const QString &start, const QString &end);
     void setLiveTexts();
 
-    const std::unique_ptr<Ui::FilterDialog> ui;
+    const std::unique_ptr<Ui::FilterDialog> ui_;
     const int channelNumber_;
     QString rowText_;
 };

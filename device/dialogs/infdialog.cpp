@@ -3,10 +3,8 @@
 #include "device/devicelayer.h"
 #include "device/dialogs/deviceinfo.h"
 #include "ui_infdialog.h"
-#include "widgets/dialogscaler.h"
 
 #include <QDebug>
-#include <QEvent>
 
 namespace
 {
@@ -19,25 +17,26 @@ template <std::size_t Size> QString terminatedText(const char (&bytes)[Size])
 
 } // namespace
 
-INfDialog::INfDialog(DeviceInfoRecord record, QWidget *parent) : QDialog(parent), ui(std::make_unique<Ui::INfDialog>())
+INfDialog::INfDialog(DeviceInfoRecord record, QWidget *parent)
+    : FormDialog(parent), ui_(std::make_unique<Ui::INfDialog>())
 {
-    ui->setupUi(this);
+    ui_->setupUi(this);
     showRecord(record);
-    new DialogScaler(this);
+    finishForm();
 }
 
 INfDialog::~INfDialog() = default;
 
 void INfDialog::showRecord(const DeviceInfoRecord &record)
 {
-    ui->labelhwVersion->setText(versionText(record.hardwareVersion));
-    ui->labelfwVersion->setText(versionText(record.firmwareVersion));
-    ui->labeldrVersion->setText(versionText(record.driverVersion));
-    ui->labelinVersion->setText(versionText(record.interfaceVersion));
-    ui->labelirqNum->setText(QString::number(record.irqNumber));
-    ui->labelcanNum->setText(QString::number(record.channelCount));
-    ui->labelSerialNum->setText(printableText(QString::fromLatin1(record.serialNumber, sizeof record.serialNumber)));
-    ui->labelhwType->setText(printableText(terminatedText(record.hardwareType)));
+    ui_->labelhwVersion->setText(versionText(record.hardwareVersion));
+    ui_->labelfwVersion->setText(versionText(record.firmwareVersion));
+    ui_->labeldrVersion->setText(versionText(record.driverVersion));
+    ui_->labelinVersion->setText(versionText(record.interfaceVersion));
+    ui_->labelirqNum->setText(QString::number(record.irqNumber));
+    ui_->labelcanNum->setText(QString::number(record.channelCount));
+    ui_->labelSerialNum->setText(printableText(QString::fromLatin1(record.serialNumber, sizeof record.serialNumber)));
+    ui_->labelhwType->setText(printableText(terminatedText(record.hardwareType)));
     qDebug().noquote() << printableText(terminatedText(record.serialNumber));
 }
 
@@ -46,9 +45,7 @@ void INfDialog::on_pushButton_clicked()
     close();
 }
 
-void INfDialog::changeEvent(QEvent *event)
+void INfDialog::retranslate()
 {
-    if (event->type() == QEvent::LanguageChange)
-        ui->retranslateUi(this);
-    QDialog::changeEvent(event);
+    ui_->retranslateUi(this);
 }

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "device/driver/wirerecords.h"
-
-#include <QDialog>
+#include "widgets/formdialog.h"
 
 #include <memory>
 
@@ -12,7 +11,7 @@ namespace Ui
 class INfDialog;
 }
 
-class INfDialog : public QDialog
+class INfDialog : public FormDialog
 {
     Q_OBJECT
 
@@ -21,7 +20,7 @@ public:
     ~INfDialog() override;
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void retranslate() override;
 
 private slots:
     void on_pushButton_clicked();
@@ -29,5 +28,5 @@ private slots:
 private:
     void showRecord(const DeviceInfoRecord &record);
 
-    const std::unique_ptr<Ui::INfDialog> ui;
+    const std::unique_ptr<Ui::INfDialog> ui_;
 };

@@ -2,15 +2,14 @@
 
 #include "device/channelparameters.h"
 #include "device/devicelayer.h"
+#include "device/devicetexts.h"
 #include "device/dialogs/deviceinfo.h"
 #include "device/dialogs/paradialog.h"
 #include "device/language.h"
 #include "ui_opendlg.h"
 #include "upgrade/upgradeaction.h"
-#include "widgets/dialogscaler.h"
 #include "widgets/messages.h"
 
-#include <QEvent>
 #include <QTimer>
 
 namespace
@@ -20,18 +19,23 @@ constexpr int kFirstBoth = 2; // channel selectors from here up mean both channe
 } // namespace
 
 OpenDlg::OpenDlg(int deviceIndex, QWidget *parent)
-    : QDialog(parent), ui(std::make_unique<Ui::OpenDlg>()), deviceIndex_(deviceIndex)
+    : FormDialog(parent), ui_(std::make_unique<Ui::OpenDlg>()), deviceIndex_(deviceIndex)
 {
-    ui->setupUi(this);
-    ui->comboBox->addItems(deviceNames());
-    if (deviceIndex >= 0 && deviceIndex < ui->comboBox->count())
-        ui->comboBox->setCurrentIndex(deviceIndex);
-    readInfo();
+    ui_->setupUi(this);
+    QSizePolicy keepsItsRoom = ui_->hintLabel->sizePolicy();
+    keepsItsRoom.setRetainSizeWhenHidden(true);
+    ui_->hintLabel->setSizePolicy(keepsItsRoom);
+    ui_->comboBox->addItems(deviceNames());
+    if (deviceIndex >= 0 && deviceIndex < ui_->comboBox->count())
+        ui_->comboBox->setCurrentIndex(deviceIndex);
+    if (isDeviceOpen())
+        info_ = deviceInfoTitle();
     initDlg();
+    nextStep()->setFocus();
     auto *follow = new QTimer(this);
     connect(follow, &QTimer::timeout, this, &OpenDlg::initDlg);
     follow->start(kFollowDeviceMs);
-    new DialogScaler(this);
+    finishForm();
 }
 
 OpenDlg::~OpenDlg() = default;
@@ -41,9 +45,11 @@ bool OpenDlg::channelOpened(unsigned channel) const
     return opened_[channel] && isChannelOpen(channel);
 }
 
-void OpenDlg::readInfo()
+QWidget *OpenDlg::nextStep() const
 {
-    info_ = deviceInfoTitle();
+    if (ui_->pushButton->isEnabled())
+        return ui_->pushButton;
+    return ui_->pushButton_2->isEnabled() ? ui_->pushButton_2 : ui_->closeBtn;
 }
 
 void OpenDlg::initDlg()
@@ -51,15 +57,19 @@ void OpenDlg::initDlg()
     const bool device = isDeviceOpen();
     const bool first = isChannelOpen(0);
     const bool second = isChannelOpen(1);
-    ui->comboBox->setEnabled(!device);
-    ui->pushButton->setEnabled(!device);
-    ui->pushButton_2->setEnabled(device && !(first && second));
-    ui->pushButton_3->setEnabled(device && !first);
-    ui->pushButton_4->setEnabled(device && !second);
-    ui->pushButton_5->setEnabled(device);
-    ui->pushButton_6->setEnabled(first || second);
-    ui->pushButton_8->setEnabled(first);
-    ui->pushButton_9->setEnabled(second);
+    const QWidget *focus = focusWidget(); // the toolkit takes the focus off a widget that is disabled
+    ui_->comboBox->setEnabled(!device);
+    ui_->pushButton->setEnabled(!device);
+    ui_->pushButton_2->setEnabled(device && !(first && second));
+    ui_->pushButton_3->setEnabled(device && !first);
+    ui_->pushButton_4->setEnabled(device && !second);
+    ui_->pushButton_5->setEnabled(device);
+    ui_->pushButton_6->setEnabled(first || second);
+    ui_->pushButton_8->setEnabled(first);
+    ui_->pushButton_9->setEnabled(second);
+    ui_->hintLabel->setVisible(channelOpened(0) || channelOpened(1));
+    if (focus && !focus->isEnabled())
+        nextStep()->setFocus();
 
     QString title = tr("设备操作");
     if (device && !info_.isEmpty())
@@ -70,17 +80,16 @@ void OpenDlg::initDlg()
 
 void OpenDlg::on_pushButton_clicked()
 {
-    const int index = qMax(0, ui->comboBox->currentIndex());
+    const int index = qMax(0, ui_->comboBox->currentIndex());
     if (openDevice(kDeviceType, unsigned(index), 0)) {
         deviceIndex_ = index;
-        const unsigned firmware = refreshDeviceInfo();
-        readInfo();
+        const unsigned firmware = refreshDeviceInfo(); // 0 without an answer: older than any image
+        info_ = deviceInfoTitle();
         initDlg();
         emit deviceOpened();
-        if (!info_.isEmpty()) // without an answer there is no version to compare
-            offerFirmwareUpgrade(firmware, unsigned(index), this);
+        offerFirmwareUpgrade(firmware, unsigned(index), this);
     } else {
-        readInfo();
+        info_.clear();
         initDlg();
         showWarning(this, warningTitle(), text3("设备打开失败！", "設備打開失敗！", "Device opening failed!"));
     }
@@ -115,7 +124,7 @@ void OpenDlg::on_pushButton_4_clicked()
 void OpenDlg::on_pushButton_5_clicked()
 {
     closeDevice();
-    readInfo();
+    info_.clear();
     emit deviceClosed();
     initDlg();
 }
@@ -138,6 +147,11 @@ void OpenDlg::on_pushButton_9_clicked()
 {
     resetChannel(1);
     initDlg();
+}
+
+void OpenDlg::on_closeBtn_clicked()
+{
+    close();
 }
 
 void OpenDlg::openCh(int ch)
@@ -167,11 +181,8 @@ void OpenDlg::openOne(unsigned channel)
         showWarning(this, warningTitle(), stepFailureText(failed));
 }
 
-void OpenDlg::changeEvent(QEvent *event)
+void OpenDlg::retranslate()
 {
-    if (event->type() == QEvent::LanguageChange) {
-        ui->retranslateUi(this);
-        initDlg();
-    }
-    QDialog::changeEvent(event);
+    ui_->retranslateUi(this);
+    initDlg();
 }

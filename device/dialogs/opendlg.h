@@ -2,8 +2,7 @@
 #pragma once
 
 #include "device/driver/driver.h"
-
-#include <QDialog>
+#include "widgets/formdialog.h"
 
 #include <array>
 #include <memory>
@@ -13,7 +12,7 @@ namespace Ui
 class OpenDlg;
 }
 
-class OpenDlg : public QDialog
+class OpenDlg : public FormDialog
 {
     Q_OBJECT
 
@@ -43,7 +42,7 @@ signals:
     void deviceClosed();
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void retranslate() override;
 
 private slots:
     void on_pushButton_clicked();   // open the device
@@ -54,13 +53,15 @@ private slots:
     void on_pushButton_6_clicked(); // reset whatever channel is open
     void on_pushButton_8_clicked(); // reset channel 0
     void on_pushButton_9_clicked(); // reset channel 1
+    void on_closeBtn_clicked();
 
 private:
     void openOne(unsigned channel);
-    void readInfo();
+    // The button that comes next on the way from the device to its frames.
+    QWidget *nextStep() const;
 
-    const std::unique_ptr<Ui::OpenDlg> ui;
+    const std::unique_ptr<Ui::OpenDlg> ui_;
     int deviceIndex_;
-    QString info_; // the device's info text for the title, asked for once so that the adapter is left in peace
+    QString info_; // of the open device, for the title; empty when there is none or it does not answer
     std::array<bool, kChannelCount> opened_{};
 };

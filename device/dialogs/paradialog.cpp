@@ -3,9 +3,7 @@
 #include "device/channelparameters.h"
 #include "device/dialogs/filterdialog.h"
 #include "ui_paradialog.h"
-#include "widgets/dialogscaler.h"
 
-#include <QEvent>
 #include <QRegularExpressionValidator>
 #include <QSignalBlocker>
 
@@ -26,65 +24,69 @@ unsigned selectedIndex(const QComboBox *combo)
 } // namespace
 
 ParaDialog::ParaDialog(bool editable, bool showChannelChoice, int channelSelector, QWidget *parent)
-    : QDialog(parent),
-      ui(std::make_unique<Ui::ParaDialog>()),
+    : FormDialog(parent),
+      ui_(std::make_unique<Ui::ParaDialog>()),
+      editable_(editable),
       saveAllChannels_(channelSelector == BothChannels && !showChannelChoice)
 {
-    ui->setupUi(this);
+    ui_->setupUi(this);
     // The separators of the settings file cannot be stored.
-    ui->CustomBaudrateEdit->setValidator(
+    ui_->CustomBaudrateEdit->setValidator(
         new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[^,;]*")), this));
     for (QWidget *custom :
-         {static_cast<QWidget *>(ui->CustomBaudrateCheckBox), static_cast<QWidget *>(ui->CustomBaudrateEdit),
-          static_cast<QWidget *>(ui->customHintLabel)})
+         std::initializer_list<QWidget *>{ui_->CustomBaudrateCheckBox, ui_->CustomBaudrateEdit, ui_->customHintLabel})
         custom->hide();
     for (QWidget *input :
-         {static_cast<QWidget *>(ui->workStatusCombo), static_cast<QWidget *>(ui->canFDStandardCombo),
-          static_cast<QWidget *>(ui->ABIT1Combo), static_cast<QWidget *>(ui->ABIT2Combo),
-          static_cast<QWidget *>(ui->CustomBaudrateCheckBox), static_cast<QWidget *>(ui->CustomBaudrateEdit)})
+         std::initializer_list<QWidget *>{ui_->workStatusCombo, ui_->canFDStandardCombo, ui_->ABIT1Combo,
+                                          ui_->ABIT2Combo, ui_->CustomBaudrateCheckBox, ui_->CustomBaudrateEdit})
         input->setEnabled(editable);
-    ui->chCombo->setVisible(showChannelChoice);
-    ui->chCombo->setEnabled(channelSelector == BothChannels);
+    ui_->chCombo->setVisible(showChannelChoice);
+    ui_->chCombo->setEnabled(channelSelector == BothChannels);
     {
-        const QSignalBlocker quiet(ui->chCombo);
-        ui->chCombo->setCurrentIndex(channelSelector == 1 ? 1 : 0);
+        const QSignalBlocker quiet(ui_->chCombo);
+        ui_->chCombo->setCurrentIndex(channelSelector == 1 ? 1 : 0);
     }
     setP(shownChannel());
-    new DialogScaler(this);
+    finishForm();
 }
 
 ParaDialog::~ParaDialog() = default;
 
 int ParaDialog::shownChannel() const
 {
-    return ui->chCombo->currentIndex() + 1;
+    return ui_->chCombo->currentIndex() + 1;
 }
 
 void ParaDialog::setP(int index)
 {
     const ChannelParameters parameters = loadChannelParameters(unsigned(index - 1));
-    selectIndex(ui->workStatusCombo, parameters.workStatus);
-    selectIndex(ui->canFDStandardCombo, parameters.canFdStandard);
-    selectIndex(ui->ABIT1Combo, parameters.arbitration);
-    selectIndex(ui->ABIT2Combo, parameters.data);
-    ui->CustomBaudrateCheckBox->setChecked(parameters.customBaudRate);
-    ui->CustomBaudrateEdit->setText(parameters.customBaudRateText);
-    ui->filterModeCheck->setChecked(parameters.filterOn);
+    selectIndex(ui_->workStatusCombo, parameters.workStatus);
+    selectIndex(ui_->canFDStandardCombo, parameters.canFdStandard);
+    selectIndex(ui_->ABIT1Combo, parameters.arbitration);
+    selectIndex(ui_->ABIT2Combo, parameters.data);
+    ui_->CustomBaudrateCheckBox->setChecked(parameters.customBaudRate);
+    ui_->CustomBaudrateEdit->setText(parameters.customBaudRateText);
+    ui_->filterModeCheck->setChecked(parameters.filterOn);
     filterRows_ = parameters.filterRows;
 }
 
 void ParaDialog::saveP(int index)
 {
+    const auto channel = unsigned(index - 1);
+    if (!editable_) { // what the lists cannot show stays as it is stored
+        storeChannelFilter(channel, ui_->filterModeCheck->isChecked(), filterRows_);
+        return;
+    }
     ChannelParameters parameters;
-    parameters.workStatus = selectedIndex(ui->workStatusCombo);
-    parameters.canFdStandard = selectedIndex(ui->canFDStandardCombo);
-    parameters.arbitration = selectedIndex(ui->ABIT1Combo);
-    parameters.data = selectedIndex(ui->ABIT2Combo);
-    parameters.customBaudRate = ui->CustomBaudrateCheckBox->isChecked();
-    parameters.customBaudRateText = ui->CustomBaudrateEdit->text();
-    parameters.filterOn = ui->filterModeCheck->isChecked();
+    parameters.workStatus = selectedIndex(ui_->workStatusCombo);
+    parameters.canFdStandard = selectedIndex(ui_->canFDStandardCombo);
+    parameters.arbitration = selectedIndex(ui_->ABIT1Combo);
+    parameters.data = selectedIndex(ui_->ABIT2Combo);
+    parameters.customBaudRate = ui_->CustomBaudrateCheckBox->isChecked();
+    parameters.customBaudRateText = ui_->CustomBaudrateEdit->text();
+    parameters.filterOn = ui_->filterModeCheck->isChecked();
     parameters.filterRows = filterRows_;
-    storeChannelParameters(unsigned(index - 1), parameters);
+    storeChannelParameters(channel, parameters);
 }
 
 void ParaDialog::on_chCombo_currentIndexChanged(int index)
@@ -126,9 +128,7 @@ void ParaDialog::on_btnCancel_clicked()
     reject();
 }
 
-void ParaDialog::changeEvent(QEvent *event)
+void ParaDialog::retranslate()
 {
-    if (event->type() == QEvent::LanguageChange)
-        ui->retranslateUi(this);
-    QDialog::changeEvent(event);
+    ui_->retranslateUi(this);
 }

@@ -1,7 +1,7 @@
 // Edits the stored parameters of one channel, or of both at once.
 #pragma once
 
-#include <QDialog>
+#include "widgets/formdialog.h"
 
 #include <memory>
 
@@ -10,7 +10,7 @@ namespace Ui
 class ParaDialog;
 }
 
-class ParaDialog : public QDialog
+class ParaDialog : public FormDialog
 {
     Q_OBJECT
 
@@ -28,7 +28,7 @@ public slots:
     void saveP(int index); // from the form into the store and its file
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void retranslate() override;
 
 private slots:
     void on_chCombo_currentIndexChanged(int index);
@@ -41,7 +41,8 @@ private slots:
 private:
     int shownChannel() const; // from 1
 
-    const std::unique_ptr<Ui::ParaDialog> ui;
+    const std::unique_ptr<Ui::ParaDialog> ui_;
+    const bool editable_;
     const bool saveAllChannels_;
     QString filterRows_; // of the channel shown
 };

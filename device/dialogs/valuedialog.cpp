@@ -1,18 +1,16 @@
 #include "device/dialogs/valuedialog.h"
 
 #include "ui_valuedialog.h"
-#include "widgets/dialogscaler.h"
 
-#include <QEvent>
 #include <QIntValidator>
 
 #include <limits>
 
-valueDialog::valueDialog(QWidget *parent) : QDialog(parent), ui(std::make_unique<Ui::valueDialog>())
+valueDialog::valueDialog(QWidget *parent) : FormDialog(parent), ui_(std::make_unique<Ui::valueDialog>())
 {
-    ui->setupUi(this);
+    ui_->setupUi(this);
     setEntry(0, windowTitle(), 0, std::numeric_limits<int>::max(), 0);
-    new DialogScaler(this);
+    finishForm();
 }
 
 valueDialog::~valueDialog() = default;
@@ -26,28 +24,28 @@ void valueDialog::setEntry(int index, const QString &title, int minimum, int max
     QLocale plain = QLocale::c(); // no "1,000", whatever the system's habits are
     plain.setNumberOptions(QLocale::RejectGroupSeparator);
     validator->setLocale(plain);
-    delete ui->valueEdit->validator();
-    ui->valueEdit->setValidator(validator);
-    ui->labelRange->setText(QStringLiteral("%1 ~ %2").arg(minimum).arg(maximum));
-    ui->valueEdit->setText(QString::number(qBound(minimum, present, maximum)));
+    delete ui_->valueEdit->validator();
+    ui_->valueEdit->setValidator(validator);
+    ui_->labelRange->setText(QStringLiteral("%1 ~ %2").arg(minimum).arg(maximum));
+    ui_->valueEdit->setText(QString::number(qBound(minimum, present, maximum)));
     on_valueEdit_textChanged();
 }
 
 void valueDialog::showEvent(QShowEvent *event)
 {
-    QDialog::showEvent(event);
-    ui->valueEdit->selectAll();
-    ui->valueEdit->setFocus();
+    FormDialog::showEvent(event);
+    ui_->valueEdit->selectAll();
+    ui_->valueEdit->setFocus();
 }
 
 void valueDialog::on_valueEdit_textChanged()
 {
-    ui->btnValueOK->setEnabled(ui->valueEdit->hasAcceptableInput());
+    ui_->btnValueOK->setEnabled(ui_->valueEdit->hasAcceptableInput());
 }
 
 void valueDialog::on_btnValueOK_clicked()
 {
-    emit getValue(ui->valueEdit->text(), index_);
+    emit getValue(ui_->valueEdit->text(), index_);
     hide();
 }
 
@@ -56,11 +54,8 @@ void valueDialog::on_btnValueCancel_clicked()
     hide();
 }
 
-void valueDialog::changeEvent(QEvent *event)
+void valueDialog::retranslate()
 {
-    if (event->type() == QEvent::LanguageChange) {
-        ui->retranslateUi(this);
-        setWindowTitle(title_);
-    }
-    QDialog::changeEvent(event);
+    ui_->retranslateUi(this);
+    setWindowTitle(title_);
 }

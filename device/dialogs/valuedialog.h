@@ -1,7 +1,7 @@
 // Asks for one whole number. One of these is reused for several values; the index tells the owner which one was asked.
 #pragma once
 
-#include <QDialog>
+#include "widgets/formdialog.h"
 
 #include <memory>
 
@@ -10,7 +10,7 @@ namespace Ui
 class valueDialog;
 }
 
-class valueDialog : public QDialog
+class valueDialog : public FormDialog
 {
     Q_OBJECT
 
@@ -27,7 +27,7 @@ signals:
     void getValue(QString str, int index);
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void retranslate() override;
     void showEvent(QShowEvent *event) override;
 
 private slots:
@@ -36,7 +36,7 @@ private slots:
     void on_btnValueCancel_clicked();
 
 private:
-    const std::unique_ptr<Ui::valueDialog> ui;
+    const std::unique_ptr<Ui::valueDialog> ui_;
     int index_ = 0;
     QString title_;
 };
