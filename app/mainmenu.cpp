@@ -45,6 +45,8 @@ MainMenu::MainMenu(QMenuBar *bar) : QObject(bar)
     listBuffer = add(viewMenu_, "actionListBuffer", "Ctrl+B");
     clearLog = add(viewMenu_, "actionClearLog", "Ctrl+Shift+D");
 
+    analysisMenu_ = addMenu("menuAnalysis");
+
     languageMenu_ = addMenu("menuLanguage");
     auto *group = new QActionGroup(this);
     static const char *const names[LanguageCount] = {"actionSimplifiedChinese", "actionTraditionalChinese",

@@ -24,6 +24,8 @@ public:
     void setTuning(unsigned scanTime, unsigned framesPerReceive, unsigned listLimit);
     // The help menu anew: the two fixed entries and one for every manual of the current language.
     void fillHelpMenu();
+    // The menu between view and language; empty, with its title its owner's affair.
+    QMenu *analysisMenu() const { return analysisMenu_; }
     // Ticks the language in force.
     void showLanguage(unsigned code);
 
@@ -53,6 +55,7 @@ private:
     QMenu *parameterMenu_;
     QMenu *infoMenu_;
     QMenu *viewMenu_;
+    QMenu *analysisMenu_;
     QMenu *languageMenu_;
     QMenu *helpMenu_;
     unsigned scanTimeValue_ = 0;

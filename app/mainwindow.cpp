@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/about.h"
+#include "app/analysismenu.h"
 #include "app/buildinfo.h"
 #include "app/buttonkeys.h"
 #include "app/helpdocuments.h"
@@ -74,6 +75,7 @@ MainWindow::MainWindow(QWidget *parent)
     ui->setupUi(this);
     settings::load(applicationDir() + QStringLiteral("/config/setdb.txt"));
     menu_ = new MainMenu(ui->menuBar);
+    analysis_ = new AnalysisMenu(menu_->analysisMenu(), this);
     language_.start();
     createWorkers();
     arrangeWidgets();
@@ -130,6 +132,7 @@ void MainWindow::arrangeWidgets()
     auto *fileDialog = new fileDlg(this);
     sending_ = new SendCoordinator(channels_[0].panel, channels_[1].panel, channels_[0].sender, fileDialog, this);
     connect(sending_, &SendCoordinator::logLine, this, &MainWindow::logLine);
+    connect(analysis_, &AnalysisMenu::log, this, &MainWindow::logLine);
     connect(fileDialog, &fileDlg::send, sending_, &SendCoordinator::startFileSend);
     connect(fileDialog, &fileDlg::stop, sending_, &SendCoordinator::stopFileSend);
     log_ = new OperationLog(this);
@@ -208,6 +211,7 @@ void MainWindow::startTimers()
 void MainWindow::setLa()
 {
     menu_->setTexts();
+    analysis_->setTexts();
     log_->setTexts();
     receiveView_->setHeaderTexts();
 }

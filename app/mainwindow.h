@@ -12,6 +12,7 @@
 
 #include <memory>
 
+class AnalysisMenu;
 class MainMenu;
 class OpenDlg;
 class OperationLog;
@@ -88,6 +89,7 @@ private:
     std::unique_ptr<Ui::MainWindow> ui;
     LanguageSwitcher language_;
     MainMenu *menu_ = nullptr;
+    AnalysisMenu *analysis_ = nullptr;
     ReceiveView *receiveView_ = nullptr;
     OperationLog *log_ = nullptr;
     SendCoordinator *sending_ = nullptr;

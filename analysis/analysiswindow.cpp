@@ -1,0 +1,62 @@
+#include "analysis/analysiswindow.h"
+
+#include <QCloseEvent>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QSettings>
+
+namespace
+{
+constexpr int kDesignDpi = 96;
+} // namespace
+
+AnalysisWindow::AnalysisWindow(const QString &name, QWidget *parent) : QWidget(parent, Qt::Window), name_(name)
+{
+    setObjectName(name);
+}
+
+AnalysisWindow::~AnalysisWindow()
+{
+    if (isVisible())
+        keepPlace();
+}
+
+QString AnalysisWindow::key(const char *what) const
+{
+    return QStringLiteral("analysis/%1/%2").arg(name_, QLatin1String(what));
+}
+
+void AnalysisWindow::open()
+{
+    if (!isVisible()) {
+        retranslate();
+        const QByteArray place = QSettings().value(key("geometry")).toByteArray();
+        if (!restoreGeometry(place)) {
+            const QSize fits = screen()->availableSize();
+            resize((designSize() * logicalDpiX() / kDesignDpi).boundedTo(fits));
+        }
+    }
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void AnalysisWindow::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::LanguageChange)
+        retranslate();
+}
+
+void AnalysisWindow::closeEvent(QCloseEvent *event)
+{
+    keepPlace();
+    QWidget::closeEvent(event);
+}
+
+void AnalysisWindow::keepPlace() const
+{
+    QSettings().setValue(key("geometry"), saveGeometry());
+}

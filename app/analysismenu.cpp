@@ -1,0 +1,26 @@
+#include "app/analysismenu.h"
+
+#include "device/language.h"
+
+#include <QAction>
+#include <QMenu>
+
+AnalysisMenu::AnalysisMenu(QMenu *menu, QWidget *window) : QObject(window), menu_(menu), window_(window) {}
+
+QAction *AnalysisMenu::add(const char *name, const char *key, const char *simplified, const char *traditional,
+                           const char *english, const std::function<void()> &open)
+{
+    QAction *action = menu_->addAction(QString());
+    action->setObjectName(QLatin1String(name));
+    action->setShortcut(QKeySequence(QLatin1String(key)));
+    connect(action, &QAction::triggered, this, open);
+    entries_.push_back({action, simplified, traditional, english});
+    return action;
+}
+
+void AnalysisMenu::setTexts()
+{
+    menu_->setTitle(text3("分析(&A)", "分析(&A)", "Analysis(&A)"));
+    for (const Entry &entry : entries_)
+        entry.action->setText(text3(entry.simplified, entry.traditional, entry.english));
+}
