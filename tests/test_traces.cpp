@@ -350,16 +350,16 @@ private slots:
 
     void candumpFiles()
     {
-        const ReadTrace read =
-            readTrace("# noise\n\n(1398128223.000000001) vcan3 001#\n(1398128222.5) bus 002#\n"
-                      "(1398128223.0) can3 003#\n(1398128223.0) vcan3 004#\n(1398128223.0) c9999 005#\n");
+        const ReadTrace read = readTrace("# noise\n\n(1398128223.000000001) vcan3 001#\n(1398128222.5) bus 002#\n"
+                                         "(1398128223.0) can3 003#\n(1398128223.0) vcan3 004#\n(1398128223.0) c99999 "
+                                         "005#\n(1398128223.0) c4367 006#\n");
         QVERIFY(!read.error);
         QCOMPARE(*read.start, 1398128223 * kSecond + 1);
         QCOMPARE(read.frames[1].time, -kSecond / 2 - 1);
         QByteArray channels;
         for (const RawFrame &frame : read.frames)
             channels += QByteArray::number(frame.channel) + ' ';
-        QCOMPARE(channels, QByteArray("4 1 2 4 3 "));
+        QCOMPARE(channels, QByteArray("4 1 2 4 3 4368 "));
 
         RawFrame frame;
         frame.time = -1;

@@ -127,9 +127,9 @@ TextTraceReader::LineKind AscReader::readHead(Text line)
 bool takeChannel(Text word, RawFrame *frame)
 {
     std::uint64_t channel = 0;
-    if (!scan::number(word, 10, 0xFF, &channel) || channel == 0)
+    if (!scan::number(word, 10, UINT16_MAX, &channel) || channel == 0)
         return false;
-    frame->channel = static_cast<std::uint8_t>(channel);
+    frame->channel = static_cast<std::uint16_t>(channel);
     return true;
 }
 

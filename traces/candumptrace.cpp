@@ -39,7 +39,7 @@ TextTraceReader::LineKind CandumpReader::readLine(std::string_view line, RawFram
         const bool silent = first == std::string_view::npos || line[first] == '#' || line[first] == ';';
         return silent ? LineKind::Other : LineKind::Damaged;
     }
-    const std::uint8_t channel = channels_.channelOf(parsed.interfaceName);
+    const std::uint16_t channel = channels_.channelOf(parsed.interfaceName);
     const bool sent = parsed.rest == " T";
     if (channel == 0 || !(sent || parsed.rest == " R" || parsed.rest.find_first_not_of(" \t") == parsed.rest.npos))
         return LineKind::Damaged;

@@ -5,7 +5,7 @@
 namespace
 {
 
-constexpr unsigned kMostChannels = 255;
+constexpr unsigned kLastChannel = 0xFFFF;
 
 // 0 when there is none, or one above what channels are numbered with.
 unsigned channelOfNumber(std::string_view name)
@@ -16,7 +16,7 @@ unsigned channelOfNumber(std::string_view name)
     unsigned number = 0;
     for (const char c : name.substr(digits)) {
         number = number * 10 + static_cast<unsigned>(c - '0');
-        if (number >= kMostChannels)
+        if (number >= kLastChannel)
             return 0;
     }
     return number + 1;
@@ -24,17 +24,17 @@ unsigned channelOfNumber(std::string_view name)
 
 } // namespace
 
-std::uint8_t ChannelNames::lookUp(std::string_view name)
+std::uint16_t ChannelNames::lookUp(std::string_view name)
 {
     auto found = std::find_if(known_.begin(), known_.end(), [name](const Named &named) { return named.name == name; });
     if (found == known_.end()) {
         unsigned channel = channelOfNumber(name);
-        if (channel == 0 || taken(channel))
-            for (channel = 1; channel <= kMostChannels && taken(channel);)
-                ++channel;
-        if (channel > kMostChannels)
+        if (known_.size() == kMostNames)
             return 0;
-        known_.push_back({std::string(name), static_cast<std::uint8_t>(channel)});
+        if (channel == 0 || taken(channel))
+            for (channel = 1; taken(channel);)
+                ++channel;
+        known_.push_back({std::string(name), static_cast<std::uint16_t>(channel)});
         found = known_.end() - 1;
     }
     lastName_ = found->name;

@@ -1,6 +1,7 @@
 // The channels that the interface names of a log stand for.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -11,21 +12,23 @@
 class ChannelNames
 {
 public:
-    // 0 when 255 names are known already.
-    std::uint8_t channelOf(std::string_view name)
+    static constexpr std::size_t kMostNames = 255;
+
+    // 0 when kMostNames are known already.
+    std::uint16_t channelOf(std::string_view name)
     {
         return name == lastName_ && lastChannel_ > 0 ? lastChannel_ : lookUp(name);
     }
 
 private:
-    std::uint8_t lookUp(std::string_view name);
+    std::uint16_t lookUp(std::string_view name);
     bool taken(unsigned channel) const;
 
     struct Named {
         std::string name;
-        std::uint8_t channel;
+        std::uint16_t channel;
     };
     std::vector<Named> known_;
     std::string lastName_;
-    std::uint8_t lastChannel_ = 0;
+    std::uint16_t lastChannel_ = 0;
 };

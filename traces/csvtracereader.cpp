@@ -177,11 +177,11 @@ bool readFrame(const Fields &fields, RawFrame *frame)
     frame->fd = protocol.find("CANFD") != Field::npos;
     frame->bitRateSwitch = frame->fd && protocol.find('-') != Field::npos;
     if (!scan::number(fields[IdColumn].substr(2), 16, frame->extended ? kExtendedIds : kStandardIds, &id) ||
-        !scan::number(fields[ChannelColumn], 10, 0xFF, &channel) || channel == 0 ||
+        !scan::number(fields[ChannelColumn], 10, UINT16_MAX, &channel) || channel == 0 ||
         !scan::number(fields[LengthColumn], 10, UINT32_MAX, &length))
         return false;
     frame->id = static_cast<std::uint32_t>(id);
-    frame->channel = static_cast<std::uint8_t>(channel);
+    frame->channel = static_cast<std::uint16_t>(channel);
     frame->direction = fields[DirectionColumn] == "Tx" ? Direction::Sent : Direction::Received;
     frame->length = static_cast<std::uint8_t>(
         std::min<unsigned>(static_cast<std::uint8_t>(length), frame->fd ? kRawDataBytes : kClassicBytes));
