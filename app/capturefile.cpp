@@ -30,7 +30,7 @@ bool CaptureFile::open(const QString &path, const QStringList &titles, CaptureMo
     close();
     file_.setFileName(path);
     if (!file_.open(kOpenMode)) {
-        emit logLine(text3("实时保存的文件无法打开：%1（%2）", "實時保存的文件無法打開：%1（%2）",
+        emit logLine(text3("实时保存的文件无法打开：%1（%2）", "實時保存的檔案無法打開：%1（%2）",
                            "The capture file cannot be opened: %1 (%2)")
                          .arg(shownPath(), file_.errorString()));
         return false;
@@ -65,7 +65,7 @@ void CaptureFile::close()
         text3("实时保存结束：%1，共写入 %2 行", "實時保存結束：%1，共寫入 %2 行", "Capture ended: %1, rows written: %2")
             .arg(shownPath(), QString::number(writtenRows_)));
     if (lostRows_ > 0)
-        emit logLine(text3("实时保存结束，%1 行未能写入文件", "實時保存結束，%1 行未能寫入文件",
+        emit logLine(text3("实时保存结束，%1 行未能写入文件", "實時保存結束，%1 行未能寫入檔案",
                            "Capture ended, %1 rows could not be written")
                          .arg(lostRows_));
 }
@@ -115,7 +115,7 @@ bool CaptureFile::writeGathered()
     if (!failed_) {
         failed_ = true;
         emit logLine(
-            text3("实时保存写入文件失败：%1", "實時保存寫入文件失敗：%1", "The capture file cannot be written: %1")
+            text3("实时保存写入文件失败：%1", "實時保存寫入檔案失敗：%1", "The capture file cannot be written: %1")
                 .arg(file_.errorString()));
     }
     backToLastWholeRow();

@@ -17,7 +17,7 @@ QString noticeText(const DriverNotice &notice)
                      "Frames do not come from a Halden-D2 but from: %1")
             .arg(detail);
     case DriverNotice::Kind::TraceUnreadable:
-        return text3("无法读取记录文件：%1", "無法讀取記錄文件：%1", "Recorded log cannot be read: %1").arg(detail);
+        return text3("无法读取记录文件：%1", "無法讀取記錄檔案：%1", "Recorded log cannot be read: %1").arg(detail);
     case DriverNotice::Kind::InterfaceMissing:
         return text3("找不到CAN接口：%1", "找不到CAN接口：%1", "CAN interface missing: %1").arg(detail);
     case DriverNotice::Kind::InterfaceDown:

@@ -27,7 +27,7 @@ bool SendCoordinator::maySendFile() const
 void SendCoordinator::startFileSend(const QString &path, int count, int interval, int channel)
 {
     if (!maySendFile()) {
-        emit logLine(text3("文件未发送：正在发送其他数据！", "文件未發送：正在發送其他數據！",
+        emit logLine(text3("文件未发送：正在发送其他数据！", "檔案未發送：正在發送其他數據！",
                            "File not sent: other data are being sent!"));
         dialog_->setIdle();
         return;

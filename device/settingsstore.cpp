@@ -63,19 +63,19 @@ QString lineOf(const Notice &notice)
     const QString path = QDir::toNativeSeparators(notice.path);
     switch (notice.kind) {
     case Notice::Kind::Damaged:
-        return text3("设置文件已损坏，未被采用：%1", "設置文件已損壞，未被採用：%1",
+        return text3("设置文件已损坏，未被采用：%1", "設置檔案已損壞，未被採用：%1",
                      "The settings file is damaged and was ignored: %1")
             .arg(path);
     case Notice::Kind::KeptAside:
-        return text3("已损坏的设置文件另存为：%1", "已損壞的設置文件另存為：%1",
+        return text3("已损坏的设置文件另存为：%1", "已損壞的設置檔案另存為：%1",
                      "The damaged settings file is kept as: %1")
             .arg(path);
     case Notice::Kind::NotKeptAside:
-        return text3("设置未保存，已损坏的设置文件无法另存为：%1", "設置未保存，已損壞的設置文件無法另存為：%1",
+        return text3("设置未保存，已损坏的设置文件无法另存为：%1", "設置未保存，已損壞的設置檔案無法另存為：%1",
                      "Settings not saved, the damaged settings file cannot be kept as: %1")
             .arg(path);
     case Notice::Kind::FolderMade:
-        return text3("已创建设置文件夹：%1", "已建立設置文件夾：%1", "Settings folder created: %1").arg(path);
+        return text3("已创建设置文件夹：%1", "已建立設置資料夾：%1", "Settings folder created: %1").arg(path);
     case Notice::Kind::NotSaved:
         return text3("设置无法保存：%1（%2）", "設置無法保存：%1（%2）", "Settings cannot be saved: %1 (%2)")
             .arg(path, notice.reason);

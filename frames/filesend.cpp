@@ -146,13 +146,13 @@ void FileSend::tellRows(const Pass &pass)
 {
     if (pass.invalidRows > told_.invalidRows) {
         told_.invalidRows = pass.invalidRows;
-        say(log_, {"文件中跳过了%1行无效数据！", "文件中跳過了%1行無效數據！", "Invalid rows of the file skipped: %1"},
+        say(log_, {"文件中跳过了%1行无效数据！", "檔案中跳過了%1行無效數據！", "Invalid rows of the file skipped: %1"},
             pass.invalidRows);
     }
     if (pass.rowsWithoutTime > told_.rowsWithoutTime) {
         told_.rowsWithoutTime = pass.rowsWithoutTime;
         say(log_,
-            {"文件中有%1行的时间无法读取，已立即发送", "文件中有%1行的時間無法讀取，已立即發送",
+            {"文件中有%1行的时间无法读取，已立即发送", "檔案中有%1行的時間無法讀取，已立即發送",
              "Rows sent at once because their time cannot be read: %1"},
             pass.rowsWithoutTime);
     }
@@ -168,5 +168,5 @@ void FileSend::tellEnd() const
     if (!anyChannelOpen())
         say(log_, {"没有打开的通道！", "沒有打開的通道！", "No channel is open!"});
     else if (nothingFound_)
-        say(log_, {"文件中没有可发送的帧！", "文件中沒有可發送的幀！", "The file holds no frame to send!"});
+        say(log_, {"文件中没有可发送的帧！", "檔案中沒有可發送的幀！", "The file holds no frame to send!"});
 }

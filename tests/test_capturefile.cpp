@@ -130,8 +130,8 @@ private slots:
         QTest::addColumn<QString>("last");
         QTest::newRow("simplified") << 0u << "实时保存写入文件失败："
                                     << "实时保存结束，2 行未能写入文件";
-        QTest::newRow("traditional") << 1u << "實時保存寫入文件失敗："
-                                     << "實時保存結束，2 行未能寫入文件";
+        QTest::newRow("traditional") << 1u << "實時保存寫入檔案失敗："
+                                     << "實時保存結束，2 行未能寫入檔案";
         QTest::newRow("english") << 2u << "The capture file cannot be written: "
                                  << "Capture ended, 2 rows could not be written";
     }
