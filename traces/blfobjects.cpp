@@ -59,6 +59,8 @@ void setData(const std::uint8_t *data, std::size_t valid, std::size_t held, RawF
     const std::size_t count = std::min({valid, held, std::size_t{kRawDataBytes}});
     std::memcpy(frame->data, data, count);
     frame->length = static_cast<std::uint8_t>(count);
+    if (count != kClassicBytes)
+        frame->rawDlc = 0;
 }
 
 bool decodeClassic(const std::uint8_t *body, std::size_t size, RawFrame *frame)
