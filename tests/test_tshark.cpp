@@ -33,7 +33,7 @@ QString expectedLine(const RawFrame &frame, TraceFormat format)
         return fields.join(QLatin1Char('\t'));
     const auto flag = [](bool value) { return QString::number(value ? 1 : 0); };
     fields << QStringLiteral("can%1").arg(frame.channel - 1)
-           << QString::number(frame.direction == Direction::Sent ? 2 : 1)
+           << QString(frame.direction == Direction::Sent ? "0x00000002" : "0x00000001")
            << (frame.error ? QString() : flag(frame.extended))
            << (frame.fd || frame.error ? QString() : flag(frame.remote))
            << (frame.fd ? flag(frame.bitRateSwitch) : QString())
@@ -77,7 +77,8 @@ private slots:
         file.write(writeTrace(format, frames, options).bytes);
         file.close();
 
-        QStringList arguments{"-r", file.fileName(), "-T", "fields"};
+        // A guess by content that some of the data satisfy.
+        QStringList arguments{"--disable-protocol", "autosar-nm", "-r", file.fileName(), "-T", "fields"};
         QStringList fields{"frame.time_epoch", "can.len", "can.id", "data.data"};
         if (format == TraceFormat::Pcapng)
             fields << QStringList{"frame.interface_name", "frame.packet_flags_direction",
