@@ -43,6 +43,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     buffer.open(QIODevice::WriteOnly);
     const auto writer = createTrace(&buffer, TraceFormat::Blf, {});
     require(writer->write(frames.data(), static_cast<int>(frames.size())) && writer->finish());
+    if (!writer->losses().empty())
+        return 0;
     const auto again = readAll(written);
     require(again.size() == frames.size());
     for (std::size_t index = 0; index < frames.size(); ++index)

@@ -119,6 +119,9 @@ private slots:
         row("DLC above 8", object(blf::CanMessage, canBody(1, 0x0F)), "2 rx 1 8 0102030405060708 dlc 15");
         row("no DLC", object(blf::CanMessage, canBody(1, 0x33)), "2 rx 1 8 0102030405060708");
         row("more valid than held", object(blf::CanFdMessage64, fdBody(200, 3)), "3 tx 55 3 787878 fd esi");
+        row("flags of FD without FD",
+            object(blf::CanFdMessage, canBody(1, 2).left(8) + QByteArray(5, 0) + "\x06" + QByteArray(6, 0) + "xyz"),
+            "2 rx 1 2 7879");
         row("no channel", object(blf::CanError, QByteArray(4, 0)), "1 rx 0 error 0");
         row("too short", object(blf::CanMessage, canBody(1, 8).left(15)),
             "offset 0x90: object 1 of type 1 cannot have 47 bytes");
