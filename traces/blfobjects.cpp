@@ -59,6 +59,8 @@ void setData(const std::uint8_t *data, std::size_t valid, std::size_t held, RawF
     const std::size_t count = std::min({valid, held, std::size_t{kRawDataBytes}});
     std::memcpy(frame->data, data, count);
     frame->length = static_cast<std::uint8_t>(count);
+    if (count != kClassicBytes)
+        frame->rawDlc = 0;
 }
 
 bool decodeClassic(const std::uint8_t *body, std::size_t size, RawFrame *frame)
@@ -87,10 +89,12 @@ bool decodeFd(const std::uint8_t *body, std::size_t size, RawFrame *frame)
     setId(at<std::uint32_t>(body, can::kId), frame);
     const std::uint8_t fdFlags = body[canfd::kFdFlags];
     frame->fd = (fdFlags & canfd::kFd) != 0;
-    frame->bitRateSwitch = (fdFlags & canfd::kBitRateSwitch) != 0;
-    frame->errorStateIndicator = (fdFlags & canfd::kErrorState) != 0;
-    if (frame->remote || !frame->fd)
+    frame->bitRateSwitch = frame->fd && (fdFlags & canfd::kBitRateSwitch) != 0;
+    frame->errorStateIndicator = frame->fd && (fdFlags & canfd::kErrorState) != 0;
+    if (!frame->fd)
         setDlc(body[can::kDlc], frame);
+    else if (frame->remote)
+        frame->length = lengthOfDlc(body[can::kDlc], true);
     if (!frame->remote)
         setData(body + canfd::kData, frame->fd ? body[canfd::kValid] : frame->length, size - canfd::kData, frame);
     return true;
@@ -106,8 +110,8 @@ bool decodeFd64(const std::uint8_t *body, std::size_t size, RawFrame *frame)
     const auto flags = at<std::uint32_t>(body, canfd64::kFlags);
     frame->remote = (flags & canfd64::kRemote) != 0;
     frame->fd = (flags & canfd64::kFd) != 0;
-    frame->bitRateSwitch = (flags & canfd64::kBitRateSwitch) != 0;
-    frame->errorStateIndicator = (flags & canfd64::kErrorState) != 0;
+    frame->bitRateSwitch = frame->fd && (flags & canfd64::kBitRateSwitch) != 0;
+    frame->errorStateIndicator = frame->fd && (flags & canfd64::kErrorState) != 0;
     if (!frame->fd)
         setDlc(body[canfd64::kDlc], frame);
     if (frame->remote && frame->fd)

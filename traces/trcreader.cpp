@@ -3,7 +3,7 @@
 #include "traces/trclayout.h"
 
 #include <algorithm>
-#include <charconv>
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -12,10 +12,14 @@ using namespace trc;
 namespace
 {
 
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
 // The next word of a line, which it is taken from; empty at the line's end.
 std::string_view takeWord(std::string_view *line)
 {
-    const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
     const char *begin = line->data();
     const char *const end = begin + line->size();
     while (begin != end && isBlank(*begin))
@@ -27,18 +31,37 @@ std::string_view takeWord(std::string_view *line)
     return {begin, static_cast<std::size_t>(stop - begin)};
 }
 
-int hexDigit(char c)
+// The values of hexadecimal digits; kNoDigit for everything else.
+constexpr std::uint8_t kNoDigit = 0xFF;
+constexpr std::array<std::uint8_t, 256> hexDigits()
 {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    const char lower = static_cast<char>(c | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+    std::array<std::uint8_t, 256> values{};
+    for (unsigned c = 0; c < values.size(); ++c) {
+        values[c] = static_cast<std::uint8_t>(c >= '0' && c <= '9'   ? c - '0'
+                                              : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                                              : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                                                     : kNoDigit);
+    }
+    return values;
+}
+constexpr std::array<std::uint8_t, 256> kHexDigits = hexDigits();
+
+unsigned hexDigit(char c)
+{
+    return kHexDigits[static_cast<std::uint8_t>(c)];
 }
 
-bool takeNumber(std::string_view word, unsigned *number, int base = 10)
+// Up to nine decimal digits.
+bool takeNumber(std::string_view word, unsigned *number)
 {
-    const auto result = std::from_chars(word.data(), word.data() + word.size(), *number, base);
-    return result.ec == std::errc() && result.ptr == word.data() + word.size();
+    constexpr std::size_t kMostDigits = 9;
+    *number = 0;
+    for (const char c : word) {
+        if (c < '0' || c > '9')
+            return false;
+        *number = *number * 10 + static_cast<unsigned>(c - '0');
+    }
+    return !word.empty() && word.size() <= kMostDigits;
 }
 
 // "1059.9": milliseconds with up to six decimals that count.
@@ -69,21 +92,35 @@ bool takeTime(std::string_view word, std::int64_t *time)
 // Four digits are a standard identifier, eight an extended one.
 bool takeId(std::string_view word, RawFrame *frame)
 {
-    if (word.size() > kExtendedDigits || !takeNumber(word, &frame->id, 16))
+    if (word.empty() || word.size() > kExtendedDigits)
         return false;
+    for (const char c : word) {
+        if (hexDigit(c) == kNoDigit)
+            return false;
+        frame->id = frame->id << 4 | hexDigit(c);
+    }
     frame->extended = word.size() > kStandardDigits;
     return frame->id <= (frame->extended ? kLargestExtended : kLargestStandard);
 }
 
 bool takeData(std::string_view rest, RawFrame *frame)
 {
+    const char *at = rest.data();
+    const char *const end = at + rest.size();
     for (unsigned index = 0; index < frame->length; ++index) {
-        const std::string_view word = takeWord(&rest);
-        if (word.size() != 2 || hexDigit(word[0]) < 0 || hexDigit(word[1]) < 0)
+        const char *const before = at;
+        while (at != end && isBlank(*at))
+            ++at;
+        if (at == before || end - at < 2)
             return false;
-        frame->data[index] = static_cast<std::uint8_t>(hexDigit(word[0]) << 4 | hexDigit(word[1]));
+        const unsigned high = hexDigit(at[0]);
+        const unsigned low = hexDigit(at[1]);
+        if ((high | low) > 0xF)
+            return false;
+        frame->data[index] = static_cast<std::uint8_t>(high << 4 | low);
+        at += 2;
     }
-    return true;
+    return at == end || isBlank(*at);
 }
 
 // A length, or the code of one, in decimal.
@@ -107,20 +144,21 @@ enum class RowType : std::uint8_t { Frame, Error, Other, Unknown };
 // What the rows of 2.x and 1.x call themselves.
 RowType takeType(std::string_view word, RawFrame *frame)
 {
-    if (word == "DT" || word == "Rx" || word == "Tx") {
-        frame->direction = word == "Tx" ? Direction::Sent : Direction::Received;
+    const auto is = [word](std::string_view name) { return word == name; };
+    if (is("DT") || is("Rx") || is("Tx")) {
+        frame->direction = is("Tx") ? Direction::Sent : Direction::Received;
         return RowType::Frame;
     }
-    frame->remote = word == "RR";
-    frame->bitRateSwitch = word == "FB" || word == "BI";
-    frame->errorStateIndicator = word == "FE" || word == "BI";
-    frame->fd = frame->bitRateSwitch || frame->errorStateIndicator || word == "FD";
+    frame->remote = is("RR");
+    frame->bitRateSwitch = is("FB") || is("BI");
+    frame->errorStateIndicator = is("FE") || is("BI");
+    frame->fd = frame->bitRateSwitch || frame->errorStateIndicator || is("FD");
     if (frame->remote || frame->fd)
         return RowType::Frame;
-    frame->error = word == "ER" || word == "Error";
+    frame->error = is("ER") || is("Error");
     if (frame->error)
         return RowType::Error;
-    const bool other = word == "ST" || word == "EC" || word == "EV" || word == "Warng";
+    const bool other = is("ST") || is("EC") || is("EV") || is("Warng");
     return other ? RowType::Other : RowType::Unknown;
 }
 

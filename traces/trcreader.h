@@ -22,5 +22,4 @@ private:
     void setVersion(std::string_view version);
 
     std::string columns_;    // a letter each, as the file's $COLUMNS
-    bool typedRows_ = false; // of versions 1.x: rows say Rx, Tx, Warng or Error
 };
