@@ -1,9 +1,9 @@
 #include "app/columnmeasures.h"
 
-#include "traces/columntitles.h"
 #include "device/driver/wirerecords.h"
-#include "traces/frametexts.h"
 #include "frames/modelitem.h"
+#include "traces/columntitles.h"
+#include "traces/frametexts.h"
 
 #include <QFontDatabase>
 #include <QFontMetrics>

@@ -1,10 +1,10 @@
-#include "traces/columntitles.h"
 #include "app/frametableview.h"
 #include "app/receiveview.h"
 #include "device/devicelayer.h"
 #include "device/driver/driverfactory.h"
 #include "device/language.h"
 #include "sampleframes.h"
+#include "traces/columntitles.h"
 
 #include <QCheckBox>
 #include <QHelpEvent>
