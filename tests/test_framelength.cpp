@@ -166,11 +166,12 @@ private slots:
     // What recordings hold and no bus carries.
     void oddLengths()
     {
-        BusFrame frame = busFrame(0x555, 9, 0xAA, true);
         for (const auto &[odd, onTheWire] : {std::pair(9, 12), std::pair(200, 64)}) {
+            BusFrame frame = busFrame(0x555, 64, 0xAA, true);
             frame.length = std::uint8_t(odd);
             const unsigned bits = frameBits(frame).total();
             frame.length = std::uint8_t(onTheWire);
+            std::fill(frame.data + std::min(odd, 64), std::end(frame.data), std::uint8_t(0)); // padding
             QCOMPARE(bits, frameBits(frame).total());
         }
         FrameOnWire raw;
