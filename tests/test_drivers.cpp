@@ -35,6 +35,8 @@ private slots:
         list.SetDataBaud(8, 1, 3);
         const CanTransmitRecord record{};
         QCOMPARE(list.TransmitCan(FakeDriver::channelHandle(1), &record, 1), 1u);
+        fakes[1]->report[1].lost = 5;
+        QCOMPARE(list.busReport(FakeDriver::channelHandle(1), BusQuestion::State).lost, std::uint64_t(5));
         list.CloseDevice(8);
         QCOMPARE(fakes[1]->takeCalls(), QStringList({"SetDataBaud(8,1,3)", "TransmitCan(1,1)", "CloseDevice(8)"}));
         QVERIFY(fakes[0]->calls().isEmpty());
