@@ -125,9 +125,9 @@ DbcParser::Target DbcParser::signalTarget()
 NodeDefinition *DbcParser::nodeNamed(std::string_view name)
 {
     const QString wanted = scanner_.text(name);
-    for (NodeDefinition &node : result_.database.nodes)
-        if (node.name == wanted)
-            return &node;
+    const int found = nodeIndexes_.value(wanted, -1);
+    if (found >= 0)
+        return &result_.database.nodes[found];
     if (!isPlaceholder(name))
         throw DbcError{DbcFault::UnknownNode, name.data(), wanted};
     return nullptr;
@@ -150,6 +150,7 @@ void DbcParser::readNodes()
         scanner_.word();
         NodeDefinition node;
         node.name = scanner_.text(name);
+        nodeIndexes_.insert(node.name, result_.database.nodes.size());
         result_.database.nodes.append(node);
     }
     scanner_.next(';');

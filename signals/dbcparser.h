@@ -59,7 +59,7 @@ private:
     void resolveAll();
     void resolveDefaults();
     QVariant checkedValue(const QString &name, const QVariant &value, const char *place);
-    void resolveFormat(MessageDefinition *message);
+    void resolveFormats();
     void resolveMultiplexing(int messageIndex);
     void breakLoops(int messageIndex);
     void resolveNames();
@@ -76,9 +76,10 @@ private:
     DbcScanner scanner_;
     DbcResult result_;
     QHash<std::uint32_t, int> messageIndexes_; // by identifier and flag as the file has them
-    QVector<MessageNotes> notes_;              // of every message
-    int currentMessage_ = -1;                  // that SG_ belongs to
-    bool skippingSignals_ = false;             // those of a message that is none, or could not be read
-    QHash<QString, int> definitions_;          // attributes by name
+    QHash<QString, int> nodeIndexes_;
+    QVector<MessageNotes> notes_;     // of every message
+    int currentMessage_ = -1;         // that SG_ belongs to
+    bool skippingSignals_ = false;    // those of a message that is none, or could not be read
+    QHash<QString, int> definitions_; // attributes by name
     QHash<QString, QVariant> defaults_;
 };

@@ -26,42 +26,50 @@ void DbcParser::resolveAll()
     SignalDatabase &database = result_.database;
     const QString cycleTime = QStringLiteral("GenMsgCycleTime");
     const QString startValue = QStringLiteral("GenSigStartValue");
+    const QVariant usualCycle = database.attribute({}, cycleTime);
+    const QVariant usualStart = database.attribute({}, startValue);
     for (int i = 0; i < database.messages.size(); ++i) {
         resolveMultiplexing(i);
         breakLoops(i);
         MessageDefinition &message = database.messages[i];
-        resolveFormat(&message);
-        message.cycleTimeMs = std::max(0, database.attribute(message.attributes, cycleTime).toInt());
+        message.cycleTimeMs = std::max(0, message.attributes.value(cycleTime, usualCycle).toInt());
         for (SignalDefinition &signal : message.signalList) {
-            const QVariant start = database.attribute(signal.attributes, startValue);
             bool ok = false;
-            const double raw = start.toDouble(&ok);
+            const double raw = signal.attributes.value(startValue, usualStart).toDouble(&ok);
             if (ok)
                 signal.startValue = raw;
         }
     }
+    resolveFormats();
     resolveNames();
 }
 
-void DbcParser::resolveFormat(MessageDefinition *message)
+void DbcParser::resolveFormats()
 {
-    const SignalDatabase &database = result_.database;
-    const QVariant format = database.attribute(message->attributes, QStringLiteral("VFrameFormat"));
-    if (format.type() == QVariant::String) {
-        message->fd = format.toString().endsWith(QLatin1String("CAN_FD"));
-        message->j1939 = format.toString() == QLatin1String("J1939PG");
-    } else if (format.isValid()) {
-        const qlonglong number = format.toLongLong();
-        message->fd = number == kFormatStandardFd || number == kFormatExtendedFd;
-        message->j1939 = number == kFormatJ1939;
-    } else {
-        message->j1939 = database.attribute(database.attributes, QStringLiteral("ProtocolType")).toString() ==
-                         QLatin1String("J1939");
-        message->fd = !message->j1939 && message->length > kClassicBytes && message->length <= kFrameBytes;
+    SignalDatabase &database = result_.database;
+    const QString frameFormat = QStringLiteral("VFrameFormat");
+    const QString rateSwitch = QStringLiteral("CANFD_BRS");
+    const QVariant usualFormat = database.attribute({}, frameFormat);
+    const QVariant usualSwitch = database.attribute({}, rateSwitch);
+    const bool networkIsJ1939 =
+        database.attribute(database.attributes, QStringLiteral("ProtocolType")).toString() == QLatin1String("J1939");
+    for (MessageDefinition &message : database.messages) {
+        const QVariant format = message.attributes.value(frameFormat, usualFormat);
+        if (format.type() == QVariant::String) {
+            message.fd = format.toString().endsWith(QLatin1String("CAN_FD"));
+            message.j1939 = format.toString() == QLatin1String("J1939PG");
+        } else if (format.isValid()) {
+            const qlonglong number = format.toLongLong();
+            message.fd = number == kFormatStandardFd || number == kFormatExtendedFd;
+            message.j1939 = number == kFormatJ1939;
+        } else {
+            message.j1939 = networkIsJ1939;
+            message.fd = !networkIsJ1939 && message.length > kClassicBytes && message.length <= kFrameBytes;
+        }
+        message.j1939 = message.j1939 && message.extended;
+        message.bitRateSwitch =
+            message.fd && message.attributes.value(rateSwitch, usualSwitch).toString() == QLatin1String("1");
     }
-    message->j1939 = message->j1939 && message->extended;
-    const QVariant rateSwitch = database.attribute(message->attributes, QStringLiteral("CANFD_BRS"));
-    message->bitRateSwitch = message->fd && rateSwitch.toString() == QLatin1String("1");
 }
 
 // "m" and "M" say who selects whom only where one multiplexer has not been selected itself; SG_MUL_VAL_ has said the

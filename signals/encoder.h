@@ -59,7 +59,7 @@ public:
     // Several signals, and the multiplexers that select them: one that is not given gets the first value that selects
     // what is given, unless the payload selects it already. Results in the order of the inputs.
     std::vector<EncodeResult> encode(const std::vector<SignalInput> &inputs, std::uint8_t *payload, unsigned length,
-                                 EncodeLimits limits = EncodeLimits::Representable) const;
+                                     EncodeLimits limits = EncodeLimits::Representable) const;
 
 private:
     struct Choice { // of a multiplexer's value

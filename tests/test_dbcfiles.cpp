@@ -1,4 +1,5 @@
-// Database files of a public project against what they must decode to. The files lie beside the tree, if at all.
+// Database files against what they must decode to: those of a public project, which lie beside the tree, if at all, or
+// those of the folder that OSTREL_DBC_FILES names.
 #include "signals/bytetext.h"
 #include "signals/databaseset.h"
 #include "signals/encoder.h"
@@ -18,7 +19,7 @@ namespace
 
 QDir folder()
 {
-    return QDir(QStringLiteral(OSTREL_DBC_FILES));
+    return QDir(qEnvironmentVariable("OSTREL_DBC_FILES", QStringLiteral(OSTREL_DBC_FILES)));
 }
 
 // The expectations were read as code page 1252, which garbles files that are UTF-8.

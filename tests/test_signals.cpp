@@ -53,7 +53,7 @@ MessageDefinition nested()
                                      " SG_ other m1 : 8|8@1+ (1,0) [0|0] \"\" A\n"
                                      " SG_ outer M : 0|4@1+ (1,0) [0|0] \"\" A\n"
                                      " SG_ always : 24|8@1+ (0.5,0) [0|10] \"\" A\n"
-                                     "SG_MUL_VAL_ 1 deep inner 7-9, -1--1;\n"
+                                     "SG_MUL_VAL_ 1 deep inner 7-9, -1--1, 0-0;\n"
                                      "SG_MUL_VAL_ 1 inner outer 2-3;\n");
     return result.database.messages.value(0);
 }
@@ -263,9 +263,9 @@ private slots:
             return payload.toHex() == after ? text : QString::fromLatin1(payload.toHex());
         };
         const QString conflict = QString::number(int(EncodeRefusal::ConflictingSelectors));
-        QCOMPARE(encode({{Deep, 5, {}}}, "00000000", "02070500"), QStringLiteral("0"));
+        QCOMPARE(encode({{Deep, 5, {}}}, "00550000", "02070500"), QStringLiteral("0"));
         QCOMPARE(encode({{Deep, 5, {}}}, "f3080000", "f3080500"), QStringLiteral("0")); // selected already
-        QCOMPARE(encode({{Deep, 5, {}}, {Outer, 3, {}}}, "00000000", "03070500"), QStringLiteral("00"));
+        QCOMPARE(encode({{Deep, 5, {}}, {Outer, 3, {}}}, "00550000", "03070500"), QStringLiteral("00"));
         QCOMPARE(encode({{Inner, 8, {}}, {Outer, 3, {}}, {Deep, 6, {}}}, "00000000", "03080600"),
                  QStringLiteral("000"));
         QCOMPARE(encode({{Other, 9, {}}, {Deep, 5, {}}}, "00000000", "01090000"), QStringLiteral("0") + conflict);
@@ -355,8 +355,13 @@ private slots:
         watcher.watch(set.paths());
         QVERIFY(set.reloadChanged().isEmpty());
 
-        const auto reload = [&](const QByteArray &content) {
-            content.isNull() ? void(QFile::remove(path)) : write(path, content);
+        const auto reload = [&](const QByteArray &content, bool inPlace = false) {
+            QFile present(path);
+            if (inPlace && present.open(QIODevice::WriteOnly))
+                present.write(content);
+            else
+                content.isNull() ? void(QFile::remove(path)) : write(path, content);
+            present.close();
             const int before = changed.count();
             const bool told = QTest::qWaitFor([&] { return changed.count() > before; }, 20000);
             const auto outcomes = told ? set.reloadChanged() : QVector<DatabaseSet::Outcome>();
@@ -372,6 +377,8 @@ private slots:
         QCOMPARE(name(), QStringLiteral("Second"));
         QCOMPARE(reload(file("Third", "1")), int(Change::Loaded));
         QCOMPARE(name(), QStringLiteral("Third"));
+        QCOMPARE(reload(file("Fourth", "1"), true), int(Change::Loaded));
+        QCOMPARE(name(), QStringLiteral("Fourth"));
     }
 };
 
