@@ -21,5 +21,5 @@ private:
     LineKind parse(std::string_view line, RawFrame *frame) const;
     void setVersion(std::string_view version);
 
-    std::string columns_;    // a letter each, as the file's $COLUMNS
+    std::string columns_; // a letter each, as the file's $COLUMNS
 };
