@@ -12,6 +12,8 @@ const std::vector<Command> &commands()
     static const std::vector<Command> all = {
         {"devices", "the devices that this machine offers", runDevices},
         {"record", "record live frames", runRecord},
+        {"replay", "send the frames of recordings", runReplay},
+        {"generate", "send frames that are made up", runGenerate},
         {"convert", "convert recordings between formats", runConvert},
         {"show", "show frames as text, from files or live", runShow},
     };
