@@ -16,6 +16,7 @@ const std::vector<Command> &commands()
         {"generate", "send frames that are made up", runGenerate},
         {"convert", "convert recordings between formats", runConvert},
         {"show", "show frames as text, from files or live", runShow},
+        {"statistics", "count frames by channel and identifier; learn and check a baseline", runStatistics},
     };
     return all;
 }
