@@ -1,13 +1,11 @@
-// Puts what the driver has to tell into words for the operation log.
+// Gathers what the driver has to tell for the operation log.
 #pragma once
 
+#include "device/devicetexts.h"
 #include "device/driver/driver.h"
 
 #include <QString>
 #include <QStringList>
-
-// One line in the current language.
-QString noticeText(const DriverNotice &notice);
 
 // Collects lost frames until a burst is over, so that each burst is told once with its whole count.
 class LossReport

@@ -4,6 +4,7 @@
 #include <QString>
 
 enum class ChannelStep;
+struct DriverNotice;
 
 // The warning about a failed step of setting a channel up; empty for None.
 QString stepFailureText(ChannelStep step);
@@ -11,3 +12,5 @@ QString stepFailureText(ChannelStep step);
 QString deviceNotOpenText();
 // "Device information acquisition failed!"
 QString deviceInfoFailedText();
+// What the driver has to tell, in one line.
+QString noticeText(const DriverNotice &notice);

@@ -201,7 +201,7 @@ void Recorder::endFile()
     ended_ += file_.frames();
     if (!complete)
         beginTrouble(path, file_.errorText(), missing);
-    listener_({RecorderEvent::Kind::FileEnded, path, file_.frames(), missing, {}});
+    listener_({RecorderEvent::Kind::FileEnded, path, file_.frames(), missing, {}, file_.losses()});
 }
 
 void Recorder::lose(std::uint64_t count)

@@ -34,6 +34,7 @@ struct RecorderEvent {
     std::uint64_t frames = 0;
     std::uint64_t lost = 0;
     QString reason; // of trouble, as the system has it
+    std::vector<TraceLoss> losses = {}; // of an ended file: what its format could not hold
 };
 
 class Recorder

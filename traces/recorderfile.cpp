@@ -53,6 +53,7 @@ bool RecorderFile::finish()
     const bool complete = flush() && writer_->finish();
     if (!complete)
         errorText_ = writer_->errorText();
+    losses_ = writer_->losses();
     frames_ = safeFrames_;
     abandon();
     return complete;

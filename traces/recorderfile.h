@@ -29,6 +29,8 @@ public:
     // What the file will have at least, what is not written yet estimated.
     std::uint64_t bytes() const;
     QString errorText() const { return errorText_; }
+    // What the format of a finished file could not hold.
+    const std::vector<TraceLoss> &losses() const { return losses_; }
 
 private:
     QFile file_;
@@ -36,4 +38,5 @@ private:
     std::uint64_t frames_ = 0;
     std::uint64_t safeFrames_ = 0;
     QString errorText_;
+    std::vector<TraceLoss> losses_;
 };

@@ -96,3 +96,9 @@ QString traceFormatText(TraceFormat format)
     const TraceFormatEntry *entry = find(format);
     return entry ? QLatin1String(entry->name) : QString();
 }
+
+QString traceFormatEnding(TraceFormat format)
+{
+    const TraceFormatEntry *entry = find(format);
+    return entry ? QLatin1String(entry->ending) : QString();
+}

@@ -44,3 +44,5 @@ std::unique_ptr<TraceWriter> createTrace(QIODevice *device, TraceFormat format, 
 std::optional<TraceFormat> traceFormatOfName(const QString &fileName);
 std::optional<TraceFormat> traceFormatFromText(const QString &text);
 QString traceFormatText(TraceFormat format);
+// Of file names, without the dot.
+QString traceFormatEnding(TraceFormat format);

@@ -1,0 +1,171 @@
+#include "cli/arguments.h"
+#include "cli/commands.h"
+#include "cli/databases.h"
+#include "cli/frameselection.h"
+#include "cli/inputfiles.h"
+#include "cli/messages.h"
+#include "cli/platform.h"
+#include "cli/progress.h"
+#include "cli/traceinput.h"
+#include "cli/traceoutput.h"
+#include "cli/valuetexts.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <atomic>
+
+namespace
+{
+
+constexpr int kBatch = 512;
+
+struct Conversion {
+    QString input;
+    QString output;
+};
+
+struct ConversionPlan {
+    std::vector<Conversion> files;
+    std::optional<TraceFormat> inputFormat;
+    TraceFormat format = TraceFormat::Candump;
+    std::optional<std::int64_t> start;
+    bool nanoseconds = false;
+    bool relativeTimes = false;
+    FrameSelection selection;
+};
+
+void addOptions(Arguments &arguments)
+{
+    addInputOptions(arguments, true);
+    arguments.add("f format", "The format to write; without it the output's name tells.", "FORMAT");
+    arguments.add("into", "Write a file for each input, of the same name but the ending, into this folder.", "FOLDER");
+    arguments.add("times",
+                  "How times are written where a format has both: absolute (with the date; the default) or relative.",
+                  "KIND");
+    arguments.add("start",
+                  "The recording's start, where the input has none: 2026-11-21T10:00:00Z or seconds since 1970.",
+                  "TIME");
+    arguments.add("nanoseconds", "Nine decimals instead of six, in candump logs and ASC.");
+    FrameSelection::addOptions(arguments);
+    Databases::addOptions(arguments);
+}
+
+// Where each input goes: into a folder, or the one input to the one output.
+void readFiles(Arguments &arguments, std::optional<TraceFormat> format, ConversionPlan *plan)
+{
+    QStringList operands = arguments.operands();
+    if (arguments.isSet("into")) {
+        const QDir folder(arguments.text("into"));
+        if (!format)
+            arguments.wrong(QStringLiteral("--into needs --format"));
+        if (!folder.exists())
+            arguments.wrongValue("into", QStringLiteral("is no folder"));
+        if (operands.isEmpty())
+            arguments.wrong(QStringLiteral("there is no input"));
+        const QString ending = format ? QLatin1Char('.') + traceFormatEnding(*format) : QString();
+        QStringList outputs;
+        for (const QString &input : operands) {
+            const QString name = QFileInfo(input).completeBaseName() + ending;
+            if (outputs.contains(name))
+                arguments.wrong(QStringLiteral("two inputs would be written to ") + name);
+            outputs.append(name);
+            plan->files.push_back({input, folder.filePath(name)});
+        }
+    } else if (operands.size() == 2) {
+        plan->files.push_back({operands[0], operands[1]});
+        if (!format)
+            format = traceFormatOfName(operands[1]);
+        if (!format)
+            arguments.wrong(QStringLiteral("the output's name does not tell its format; give --format"));
+    } else {
+        arguments.wrong(QStringLiteral("give one input and one output, or --into FOLDER and inputs"));
+    }
+    plan->format = format.value_or(TraceFormat::Candump);
+    for (const Conversion &file : plan->files) {
+        const QString canonical = QFileInfo(file.output).canonicalFilePath();
+        if (!canonical.isEmpty() && QFileInfo(canonical).isFile() &&
+            canonical == QFileInfo(file.input).canonicalFilePath())
+            arguments.wrong(file.output + QStringLiteral(" is the input as well"));
+    }
+}
+
+void readPlan(Arguments &arguments, const Databases &databases, ConversionPlan *plan)
+{
+    plan->inputFormat = inputFormat(arguments);
+    readFiles(arguments, formatOption(arguments, "format"), plan);
+    plan->nanoseconds = arguments.isSet("nanoseconds");
+    if (arguments.isSet("times")) {
+        plan->relativeTimes = arguments.text("times") == QLatin1String("relative");
+        if (!plan->relativeTimes && arguments.text("times") != QLatin1String("absolute"))
+            arguments.wrongValue("times", QStringLiteral("is neither absolute nor relative"));
+    }
+    if (arguments.isSet("start")) {
+        plan->start = utcFromText(arguments.text("start"));
+        if (!plan->start)
+            arguments.wrongValue("start", QStringLiteral("is no time"));
+    }
+    plan->selection.read(arguments, databases.isEmpty() ? nullptr : &databases);
+}
+
+// One input to one output; false when anything was lost.
+bool convertOne(const ConversionPlan &plan, const Conversion &file, Progress *progress)
+{
+    TraceInput input;
+    TraceOutput output;
+    if (!input.open(file.input, plan.inputFormat) || !output.open(file.output, plan.format))
+        return false;
+    std::vector<RawFrame> frames(kBatch);
+    bool begun = false;
+    bool goesOn = true;
+    while (goesOn && !interrupted()) {
+        const int count = input.read(frames.data(), kBatch);
+        if (!begun && (count > 0 || input.atEnd())) {
+            begun = true;
+            const auto start = plan.start ? plan.start : input.reader().startUtc();
+            output.setOptions({start, plan.nanoseconds, plan.relativeTimes});
+        }
+        const int kept = plan.selection.keep(frames.data(), count);
+        goesOn = begun ? output.write(frames.data(), kept) : true;
+        if (goesOn && count < kBatch) {
+            goesOn = !input.atEnd();
+            if (goesOn && begun && input.isLive())
+                goesOn = output.flush();
+        }
+        progress->add(input.newBytes(), static_cast<std::uint64_t>(count));
+    }
+    const bool whole = input.tellTrouble();
+    const bool written = output.finish();
+    if (interrupted())
+        tell(QStringLiteral("interrupted: %1 frames are in ").arg(output.frames()) + output.name());
+    return whole && written && !interrupted();
+}
+
+} // namespace
+
+int runConvert(const QStringList &words)
+{
+    Arguments arguments("convert", "INPUT OUTPUT | --into FOLDER INPUT...",
+                        "Converts recordings between formats. \"-\" is the standard input or output.\n"
+                        "What a format cannot hold is told, and the exit code is 1 then.");
+    addOptions(arguments);
+    if (!arguments.parse(words))
+        return arguments.exitCode();
+    Databases databases;
+    databases.load(arguments);
+    ConversionPlan plan;
+    readPlan(arguments, databases, &plan);
+    const int jobs = jobCount(arguments);
+    if (!arguments.fine())
+        return arguments.exitCode();
+    QStringList inputs;
+    for (const Conversion &file : plan.files)
+        inputs.append(file.input);
+    Progress progress(totalBytes(inputs));
+    std::atomic<bool> lost{false};
+    runSideBySide(static_cast<int>(plan.files.size()), jobs, [&](int index) {
+        if (!convertOne(plan, plan.files[static_cast<std::size_t>(index)], &progress))
+            lost = true;
+    });
+    return lost || interrupted() ? SomethingLost : AllWell;
+}

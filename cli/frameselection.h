@@ -1,0 +1,25 @@
+// Which frames a command works on: the options that choose them, and the choice.
+#pragma once
+
+#include "traces/framefilter.h"
+
+class Arguments;
+
+class FrameSelection
+{
+public:
+    static void addOptions(Arguments &arguments);
+    // signalSource: outlives the selection; null: the filter's condition "signal" is an error.
+    void read(Arguments &arguments, const SignalSource *signalSource);
+
+    bool isEverything() const { return filters_.empty(); }
+    bool matches(const RawFrame &frame) const;
+    // Moves the frames that match to the front; answers how many.
+    int keep(RawFrame *frames, int count) const;
+
+private:
+    void add(Arguments &arguments, const char *option, const QString &condition, int prefix,
+             const SignalSource *signalSource = nullptr);
+
+    std::vector<FrameFilter> filters_; // all of them must match
+};

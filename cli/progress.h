@@ -1,0 +1,29 @@
+// A bar with rate and remaining time on the standard error, when it is a terminal; nothing when it is not.
+#pragma once
+
+#include <QElapsedTimer>
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+
+class Progress
+{
+public:
+    // total: bytes of all inputs; 0: not known, then there is a rate but no bar.
+    explicit Progress(std::uint64_t total);
+    ~Progress(); // takes the bar away
+
+    // So much more has been done. Any thread.
+    void add(std::uint64_t bytes, std::uint64_t frames);
+
+private:
+    void show();
+
+    const std::uint64_t total_;
+    std::atomic<std::uint64_t> bytes_{0};
+    std::atomic<std::uint64_t> frames_{0};
+    QElapsedTimer timer_;
+    std::atomic<std::int64_t> nextShown_;
+    std::mutex showing_;
+};

@@ -1,0 +1,65 @@
+#include "cli/arguments.h"
+#include "cli/commands.h"
+#include "cli/databases.h"
+#include "cli/frameselection.h"
+#include "cli/livetap.h"
+#include "cli/progress.h"
+#include "cli/recordoptions.h"
+#include "cli/recordtarget.h"
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr double kLongestSeconds = 1e9;
+
+} // namespace
+
+int runRecord(const QStringList &words)
+{
+    Arguments arguments("record", "OUTPUT",
+                        "Records what the adapter's channels receive and send. \"-\" is the standard output.\n"
+                        "Settings that no option gives are those stored by the window. Ctrl+C ends the recording.");
+    addAdapterOptions(arguments);
+    arguments.add("duration", "End after so many seconds.", "SECONDS");
+    arguments.add("count", "End after so many recorded frames.", "N");
+    addRecordOptions(arguments);
+    FrameSelection::addOptions(arguments);
+    Databases::addOptions(arguments);
+    if (!arguments.parse(words))
+        return arguments.exitCode();
+    const AdapterSetup setup = readAdapterSetup(arguments);
+    const auto seconds = arguments.number("duration", 0, kLongestSeconds);
+    const auto most = arguments.integer("count", 1, INT64_MAX);
+    if (arguments.operands().size() != 1)
+        arguments.wrong(QStringLiteral("give one output"));
+    RecorderSettings settings = readRecordSettings(arguments, arguments.operands().value(0), "format");
+    readRecordRow(arguments, &settings);
+    Databases databases;
+    databases.load(arguments);
+    FrameSelection selection;
+    selection.read(arguments, databases.isEmpty() ? nullptr : &databases);
+    if (!arguments.fine())
+        return arguments.exitCode();
+
+    RecordTarget target(settings);
+    Progress progress(0);
+    bool begun = false;
+    const LiveListener listener = {
+        [&](std::int64_t startUtc) { return begun = target.begin(startUtc); },
+        [&](RawFrame *frames, int count) {
+            int kept = selection.keep(frames, count);
+            const std::uint64_t recorded = target.frames();
+            if (most)
+                kept = static_cast<int>(std::min<std::uint64_t>(static_cast<std::uint64_t>(kept),
+                                                                static_cast<std::uint64_t>(*most) - recorded));
+            progress.add(0, static_cast<std::uint64_t>(count));
+            return target.write(frames, kept) && !(most && target.frames() >= static_cast<std::uint64_t>(*most));
+        },
+        [&](std::uint64_t count) { target.markLost(count); },
+    };
+    const bool heardAll = listenLive(setup, seconds, listener);
+    const bool recordedAll = begun && target.end();
+    return heardAll && recordedAll ? AllWell : SomethingLost;
+}

@@ -1,0 +1,24 @@
+// The standard input as a device: hands over what has come at once, and has nothing for a while rather than waiting
+// without end.
+#pragma once
+
+#include <QIODevice>
+
+class StandardInput : public QIODevice
+{
+    Q_OBJECT
+
+public:
+    bool isSequential() const override { return true; }
+    bool ended() const { return ended_; }
+    // Reading ended because of an error of the system.
+    bool failed() const { return failed_; }
+
+protected:
+    qint64 readData(char *data, qint64 capacity) override;
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    bool ended_ = false;
+    bool failed_ = false;
+};

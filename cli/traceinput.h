@@ -1,0 +1,34 @@
+// One recording to read, a file or the standard input.
+#pragma once
+
+#include "cli/standardinput.h"
+#include "traces/tracereader.h"
+
+#include <QFile>
+
+class TraceInput
+{
+public:
+    // "-": the standard input. Without a format it is found by content. false, and told, when it cannot be read.
+    bool open(const QString &path, std::optional<TraceFormat> format);
+
+    TraceReader &reader() { return *reader_; }
+    // Fills the frames like TraceReader::read().
+    int read(RawFrame *frames, int capacity) { return reader_->read(frames, capacity); }
+    bool atEnd() const { return reader_->atEnd(); }
+    // More may come later: what has been made of it so far is to be handed on at once.
+    bool isLive() const { return device_->isSequential(); }
+    // Bytes taken up since the last call; 0 of the standard input.
+    std::uint64_t newBytes();
+    // Tells damage and parts that are no frames; false when there was any. After the last read().
+    bool tellTrouble() const;
+    QString name() const { return name_; }
+
+private:
+    QString name_;
+    QFile file_;
+    StandardInput standardInput_;
+    QIODevice *device_ = nullptr;
+    std::unique_ptr<TraceReader> reader_;
+    qint64 told_ = 0;
+};
