@@ -6,8 +6,9 @@
 #include "device/language.h"
 #include "device/settingsstore.h"
 #include "dialogs/datadlg.h"
-#include "dialogs/datatext.h"
 #include "frames/sendthread.h"
+#include "transmit/datatext.h"
+#include "transmit/framechecks.h"
 #include "widgets/messages.h"
 #include "widgets/storedfields.h"
 
@@ -20,12 +21,8 @@
 
 namespace
 {
-enum FrameFormat { StandardFormat = 0, ExtendedFormat = 1 };
-enum FrameType { DataFrame = 0, RemoteFrame = 1 };
-enum Protocol { ClassicCan = 0, CanFd = 1, CanFdBitRateSwitch = 2 };
-
 // Length items: 0 to 8 bytes are the first nine, so the item's index is its length.
-constexpr int kLongestClassicItem = 8;
+constexpr int kLongestClassicItem = kLongestClassicFrame;
 
 // Flags of a length item, where the list's model keeps them.
 constexpr int kItemFlagsRole = Qt::UserRole - 1;
@@ -36,9 +33,7 @@ constexpr uint kFramesPerSend = 1;
 // Between endSend and the return of a run lies next to nothing; this is waited out only when something is wrong.
 constexpr unsigned long kRestTimeoutMs = 2000;
 
-constexpr char kIdentifierPattern[] = "^(0[xX])?[0-9a-fA-F]{1,8}$";
 constexpr char kCountPattern[] = "^(-1|[0-9]{1,18})$";
-constexpr char kIntervalPattern[] = "^[0-9]{1,9}$";
 
 void restrictTo(QLineEdit *edit, const char *pattern)
 {
@@ -200,24 +195,10 @@ void SendPanel::send()
 
 bool SendPanel::checkIdentifier(uint *identifier)
 {
-    const bool standard = ui_->FrameTypeCombo->currentIndex() == StandardFormat;
-    // Wide enough that a number with its highest bit set is out of range and not a negative one.
-    const qulonglong number = ui_->SendIDEdit->text().toULongLong(nullptr, 16);
-    if (number < (standard ? kStandardIdLimit : kExtendedIdLimit)) {
-        *identifier = static_cast<uint>(number);
+    const bool extended = ui_->FrameTypeCombo->currentIndex() != StandardFormat;
+    if (identifierFits(ui_->SendIDEdit->text(), extended, identifier))
         return true;
-    }
-    QString text;
-    if (standard)
-        text = text3("发送失败，标准帧ID范围为0~0x7FF！",
-                     channel_ == 0 ? "發送失敗，標準幀ID範圍為0~0x7FF！" : "发送失败，標準幀ID範圍為0~0x7FF！",
-                     "Sending failed, standard frame ID range is 0~0x7FF!");
-    else
-        text =
-            text3("发送失败，扩展帧ID范围为0~0x1FFFFFFF！",
-                  channel_ == 0 ? "發送失敗，擴展幀ID範圍為0~0x1FFFFFFF！" : "发送失败，擴展幀ID範圍為0~0x1FFFFFFF！",
-                  "Sending failed, expanding frame ID range from 0 to 0x1FFFFFFFF!");
-    showWarning(this, warningTitle(), text);
+    showWarning(this, warningTitle(), identifierRangeText(extended, channel_));
     return false;
 }
 

@@ -1,4 +1,4 @@
-#include "dialogs/datatext.h"
+#include "transmit/datatext.h"
 
 #include <QtTest>
 
