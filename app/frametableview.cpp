@@ -1,7 +1,7 @@
 #include "app/frametableview.h"
 
-#include "app/columnmeasures.h"
-#include "app/framecelldelegate.h"
+#include "widgets/columnmeasures.h"
+#include "widgets/framecelldelegate.h"
 #include "app/rowheader.h"
 
 #include <QAccessible>

@@ -64,6 +64,8 @@ public:
     TraceFormat format() const override { return TraceFormat::Asc; }
 
 protected:
+    std::shared_ptr<const TraceState> state() override { return keepValues(base_, relative_, dated_, time_); }
+    void restore(const TraceState &state) override { restoreValues(state, base_, relative_, dated_, time_); }
     LineKind readLine(std::string_view line, RawFrame *frame) override;
     bool completeWithoutEnd(std::string_view line) const override;
 

@@ -251,6 +251,7 @@ bool BlfReader::movePlain()
     if (!source_.fill(1))
         return waitOrEnd(false);
     makeRoom();
+    notePart();
     const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left_, source_.size()));
     objects_.insert(objects_.end(), source_.data(), source_.data() + count);
     source_.consume(count);
@@ -276,6 +277,7 @@ bool BlfReader::gatherPacked()
 bool BlfReader::unpack()
 {
     makeRoom();
+    notePart();
     const std::size_t before = objects_.size();
     objects_.resize(before + unpackedBytes_);
     std::size_t bytes = 0;
@@ -291,7 +293,38 @@ bool BlfReader::unpack()
 void BlfReader::makeRoom()
 {
     objects_.erase(objects_.begin(), objects_.begin() + static_cast<std::ptrdiff_t>(begin_));
+    for (Part &part : parts_)
+        part.begin -= static_cast<std::ptrdiff_t>(begin_);
     begin_ = 0;
+    const auto behind = std::find_if(parts_.begin(), parts_.end(), [](const Part &part) { return part.begin > 0; });
+    if (behind - parts_.begin() > 1)
+        parts_.erase(parts_.begin(), behind - 1);
+}
+
+// What comes next into objects_ is of the container, or the object, at place_.
+void BlfReader::notePart()
+{
+    if (parts_.empty() || parts_.back().place != place_)
+        parts_.push_back({place_, static_cast<std::ptrdiff_t>(objects_.size())});
+}
+
+TraceCheckpoint BlfReader::checkpoint()
+{
+    const auto at = static_cast<std::ptrdiff_t>(begin_);
+    const auto behind = std::find_if(parts_.begin(), parts_.end(), [at](const Part &part) { return part.begin > at; });
+    if (behind == parts_.begin())
+        return {stage_ == Stage::FileHeader ? 0 : source_.offset(), 0, objectNumber_, start_, nullptr};
+    const Part &part = *(behind - 1);
+    return {part.place, static_cast<std::uint64_t>(at - part.begin) + passOver_, objectNumber_, start_, nullptr};
+}
+
+void BlfReader::resume(const TraceCheckpoint &checkpoint)
+{
+    stage_ = Stage::Object;
+    place_ = checkpoint.offset;
+    passOver_ = checkpoint.passOver;
+    objectNumber_ = checkpoint.number;
+    start_ = checkpoint.startUtc;
 }
 
 // Nothing more can be had: now, or ever, and then it matters whether what came is complete. Always false.

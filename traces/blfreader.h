@@ -18,6 +18,8 @@ public:
     bool atEnd() const override { return ended_; }
     std::optional<TraceError> error() const override { return error_; }
     std::uint64_t skipped() const override { return skipped_; }
+    TraceCheckpoint checkpoint() override;
+    void resume(const TraceCheckpoint &checkpoint) override;
 
 private:
     enum class Stage : std::uint8_t { FileHeader, RestOfFileHeader, Object, Plain, Packed, Cut };
@@ -33,8 +35,15 @@ private:
     bool gatherPacked();
     bool unpack();
     void makeRoom();
+    void notePart();
     bool waitOrEnd(bool complete);
     void fail(const QString &reason);
+
+    // A container, or an object outside of them, of which something lies in objects_.
+    struct Part {
+        std::uint64_t place;  // in the file
+        std::ptrdiff_t begin; // in objects_; negative when its first bytes are gone
+    };
 
     ByteSource source_;
     Stage stage_ = Stage::FileHeader;
@@ -44,6 +53,7 @@ private:
     std::vector<std::uint8_t> packed_;
     std::vector<std::uint8_t> objects_; // what the containers held, from begin_ on
     std::size_t begin_ = 0;
+    std::vector<Part> parts_;    // of objects_, the one that begin_ lies in first
     std::uint64_t passOver_ = 0; // bytes of an object of no interest that are still to come
     std::uint64_t objectNumber_ = 0;
     std::uint64_t skipped_ = 0;

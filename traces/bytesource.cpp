@@ -12,11 +12,12 @@ constexpr std::size_t kCapacity = 2 * ByteSource::kLargestFill;
 
 } // namespace
 
-ByteSource::ByteSource(QIODevice *device)
+ByteSource::ByteSource(QIODevice *device, std::uint64_t begun)
     : device_(device),
       sequential_(device->isSequential()),
       zeroIsEnd_(!sequential_ || qobject_cast<QFileDevice *>(device)),
-      buffer_(kCapacity)
+      buffer_(kCapacity),
+      offset_(begun)
 {
 }
 

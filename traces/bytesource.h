@@ -14,12 +14,13 @@ public:
     // The device is open for reading and outlives the source, which reads on from where the device stands. A device
     // that waits until it has all it was asked for (a QFile on a descriptor does, on a FILE * it does not) delays a
     // live pipe.
-    explicit ByteSource(QIODevice *device);
+    // begun: where that is in the recording, bytes.
+    explicit ByteSource(QIODevice *device, std::uint64_t begun = 0);
 
     // What is at hand; valid until the next fill().
     const char *data() const { return buffer_.data() + begin_; }
     std::size_t size() const { return end_ - begin_; }
-    // Where data() lies, in bytes from where reading began.
+    // Where data() lies, in bytes of the recording.
     std::uint64_t offset() const { return offset_; }
 
     // Brings at least so many bytes to hand (at most kLargestFill). false when they cannot be had: ended() and failed()

@@ -23,10 +23,14 @@ public:
     TraceFormat format() const override { return TraceFormat::Candump; }
 
 protected:
+    std::shared_ptr<const TraceState> state() override;
+    void restore(const TraceState &state) override { restoreValues(state, channels_, origin_, begun_); }
     LineKind readLine(std::string_view line, RawFrame *frame) override;
 
 private:
     ChannelNames channels_;
+    std::shared_ptr<const TraceState> kept_;
+    std::size_t keptNames_ = 0;
     std::int64_t origin_ = 0; // on the log's clock
     bool begun_ = false;
 };
@@ -62,6 +66,15 @@ TextTraceReader::LineKind CandumpReader::readLine(std::string_view line, RawFram
     frame->length = parsed.length;
     frame->rawDlc = parsed.rawDlc;
     return LineKind::Frame;
+}
+
+// One for all checkpoints between which no new name came: the rest is settled by the first frame.
+std::shared_ptr<const TraceState> CandumpReader::state()
+{
+    if (!kept_ || keptNames_ != channels_.count())
+        kept_ = keepValues(channels_, origin_, begun_);
+    keptNames_ = channels_.count();
+    return kept_;
 }
 
 class CandumpWriter final : public TextTraceWriter

@@ -19,6 +19,8 @@ public:
     {
         return name == lastName_ && lastChannel_ > 0 ? lastChannel_ : lookUp(name);
     }
+    // Names met so far.
+    std::size_t count() const { return known_.size(); }
 
 private:
     std::uint16_t lookUp(std::string_view name);

@@ -24,6 +24,10 @@ public:
     std::string_view text() const { return text_; }
     // The line's number, from 1; what was met last when next() gave no line.
     std::uint64_t number() const { return number_; }
+    // Where the next line begins, in bytes of the recording.
+    std::uint64_t nextOffset() const { return source_.offset() + taken_; }
+    // So many lines of the recording lie before the source; called before the first next().
+    void setLinesBefore(std::uint64_t lines) { number_ = lines; }
     // The first line began with the mark of UTF-8, which text() leaves out.
     bool marked() const { return marked_; }
     // The device could not be read to its end.

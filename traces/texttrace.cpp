@@ -62,6 +62,20 @@ int TextTraceReader::read(RawFrame *frames, int capacity)
     return count;
 }
 
+TraceCheckpoint TextTraceReader::checkpoint()
+{
+    return {lines_.nextOffset(), 0, lines_.number(), startUtc_, state()};
+}
+
+void TextTraceReader::resume(const TraceCheckpoint &checkpoint)
+{
+    lines_.setLinesBefore(checkpoint.number);
+    startUtc_ = checkpoint.startUtc;
+    understood_ = true;
+    if (checkpoint.state)
+        restore(*checkpoint.state);
+}
+
 int TextTraceReader::take(RawFrame *frame)
 {
     *frame = RawFrame();

@@ -6,6 +6,7 @@
 #include "traces/textsink.h"
 
 #include <algorithm>
+#include <tuple>
 
 constexpr std::uint32_t kStandardIds = 0x7FF;
 constexpr std::uint32_t kExtendedIds = 0x1FFFFFFF;
@@ -65,6 +66,25 @@ private:
     bool finished_ = false;
 };
 
+// The values that a reader of lines keeps from line to line.
+template <typename... Values> class KeptValues : public TraceState
+{
+public:
+    explicit KeptValues(const Values &...values) : values(values...) {}
+    const std::tuple<Values...> values;
+};
+
+template <typename... Values> std::shared_ptr<const TraceState> keepValues(const Values &...values)
+{
+    return std::make_shared<KeptValues<Values...>>(values...);
+}
+
+// state: made by keepValues() of variables of the same types.
+template <typename... Values> void restoreValues(const TraceState &state, Values &...values)
+{
+    std::tie(values...) = static_cast<const KeptValues<Values...> &>(state).values;
+}
+
 // A reader that makes frames of lines.
 class TextTraceReader : public TraceReader
 {
@@ -75,8 +95,14 @@ public:
     bool atEnd() const final { return ended_; }
     std::optional<TraceError> error() const final { return error_; }
     std::uint64_t skipped() const final { return skipped_; }
+    TraceCheckpoint checkpoint() final;
+    void resume(const TraceCheckpoint &checkpoint) final;
 
 protected:
+    // What the format keeps from line to line.
+    virtual std::shared_ptr<const TraceState> state() = 0;
+    virtual void restore(const TraceState &state) = 0;
+
     enum class LineKind : std::uint8_t {
         Frame,
         Other,   // a comment, a statistic, a header

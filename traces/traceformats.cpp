@@ -7,6 +7,8 @@
 #include "traces/pcapngtrace.h"
 #include "traces/trctrace.h"
 
+#include <QIODevice>
+
 #include <algorithm>
 #include <utility>
 
@@ -67,6 +69,20 @@ std::unique_ptr<TraceReader> openTrace(QIODevice *device, TraceFormat format, QS
     if (!entry || !entry->read)
         return fail(error, "recordings of this format cannot be read");
     return entry->read(ByteSource(device));
+}
+
+std::unique_ptr<TraceReader> openTraceAt(QIODevice *device, TraceFormat format, const TraceCheckpoint &checkpoint,
+                                         QString *error)
+{
+    const TraceFormatEntry *entry = find(format);
+    if (!entry || !entry->read)
+        return fail(error, "recordings of this format cannot be read");
+    if (!device->seek(static_cast<qint64>(checkpoint.offset)))
+        return fail(error, "cannot be read from there on");
+    std::unique_ptr<TraceReader> reader = entry->read(ByteSource(device, checkpoint.offset));
+    if (checkpoint.offset > 0 || checkpoint.passOver > 0)
+        reader->resume(checkpoint);
+    return reader;
 }
 
 std::unique_ptr<TraceWriter> createTrace(QIODevice *device, TraceFormat format, const TraceWriterOptions &options)

@@ -19,6 +19,22 @@ struct TraceError {
     QString reason; // what was found there
 };
 
+// What a format has to know to go on in the middle of a recording.
+class TraceState
+{
+public:
+    virtual ~TraceState() = default;
+};
+
+// A place between two frames at which a reader of the same recording can go on.
+struct TraceCheckpoint {
+    std::uint64_t offset = 0;   // bytes of the file before what has to be read
+    std::uint64_t passOver = 0; // of what is unpacked from there on
+    std::uint64_t number = 0;   // lines or objects before it, for the places of errors
+    std::optional<std::int64_t> startUtc;
+    std::shared_ptr<const TraceState> state; // null where the format needs none, or at the file's beginning
+};
+
 class TraceReader
 {
 public:
@@ -35,6 +51,10 @@ public:
     virtual std::optional<TraceError> error() const = 0;
     // Parts that are no frames of a bus and were passed over (comments and statistics do not count).
     virtual std::uint64_t skipped() const = 0;
+    // The place behind the last frame that was read.
+    virtual TraceCheckpoint checkpoint() = 0;
+    // Goes on at a checkpoint instead of the beginning; for openTraceAt().
+    virtual void resume(const TraceCheckpoint &checkpoint) = 0;
 };
 
 // Opens what the device (open for reading, sequential or not; outlives the reader) holds: by content first, by the
@@ -42,3 +62,6 @@ public:
 std::unique_ptr<TraceReader> openTrace(QIODevice *device, const QString &name, QString *error);
 // The same when the format is known (pipes).
 std::unique_ptr<TraceReader> openTrace(QIODevice *device, TraceFormat format, QString *error);
+// Goes on where a reader of the same recording was. Null with *error set when the device cannot be put there.
+std::unique_ptr<TraceReader> openTraceAt(QIODevice *device, TraceFormat format, const TraceCheckpoint &checkpoint,
+                                         QString *error);

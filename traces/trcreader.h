@@ -13,6 +13,8 @@ public:
     TraceFormat format() const override { return TraceFormat::Trc; }
 
 protected:
+    std::shared_ptr<const TraceState> state() override { return keepValues(columns_); }
+    void restore(const TraceState &state) override { restoreValues(state, columns_); }
     LineKind readLine(std::string_view line, RawFrame *frame) override;
     bool completeWithoutEnd(std::string_view line) const override;
 

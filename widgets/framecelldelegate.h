@@ -2,7 +2,7 @@
 // tool tip then has the whole). Identifiers, time stamps and data have a fixed-width face.
 #pragma once
 
-#include "app/asciitext.h"
+#include "widgets/asciitext.h"
 
 #include <QFontMetrics>
 #include <QHash>

@@ -1,4 +1,4 @@
-#include "app/asciitext.h"
+#include "widgets/asciitext.h"
 
 #include <QGlyphRun>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "app/columnmeasures.h"
+#include "widgets/columnmeasures.h"
 
 #include "device/driver/wirerecords.h"
 #include "frames/modelitem.h"

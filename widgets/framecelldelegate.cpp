@@ -1,6 +1,6 @@
-#include "app/framecelldelegate.h"
+#include "widgets/framecelldelegate.h"
 
-#include "app/columnmeasures.h"
+#include "widgets/columnmeasures.h"
 #include "widgets/lightgrid.h"
 
 #include <QAbstractItemView>
