@@ -120,6 +120,7 @@ private slots:
     void simulatedErrorsReachLogAndStatistics()
     {
         const TestFolder folder;
+        setLanguageCode(English);
         SimulatorOptions options;
         options.traffic = SimulatorOptions::Traffic::Off;
         setDriver(std::make_unique<SimulatedDriver>(options));
@@ -135,8 +136,7 @@ private slots:
             loop.start();
             CanTransmitRecord record{};
             record.length = 8;
-            sendCan(0, &record, 1);
-            QTRY_VERIFY(lastBusReport(0).state.controller == ControllerState::ErrorPassive);
+            QTRY_VERIFY(!sendCan(0, &record, 1) && lastBusReport(0).state.controller == ControllerState::ErrorPassive);
             loop.stopAndWait();
             QCoreApplication::processEvents();
         }
@@ -144,7 +144,8 @@ private slots:
         statistics.snapshot(&snapshot);
         QVERIFY(snapshot.channels.at(1).counted(Direction::Received, FrameKind::Error).frames > 0);
         QVERIFY(snapshot.channels.at(1).busyTime() > 0);
-        QVERIFY(lines.join('\n').contains("Channel 1: the controller is error passive (TEC 128, REC 0)"));
+        QVERIFY2(lines.join("\n").contains("Channel 1: the controller is error passive (TEC 128, REC 0)"),
+                 qPrintable(lines.join("\n")));
         QVERIFY(lines.join('\n').contains("no acknowledgement"));
         closeDevice();
         setDriver(nullptr);
