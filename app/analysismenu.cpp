@@ -1,5 +1,6 @@
 #include "app/analysismenu.h"
 
+#include "analysis/recordwindow.h"
 #include "analysis/statisticswindow.h"
 #include "device/language.h"
 
@@ -10,6 +11,7 @@ AnalysisMenu::AnalysisMenu(QMenu *menu, QWidget *window) : QObject(window), menu
 {
     add("actionStatistics", "Ctrl+Shift+S", "总线统计(&S)", "匯流排統計(&S)", "Bus &statistics",
         [this] { open<StatisticsWindow>(); });
+    add("actionRecord", "Ctrl+R", "记录(&R)…", "記錄(&R)…", "&Record…", [this] { open<RecordWindow>(); });
 }
 
 template <typename Window> void AnalysisMenu::open()

@@ -82,6 +82,7 @@ private slots:
         }
         scene.user->closeDevice();
         window->close();
+        QTest::qWait(500); // until the main window has shown what came
         const quint64 before[] = {scene.user->received(), scene.user->transmitted()};
         window->open();
         QVERIFY(scene.user->openEverything());
