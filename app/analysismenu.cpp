@@ -1,11 +1,29 @@
 #include "app/analysismenu.h"
 
+#include "analysis/recordwindow.h"
+#include "analysis/statisticswindow.h"
 #include "device/language.h"
 
 #include <QAction>
 #include <QMenu>
 
-AnalysisMenu::AnalysisMenu(QMenu *menu, QWidget *window) : QObject(window), menu_(menu), window_(window) {}
+AnalysisMenu::AnalysisMenu(QMenu *menu, QWidget *window) : QObject(window), menu_(menu), window_(window)
+{
+    add("actionStatistics", "Ctrl+Shift+S", "总线统计(&S)", "匯流排統計(&S)", "Bus &statistics",
+        [this] { open<StatisticsWindow>(); });
+    add("actionRecord", "Ctrl+R", "记录(&R)…", "記錄(&R)…", "&Record…", [this] { open<RecordWindow>(); });
+}
+
+template <typename Window> void AnalysisMenu::open()
+{
+    auto *shown = window_->findChild<Window *>(QString(), Qt::FindDirectChildrenOnly);
+    if (!shown) {
+        shown = new Window(window_);
+        connect(shown, &Window::log, this, &AnalysisMenu::log);
+    }
+    shown->open();
+}
+
 
 QAction *AnalysisMenu::add(const char *name, const char *key, const char *simplified, const char *traditional,
                            const char *english, const std::function<void()> &open)

@@ -29,6 +29,9 @@ private:
     QAction *add(const char *name, const char *key, const char *simplified, const char *traditional,
                  const char *english, const std::function<void()> &open);
 
+    // The window of this class, made when it is first asked for.
+    template <typename Window> void open();
+
     struct Entry {
         QAction *action;
         const char *simplified;

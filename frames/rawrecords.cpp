@@ -59,7 +59,9 @@ RawFrame toRawFrame(const CanReceiveRecord &record, unsigned channel)
 
 RawFrame toRawFrame(const CanFdReceiveRecord &record, unsigned channel)
 {
-    return received(record, channel);
+    RawFrame frame = received(record, channel);
+    frame.errorStateIndicator = record.errorStateIndicator != 0;
+    return frame;
 }
 
 RawFrame toRawFrame(const CanTransmitRecord &record, unsigned channel, std::int64_t time)

@@ -31,7 +31,11 @@ bool inOrder(std::uint32_t last, std::uint32_t current)
 } // namespace
 
 recvThread::recvThread(uint channel, QObject *parent)
-    : QThread(parent), channel_(channel), waitTime_(kInitialWaitMs), readCapacity_(kLargestRead)
+    : QThread(parent),
+      channel_(channel),
+      waitTime_(kInitialWaitMs),
+      readCapacity_(kLargestRead),
+      busWatch_(channel, [this](const QString &line) { emit log(line); })
 {
     registerFrameTypes();
 }
@@ -72,7 +76,9 @@ void recvThread::run()
     CanReceiveRecord classic[kLargestRead];
     CanFdReceiveRecord fd[kLargestRead];
     quint8 idle = 0;
+    busWatch_.begin();
     while (!stop_ && isChannelOpen(channel_)) {
+        busWatch_.pass();
         if (!pendingFramesHaveRoom()) {
             tellPause();
             msleep(kPollPauseMs);
@@ -93,6 +99,7 @@ void recvThread::run()
         msleep(kPollPauseMs);
     }
     buildBatch(classic, 0);
+    busWatch_.end();
     stop_ = false;
 }
 

@@ -3,6 +3,7 @@
 // stay in the driver.
 #pragma once
 
+#include "frames/buswatch.h"
 #include "frames/modelitem.h"
 #include "traces/rawframe.h"
 
@@ -58,5 +59,6 @@ private:
     std::atomic<std::uint32_t> lastClassicId_{0};
     std::atomic<std::uint32_t> lastFdId_{0};
     std::vector<RawFrame> rawBatch_; // of passTap(); the running thread's
+    BusWatch busWatch_;              // the running thread's
     QElapsedTimer lastPause_;        // since reading last had to pause; the running thread's
 };

@@ -1,5 +1,6 @@
 #include "statistics/channelstatistics.h"
 
+#include "device/driver/busevent.h"
 #include "device/driver/framelength.h"
 
 #include <algorithm>
@@ -12,6 +13,11 @@ constexpr std::uint64_t kNanosecondsPerSecond = 1000000000;
 std::uint64_t timeOnWire(const RawFrame &frame, const BusRates &rates)
 {
     const std::uint32_t dataRate = rates.data == 0 ? rates.arbitration : rates.data;
+    // Of changes of the controller's state, told like error frames, the bus carries nothing.
+    constexpr std::uint32_t kStateOnly = buserror::kController | buserror::kBusOff | buserror::kRestarted |
+                                         buserror::kCounters | buserror::kTransmitTimeout;
+    if (frame.error && frame.id != 0 && (frame.id & ~kStateOnly) == 0)
+        return 0;
     if (frame.error)
         return wireTime({kErrorFrameBits, 0}, rates.arbitration, dataRate);
     FrameOnWire wire;

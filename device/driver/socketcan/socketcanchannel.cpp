@@ -216,6 +216,10 @@ BusReport SocketCanChannel::report(BusQuestion question)
         return report;
     CanInterface now; // asked before the lock is taken: the receiving thread needs it
     const bool told = findCanInterface(interface_.name, &now) && now.index == interface_.index;
+    if (told) {
+        report.arbitrationRate = now.bitRate;
+        report.dataRate = now.dataBitRate;
+    }
     const std::lock_guard<std::mutex> lock(guard_);
     if (told && now.state.controller != ControllerState::Unknown)
         state_.controller = now.state.controller;

@@ -1,0 +1,154 @@
+#include "analysis/channelpanel.h"
+
+#include "analysis/loadcurve.h"
+#include "analysis/plaincell.h"
+#include "analysis/statisticstexts.h"
+#include "device/language.h"
+
+#include <QHeaderView>
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace
+{
+
+// Of one kind, or of all when the row is past them.
+KindCount sum(const ChannelStatistics &statistics, Direction direction, int row, bool ofLastSecond)
+{
+    KindCount all;
+    for (std::size_t kind = 0; kind < kFrameKinds; ++kind) {
+        if (row < static_cast<int>(kFrameKinds) && row != static_cast<int>(kind))
+            continue;
+        const auto of = static_cast<FrameKind>(kind);
+        const KindCount one = ofLastSecond ? statistics.lastSecond(direction, of) : statistics.counted(direction, of);
+        all.frames += one.frames;
+        all.bytes += one.bytes;
+    }
+    return all;
+}
+
+// A label whose text may be wider than its room without widening the window.
+QLabel *makeLabel(const char *name, QWidget *parent)
+{
+    auto *label = new QLabel(parent);
+    label->setObjectName(QLatin1String(name));
+    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+} // namespace
+
+void KindModel::show(const ChannelStatistics &statistics)
+{
+    auto numbers = numbers_;
+    for (int row = 0; row < kRows; ++row) {
+        auto &line = numbers[static_cast<std::size_t>(row)];
+        const KindCount received = sum(statistics, Direction::Received, row, true);
+        const KindCount sent = sum(statistics, Direction::Sent, row, true);
+        line = {received.frames,
+                received.bytes,
+                sent.frames,
+                sent.bytes,
+                sum(statistics, Direction::Received, row, false).frames,
+                sum(statistics, Direction::Sent, row, false).frames};
+    }
+    if (numbers == numbers_)
+        return;
+    numbers_ = numbers;
+    emit dataChanged(index(0, 0), index(kRows - 1, ColumnCount - 1));
+}
+
+void KindModel::setTexts()
+{
+    emit headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
+    emit headerDataChanged(Qt::Vertical, 0, kRows - 1);
+}
+
+QVariant KindModel::data(const QModelIndex &index, int role) const
+{
+    if (role == Qt::DisplayRole)
+        return QString::number(
+            numbers_[static_cast<std::size_t>(index.row())][static_cast<std::size_t>(index.column())]);
+    if (role == Qt::TextAlignmentRole)
+        return int(Qt::AlignRight | Qt::AlignVCenter);
+    return {};
+}
+
+QVariant KindModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (role == Qt::TextAlignmentRole)
+        return int(Qt::AlignVCenter | (orientation == Qt::Horizontal ? Qt::AlignRight : Qt::AlignLeft));
+    if (role != Qt::DisplayRole)
+        return {};
+    if (orientation == Qt::Vertical)
+        return section < static_cast<int>(kFrameKinds) ? kindText(static_cast<FrameKind>(section))
+                                                       : text3("合计", "合計", "All");
+    switch (section) {
+    case RxRate:
+        return text3("接收帧/s", "接收幀/s", "Rx frames/s");
+    case RxBytes:
+        return text3("接收字节/s", "接收位元組/s", "Rx bytes/s");
+    case TxRate:
+        return text3("发送帧/s", "發送幀/s", "Tx frames/s");
+    case TxBytes:
+        return text3("发送字节/s", "發送位元組/s", "Tx bytes/s");
+    case RxTotal:
+        return text3("接收总数", "接收總數", "Rx total");
+    case TxTotal:
+        return text3("发送总数", "發送總數", "Tx total");
+    default:
+        return {};
+    }
+}
+
+ChannelPanel::ChannelPanel(unsigned channel, QWidget *parent)
+    : QGroupBox(parent),
+      channel_(channel),
+      kinds_(new KindModel(this)),
+      load_(makeLabel("loadLabel", this)),
+      state_(makeLabel("stateLabel", this)),
+      table_(new LightGridTable<QTableView>(this)),
+      curve_(new LoadCurve(this))
+{
+    setObjectName(QStringLiteral("channelPanel%1").arg(channel + 1));
+    table_->setObjectName(QStringLiteral("kindTable"));
+    table_->setModel(kinds_);
+    makePlain(*table_);
+    table_->setSelectionMode(QAbstractItemView::NoSelection);
+    table_->setFocusPolicy(Qt::NoFocus);
+    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    table_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    table_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    const int rows = table_->verticalHeader()->defaultSectionSize() * KindModel::kRows;
+    table_->setFixedHeight(table_->horizontalHeader()->sizeHint().height() + rows + 2 * table_->frameWidth());
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(load_);
+    layout->addWidget(state_);
+    layout->addWidget(table_);
+    layout->addWidget(curve_, 1);
+}
+
+void ChannelPanel::show(const ChannelStatistics *statistics, const BusReport &report)
+{
+    static const ChannelStatistics none;
+    const ChannelStatistics &shown = statistics ? *statistics : none;
+    const QString title =
+        text3("通道%1：%2 / %3", "通道%1：%2 / %3", "Channel %1: %2 / %3")
+            .arg(QString::number(channel_ + 1), rateText(shown.rates().arbitration), rateText(shown.rates().data));
+    if (title != this->title())
+        setTitle(title);
+    load_->setText(
+        text3("总线负载：%1  平均%2  峰值%3", "匯流排負載：%1  平均%2  峰值%3", "Bus load: %1  mean %2  peak %3")
+            .arg(percentText(shown.loadNow()), percentText(shown.loadMean()), percentText(shown.loadPeak())));
+    state_->setText(text3("控制器：%1", "控制器：%1", "Controller: %1").arg(stateText(report.state)));
+    kinds_->show(shown);
+    curve_->setPoints(shown.loadNow() ? shown.loadCurve() : std::vector<float>());
+}
+
+void ChannelPanel::setTexts()
+{
+    kinds_->setTexts();
+    table_->setAccessibleName(text3("按帧类型统计", "按幀類型統計", "Frames by kind"));
+    curve_->setAccessibleName(text3("总线负载曲线", "匯流排負載曲線", "Bus load curve"));
+}

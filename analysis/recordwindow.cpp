@@ -1,0 +1,375 @@
+#include "analysis/recordwindow.h"
+
+#include "analysis/liverecording.h"
+#include "analysis/triggeredit.h"
+#include "device/devicelayer.h"
+#include "device/language.h"
+#include "frames/adapterclock.h"
+#include "traces/traceformats.h"
+
+#include <QComboBox>
+#include <QDateTime>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFormLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSettings>
+#include <QSpinBox>
+#include <QStandardPaths>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace
+{
+
+constexpr QSize kDesignSize(640, 460);
+constexpr int kLookMs = 250;
+constexpr std::uint64_t kMegabyte = 1000000;
+constexpr int kSecondsPerMinute = 60;
+constexpr int kMsPerSecond = 1000;
+constexpr std::int64_t kNsPerMs = 1000000;
+constexpr int kLargestMegabytes = 100000;
+constexpr int kLargestMinutes = 7 * 24 * 60;
+constexpr int kMostFiles = 10000;
+constexpr int kMostSeconds = 3600;
+const QString kGroup = QStringLiteral("analysis/record/");
+
+} // namespace
+
+RecordWindow::RecordWindow(QWidget *parent)
+    : AnalysisWindow(QStringLiteral("record"), parent), fields_(new QWidget(this)), timer_(new QTimer(this))
+{
+    arrange();
+    restore();
+    connectFields();
+    showFields();
+    timer_->setInterval(kLookMs);
+    connect(timer_, &QTimer::timeout, this, &RecordWindow::look);
+}
+
+RecordWindow::~RecordWindow() = default;
+
+QSize RecordWindow::designSize() const
+{
+    return kDesignSize;
+}
+
+// --- arrangement --------------------------------------------------------------------------------------------------
+
+void RecordWindow::addRow(QLabel **label, QWidget *field)
+{
+    *label = new QLabel(fields_);
+    (*label)->setBuddy(field);
+    form_->addRow(*label, field);
+}
+
+QSpinBox *RecordWindow::addNumber(QLabel **label, const char *name, int largest)
+{
+    auto *box = new QSpinBox(fields_);
+    box->setObjectName(QLatin1String(name));
+    box->setRange(0, largest);
+    addRow(label, box);
+    return box;
+}
+
+void RecordWindow::arrange()
+{
+    form_ = new QFormLayout(fields_);
+    form_->setContentsMargins(0, 0, 0, 0);
+    form_->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    auto *file = new QWidget(fields_);
+    path_ = new QLineEdit(file);
+    path_->setObjectName(QStringLiteral("pathEdit"));
+    browse_ = new QPushButton(file);
+    browse_->setObjectName(QStringLiteral("browseBtn"));
+    auto *fileRow = new QHBoxLayout(file);
+    fileRow->setContentsMargins(0, 0, 0, 0);
+    fileRow->addWidget(path_, 1);
+    fileRow->addWidget(browse_);
+    file->setFocusProxy(path_);
+    addRow(&pathLabel_, file);
+    format_ = new QComboBox(fields_);
+    format_->setObjectName(QStringLiteral("formatCombo"));
+    for (const TraceFormatEntry &entry : traceFormats())
+        if (entry.write)
+            format_->addItem(QStringLiteral("%1 (*.%2)").arg(QLatin1String(entry.name), QLatin1String(entry.ending)),
+                             QLatin1String(entry.ending));
+    addRow(&formatLabel_, format_);
+    megabytes_ = addNumber(&sizeLabel_, "sizeSpin", kLargestMegabytes);
+    minutes_ = addNumber(&timeLabel_, "timeSpin", kLargestMinutes);
+    keep_ = addNumber(&keepLabel_, "keepSpin", kMostFiles);
+    filter_ = new QLineEdit(fields_);
+    filter_->setObjectName(QStringLiteral("filterEdit"));
+    filter_->setPlaceholderText(QStringLiteral("id 100..1FF and not rx"));
+    addRow(&filterLabel_, filter_);
+    start_ = new TriggerEdit(QStringLiteral("start"), fields_);
+    addRow(&startLabel_, start_);
+    stop_ = new TriggerEdit(QStringLiteral("stop"), fields_);
+    addRow(&stopLabel_, stop_);
+    beforeFrames_ = addNumber(&framesLabel_, "beforeFramesSpin", PreTriggerBuffer::kMostFrames);
+    beforeSeconds_ = addNumber(&secondsLabel_, "beforeSecondsSpin", kMostSeconds);
+
+    hint_ = new QLabel(this);
+    hint_->setObjectName(QStringLiteral("hintLabel"));
+    hint_->setWordWrap(true);
+    hint_->setStyleSheet(QStringLiteral("color: #c00000"));
+    hint_->hide();
+    state_ = new QLabel(this);
+    state_->setObjectName(QStringLiteral("stateLabel"));
+    state_->setWordWrap(true);
+    begin_ = new QPushButton(this);
+    begin_->setObjectName(QStringLiteral("beginBtn"));
+    end_ = new QPushButton(this);
+    end_->setObjectName(QStringLiteral("endBtn"));
+    auto *buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    buttons->addWidget(begin_);
+    buttons->addWidget(end_);
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(fields_);
+    layout->addWidget(hint_);
+    layout->addStretch(1);
+    layout->addWidget(state_);
+    layout->addLayout(buttons);
+}
+
+void RecordWindow::connectFields()
+{
+    connect(browse_, &QPushButton::clicked, this, &RecordWindow::browse);
+    connect(format_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &RecordWindow::followFormat);
+    connect(begin_, &QPushButton::clicked, this, &RecordWindow::begin);
+    connect(end_, &QPushButton::clicked, this, &RecordWindow::end);
+    connect(start_, &TriggerEdit::changed, this, &RecordWindow::showFields);
+    connect(filter_, &QLineEdit::textChanged, hint_, &QLabel::hide);
+}
+
+void RecordWindow::retranslate()
+{
+    setWindowTitle(text3("记录", "記錄", "Record"));
+    pathLabel_->setText(text3("文件(&F)：", "檔案(&F)：", "&File:"));
+    browse_->setText(text3("浏览(&B)…", "瀏覽(&B)…", "&Browse…"));
+    formatLabel_->setText(text3("格式(&M)：", "格式(&M)：", "For&mat:"));
+    sizeLabel_->setText(text3("满多少换文件(&S)：", "滿多少換檔案(&S)：", "New file by &size:"));
+    timeLabel_->setText(text3("隔多久换文件(&T)：", "隔多久換檔案(&T)：", "New file by &time:"));
+    keepLabel_->setText(text3("保留最新的(&K)：", "保留最新的(&K)：", "&Keep the newest:"));
+    filterLabel_->setText(text3("过滤(&I)：", "篩選(&I)：", "F&ilter:"));
+    startLabel_->setText(text3("开始条件(&A)：", "開始條件(&A)：", "St&arts with:"));
+    stopLabel_->setText(text3("结束条件(&O)：", "結束條件(&O)：", "St&ops with:"));
+    framesLabel_->setText(text3("开始之前的帧(&P)：", "開始之前的幀(&P)：", "Frames before the sta&rt:"));
+    secondsLabel_->setText(text3("开始之前的时间(&D)：", "開始之前的時間(&D)：", "Time before the start (&d):"));
+    const QString off = text3("不限", "不限", "no limit");
+    megabytes_->setSpecialValueText(off);
+    megabytes_->setSuffix(QStringLiteral(" MB"));
+    minutes_->setSpecialValueText(off);
+    minutes_->setSuffix(text3(" 分钟", " 分鐘", " min"));
+    keep_->setSpecialValueText(text3("全部", "全部", "all"));
+    keep_->setSuffix(text3(" 个文件", " 個檔案", " files"));
+    beforeFrames_->setSpecialValueText(off);
+    beforeSeconds_->setSpecialValueText(off);
+    beforeSeconds_->setSuffix(QStringLiteral(" s"));
+    start_->setTexts(text3("立即", "立即", "at once"));
+    stop_->setTexts(text3("按“停止”", "按「停止」", "the Stop button"));
+    begin_->setText(text3("开始(&G)", "開始(&G)", "Be&gin"));
+    end_->setText(text3("停止(&E)", "停止(&E)", "Stop (&e)"));
+    showState();
+}
+
+void RecordWindow::showFields()
+{
+    const bool triggered = start_->findChild<QComboBox *>()->currentIndex() > 0;
+    beforeFrames_->setEnabled(triggered);
+    beforeSeconds_->setEnabled(triggered);
+    fields_->setEnabled(!isRunning());
+    begin_->setEnabled(!isRunning());
+    end_->setEnabled(isRunning());
+    showState();
+}
+
+void RecordWindow::keyPressEvent(QKeyEvent *event)
+{
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    auto *button = qobject_cast<QPushButton *>(focusWidget());
+    if (enter && button && button->isEnabled())
+        button->click();
+    else
+        AnalysisWindow::keyPressEvent(event);
+}
+
+// --- settings -----------------------------------------------------------------------------------------------------
+
+void RecordWindow::store() const
+{
+    QSettings settings;
+    settings.setValue(kGroup + QStringLiteral("path"), path_->text());
+    settings.setValue(kGroup + QStringLiteral("format"), format_->currentData());
+    settings.setValue(kGroup + QStringLiteral("filter"), filter_->text());
+    for (const QSpinBox *box : fields_->findChildren<QSpinBox *>())
+        settings.setValue(kGroup + box->objectName(), box->value());
+    start_->store(settings, kGroup + QStringLiteral("start"));
+    stop_->store(settings, kGroup + QStringLiteral("stop"));
+}
+
+void RecordWindow::restore()
+{
+    const QSettings settings;
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    path_->setText(
+        settings.value(kGroup + QStringLiteral("path"), folder + QStringLiteral("/recording.blf")).toString());
+    const int format = format_->findData(settings.value(kGroup + QStringLiteral("format"), QStringLiteral("blf")));
+    format_->setCurrentIndex(qMax(format, 0));
+    filter_->setText(settings.value(kGroup + QStringLiteral("filter")).toString());
+    for (QSpinBox *box : fields_->findChildren<QSpinBox *>())
+        box->setValue(settings.value(kGroup + box->objectName()).toInt());
+    start_->restore(settings, kGroup + QStringLiteral("start"));
+    stop_->restore(settings, kGroup + QStringLiteral("stop"));
+}
+
+void RecordWindow::browse()
+{
+    const QString path = QFileDialog::getSaveFileName(this, text3("记录到", "記錄到", "Record to"), path_->text());
+    if (!path.isEmpty()) {
+        path_->setText(path);
+        followFormat();
+    }
+}
+
+// The name's ending is the format's.
+void RecordWindow::followFormat()
+{
+    const QFileInfo info(path_->text());
+    if (!info.fileName().isEmpty())
+        path_->setText(QDir(info.path()).filePath(info.completeBaseName()) + QLatin1Char('.') +
+                       format_->currentData().toString());
+}
+
+void RecordWindow::refuse(QWidget *field, const QString &reason)
+{
+    hint_->setText(reason);
+    hint_->show();
+    field->setFocus();
+}
+
+std::optional<RecorderSettings> RecordWindow::settings()
+{
+    const auto start = start_->triggers();
+    const auto stop = start ? stop_->triggers() : std::nullopt;
+    if (!start || !stop) {
+        hint_->setText(start ? stop_->errorText() : start_->errorText());
+        hint_->show();
+        return std::nullopt;
+    }
+    RecorderSettings settings;
+    settings.path = QDir::fromNativeSeparators(path_->text().trimmed());
+    const std::optional<TraceFormat> format =
+        traceFormatOfName(QStringLiteral("x.") + format_->currentData().toString());
+    if (!format || QFileInfo(settings.path).fileName().isEmpty() ||
+        !QFileInfo(QFileInfo(settings.path).path()).isDir()) {
+        refuse(path_, text3("没有这个文件夹：%1", "沒有這個資料夾：%1", "There is no such folder: %1")
+                          .arg(QDir::toNativeSeparators(QFileInfo(settings.path).path())));
+        return std::nullopt;
+    }
+    settings.format = *format;
+    settings.rotateBytes = static_cast<std::uint64_t>(megabytes_->value()) * kMegabyte;
+    settings.rotateSeconds = minutes_->value() * kSecondsPerMinute;
+    settings.keepFiles = keep_->value();
+    settings.start = *start;
+    settings.stop = *stop;
+    settings.preTriggerFrames = beforeFrames_->value();
+    settings.preTriggerMilliseconds = beforeSeconds_->value() * kMsPerSecond;
+    const std::int64_t now = QDateTime::currentMSecsSinceEpoch() * kNsPerMs;
+    settings.options.startUtc = isDeviceOpen() ? now - adapterNow(0) : now;
+    return settings;
+}
+
+// --- recording ----------------------------------------------------------------------------------------------------
+
+void RecordWindow::begin()
+{
+    hint_->hide();
+    FilterError error;
+    const std::optional<FrameFilter> filter = FrameFilter::parse(filter_->text(), &error);
+    if (!filter) {
+        refuse(filter_, text3("过滤，第%1个字符：%2", "篩選，第%1個字元：%2", "Filter, character %1: %2")
+                            .arg(QString::number(error.position + 1), error.message));
+        filter_->setSelection(error.position, error.length);
+        return;
+    }
+    const std::optional<RecorderSettings> chosen = settings();
+    if (!chosen)
+        return;
+    store();
+    recording_ = std::make_unique<LiveRecording>(*chosen, *filter);
+    timer_->start();
+    showFields();
+    look();
+    end_->setFocus();
+}
+
+void RecordWindow::end()
+{
+    if (!recording_)
+        return;
+    recording_->end();
+    look();
+}
+
+void RecordWindow::look()
+{
+    if (!recording_)
+        return;
+    for (const RecorderEvent &event : recording_->takeEvents())
+        tell(event);
+    showState();
+    if (!recording_->isDone())
+        return;
+    timer_->stop();
+    recording_->end();
+    const std::uint64_t lost = recording_->lostFrames();
+    emit log(text3("记录结束：共%1帧，丢失%2帧", "記錄結束：共%1幀，丟失%2幀", "Recording ended: %1 frames, %2 lost")
+                 .arg(recording_->recordedFrames())
+                 .arg(lost));
+    recording_.reset();
+    showFields();
+    begin_->setFocus();
+}
+
+void RecordWindow::tell(const RecorderEvent &event)
+{
+    const QString path = QDir::toNativeSeparators(event.path);
+    switch (event.kind) {
+    case RecorderEvent::Kind::FileBegun:
+        emit log(text3("记录文件开始：%1", "記錄檔案開始：%1", "Recording to %1").arg(path));
+        break;
+    case RecorderEvent::Kind::FileEnded:
+        emit log(text3("记录文件完成：%1，%2帧", "記錄檔案完成：%1，%2幀", "Recorded: %1, %2 frames")
+                     .arg(path, QString::number(event.frames)));
+        break;
+    case RecorderEvent::Kind::Trouble:
+        emit log(text3("记录受阻：%1：%2，数据可能丢失", "記錄受阻：%1：%2，資料可能遺失",
+                       "Recording is in trouble: %1: %2; frames are being lost")
+                     .arg(path, event.reason));
+        break;
+    case RecorderEvent::Kind::Recovered:
+        emit log(text3("记录恢复：%1，丢失%2帧", "記錄恢復：%1，丟失%2幀", "Recording goes on: %1, %2 frames were lost")
+                     .arg(path, QString::number(event.lost)));
+        break;
+    }
+}
+
+void RecordWindow::showState()
+{
+    if (!recording_) {
+        state_->setText(text3("未在记录", "未在記錄", "Not recording"));
+        return;
+    }
+    const QString what = recording_->isRecording() ? text3("正在记录", "正在記錄", "Recording")
+                                                   : text3("等待开始条件", "等待開始條件", "Waiting for the start");
+    state_->setText(text3("%1：%2帧，丢失%3帧", "%1：%2幀，丟失%3幀", "%1: %2 frames, %3 lost")
+                        .arg(what)
+                        .arg(recording_->recordedFrames())
+                        .arg(recording_->lostFrames()));
+}

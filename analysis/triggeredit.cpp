@@ -1,0 +1,150 @@
+#include "analysis/triggeredit.h"
+
+#include "device/language.h"
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QRegularExpression>
+#include <QSettings>
+
+namespace
+{
+
+constexpr int kHex = 16;
+constexpr std::uint32_t kMaxStandardId = 0x7FF;
+constexpr std::uint32_t kMaxExtendedId = 0x1FFFFFFF;
+constexpr int kMostBytes = 64;
+
+} // namespace
+
+TriggerEdit::TriggerEdit(const QString &name, QWidget *parent)
+    : QWidget(parent), kind_(new QComboBox(this)), ids_(new QLineEdit(this)), mask_(new QLineEdit(this))
+{
+    kind_->setObjectName(name + QStringLiteral("Kind"));
+    ids_->setObjectName(name + QStringLiteral("Ids"));
+    mask_->setObjectName(name + QStringLiteral("Mask"));
+    for (int i = None; i <= LostFrames; ++i)
+        kind_->addItem(QString());
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(kind_);
+    row->addWidget(ids_, 1);
+    row->addWidget(mask_, 2);
+    setFocusProxy(kind_);
+    connect(kind_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this] {
+        showFields();
+        emit changed();
+    });
+    showFields();
+}
+
+void TriggerEdit::showFields()
+{
+    const int kind = kind_->currentIndex();
+    ids_->setEnabled(kind == Identifiers || kind == Data);
+    mask_->setEnabled(kind == Data);
+}
+
+void TriggerEdit::setTexts(const QString &nothing)
+{
+    kind_->setItemText(None, nothing);
+    kind_->setItemText(Identifiers, text3("ID范围", "ID範圍", "Identifiers"));
+    kind_->setItemText(Data, text3("ID和数据", "ID和資料", "Identifiers and data"));
+    kind_->setItemText(ErrorFrame, text3("错误帧", "錯誤幀", "Error frame"));
+    kind_->setItemText(LostFrames, text3("丢帧", "丟幀", "Lost frames"));
+    ids_->setPlaceholderText(text3("100..1FF", "100..1FF", "100..1FF"));
+    mask_->setPlaceholderText(text3("02 ?? 7F（?为任意）", "02 ?? 7F（?為任意）", "02 ?? 7F (? any digit)"));
+    ids_->setAccessibleName(text3("ID范围", "ID範圍", "Range of identifiers"));
+    mask_->setAccessibleName(text3("数据", "資料", "Data"));
+}
+
+bool TriggerEdit::refuse(QLineEdit *field, const QString &reason)
+{
+    errorText_ = reason;
+    field->setFocus();
+    field->selectAll();
+    return false;
+}
+
+// "123", "100..1FF"; more than three digits, or a number above the standard ones, means extended identifiers.
+bool TriggerEdit::readIds(RecorderTrigger &trigger)
+{
+    static const QRegularExpression pattern(
+        QStringLiteral("^\\s*(?:0x)?([0-9a-f]{1,8})\\s*(?:(?:\\.\\.|-)\\s*(?:0x)?([0-9a-f]{1,8}))?\\s*$"),
+        QRegularExpression::CaseInsensitiveOption);
+    if (ids_->text().trimmed().isEmpty() && kind_->currentIndex() == Data)
+        return true; // any
+    const QRegularExpressionMatch match = pattern.match(ids_->text());
+    const QString first = match.captured(1);
+    const QString last = match.captured(2).isEmpty() ? first : match.captured(2);
+    trigger.firstId = first.toUInt(nullptr, kHex);
+    trigger.lastId = last.toUInt(nullptr, kHex);
+    if (!match.hasMatch() || trigger.firstId > trigger.lastId || trigger.lastId > kMaxExtendedId)
+        return refuse(ids_, text3("ID范围应如100..1FF：%1", "ID範圍應如100..1FF：%1",
+                                  "A range of identifiers looks like 100..1FF: %1")
+                                .arg(ids_->text()));
+    constexpr int kStandardDigits = 3;
+    trigger.extended = last.size() > kStandardDigits || trigger.lastId > kMaxStandardId;
+    return true;
+}
+
+// "02 ?? 7F": what each half of a byte has to be.
+bool TriggerEdit::readMask(RecorderTrigger &trigger)
+{
+    static const QRegularExpression pattern(QStringLiteral("^(?:[0-9a-f?]{2})+$"),
+                                            QRegularExpression::CaseInsensitiveOption);
+    QString digits = mask_->text();
+    digits.remove(QLatin1Char(' '));
+    if (!pattern.match(digits).hasMatch() || digits.size() > 2 * kMostBytes)
+        return refuse(
+            mask_,
+            text3("数据应如02 ?? 7F：%1", "資料應如02 ?? 7F：%1", "Data look like 02 ?? 7F: %1").arg(mask_->text()));
+    QString mask = digits;
+    for (QChar &digit : mask)
+        digit = digit == QLatin1Char('?') ? QLatin1Char('0') : QLatin1Char('F');
+    trigger.mask = QByteArray::fromHex(mask.toLatin1());
+    trigger.value = QByteArray::fromHex(digits.replace(QLatin1Char('?'), QLatin1Char('0')).toLatin1());
+    return true;
+}
+
+std::optional<std::vector<RecorderTrigger>> TriggerEdit::triggers()
+{
+    RecorderTrigger trigger;
+    switch (kind_->currentIndex()) {
+    case Identifiers:
+        trigger.kind = RecorderTrigger::Kind::Identifier;
+        if (!readIds(trigger))
+            return std::nullopt;
+        break;
+    case Data:
+        trigger.kind = RecorderTrigger::Kind::Data;
+        if (!readIds(trigger) || !readMask(trigger))
+            return std::nullopt;
+        break;
+    case ErrorFrame:
+        trigger.kind = RecorderTrigger::Kind::ErrorFrame;
+        break;
+    case LostFrames:
+        trigger.kind = RecorderTrigger::Kind::LostFrames;
+        break;
+    default:
+        return std::vector<RecorderTrigger>();
+    }
+    return std::vector<RecorderTrigger>{trigger};
+}
+
+void TriggerEdit::store(QSettings &settings, const QString &key) const
+{
+    settings.setValue(key, QStringList{QString::number(kind_->currentIndex()), ids_->text(), mask_->text()});
+}
+
+void TriggerEdit::restore(const QSettings &settings, const QString &key)
+{
+    const QStringList stored = settings.value(key).toStringList();
+    if (stored.size() != 3)
+        return;
+    kind_->setCurrentIndex(qBound<int>(None, stored[0].toInt(), LostFrames));
+    ids_->setText(stored[1]);
+    mask_->setText(stored[2]);
+}
