@@ -57,7 +57,8 @@ public:
     }
     void put(const void *bytes, std::size_t count)
     {
-        std::memcpy(bytes_ + size_, bytes, count);
+        if (count > 0)
+            std::memcpy(bytes_ + size_, bytes, count);
         size_ += count;
         while (size_ % 4 != 0)
             bytes_[size_++] = 0;
