@@ -6,6 +6,7 @@
 #include "cli/messages.h"
 #include "cli/platform.h"
 #include "cli/progress.h"
+#include "cli/signaltable.h"
 #include "cli/traceinput.h"
 #include "cli/traceoutput.h"
 #include "cli/valuetexts.h"
@@ -33,6 +34,8 @@ struct ConversionPlan {
     bool nanoseconds = false;
     bool relativeTimes = false;
     FrameSelection selection;
+    Databases databases;
+    SignalColumns columns; // not empty: a table of signals is written, whatever the format
 };
 
 void addOptions(Arguments &arguments)
@@ -49,6 +52,10 @@ void addOptions(Arguments &arguments)
     arguments.add("nanoseconds", "Nine decimals instead of six, in candump logs and ASC.");
     FrameSelection::addOptions(arguments);
     Databases::addOptions(arguments);
+    arguments.add("signals",
+                  "With --dbc and to .csv: a column for each of these signals, a row for each frame that carries one; "
+                  "\"all\" or names: Speed,Engine.Speed,Engine.",
+                  "LIST");
 }
 
 // Where each input goes: into a folder, or the one input to the one output.
@@ -90,8 +97,9 @@ void readFiles(Arguments &arguments, std::optional<TraceFormat> format, Conversi
     }
 }
 
-void readPlan(Arguments &arguments, const Databases &databases, ConversionPlan *plan)
+void readPlan(Arguments &arguments, ConversionPlan *plan)
 {
+    plan->databases.load(arguments);
     plan->inputFormat = inputFormat(arguments);
     readFiles(arguments, formatOption(arguments, "format"), plan);
     plan->nanoseconds = arguments.isSet("nanoseconds");
@@ -105,15 +113,51 @@ void readPlan(Arguments &arguments, const Databases &databases, ConversionPlan *
         if (!plan->start)
             arguments.wrongValue("start", QStringLiteral("is no time"));
     }
-    plan->selection.read(arguments, databases.isEmpty() ? nullptr : &databases);
+    plan->selection.read(arguments, plan->databases.isEmpty() ? nullptr : &plan->databases);
+    if (arguments.isSet("signals")) {
+        plan->columns.choose(arguments, arguments.text("signals"), plan->databases);
+        if (plan->format != TraceFormat::Csv)
+            arguments.wrong(QStringLiteral("--signals writes csv; name the output so or give --format csv"));
+    }
 }
+
+// What the frames of one input are written to: a recording, or a table of signals.
+class Destination
+{
+public:
+    explicit Destination(const ConversionPlan &plan) : plan_(plan)
+    {
+        if (!plan.columns.isEmpty())
+            table_.emplace(plan.columns, plan.databases);
+    }
+    bool open(const QString &path) { return table_ ? table_->open(path) : recording_.open(path, plan_.format); }
+    // Before the first write().
+    void begin(std::optional<std::int64_t> start)
+    {
+        tableStart_ = plan_.relativeTimes ? 0 : start.value_or(0);
+        recording_.setOptions({start, plan_.nanoseconds, plan_.relativeTimes});
+    }
+    bool write(const RawFrame *frames, int count)
+    {
+        return table_ ? table_->write(frames, count, tableStart_) : recording_.write(frames, count);
+    }
+    bool flush() { return table_ ? table_->flush() : recording_.flush(); }
+    bool finish() { return table_ ? table_->flush() : recording_.finish(); }
+    std::uint64_t rows() const { return table_ ? table_->rows() : recording_.frames(); }
+
+private:
+    const ConversionPlan &plan_;
+    std::optional<SignalTable> table_;
+    std::int64_t tableStart_ = 0;
+    TraceOutput recording_;
+};
 
 // One input to one output; false when anything was lost.
 bool convertOne(const ConversionPlan &plan, const Conversion &file, Progress *progress)
 {
     TraceInput input;
-    TraceOutput output;
-    if (!input.open(file.input, plan.inputFormat) || !output.open(file.output, plan.format))
+    Destination output(plan);
+    if (!input.open(file.input, plan.inputFormat) || !output.open(file.output))
         return false;
     std::vector<RawFrame> frames(kBatch);
     bool begun = false;
@@ -122,8 +166,7 @@ bool convertOne(const ConversionPlan &plan, const Conversion &file, Progress *pr
         const int count = input.read(frames.data(), kBatch);
         if (!begun && (count > 0 || input.atEnd())) {
             begun = true;
-            const auto start = plan.start ? plan.start : input.reader().startUtc();
-            output.setOptions({start, plan.nanoseconds, plan.relativeTimes});
+            output.begin(plan.start ? plan.start : input.reader().startUtc());
         }
         const int kept = plan.selection.keep(frames.data(), count);
         goesOn = begun ? output.write(frames.data(), kept) : true;
@@ -137,7 +180,7 @@ bool convertOne(const ConversionPlan &plan, const Conversion &file, Progress *pr
     const bool whole = input.tellTrouble();
     const bool written = output.finish();
     if (interrupted())
-        tell(QStringLiteral("interrupted: %1 frames are in ").arg(output.frames()) + output.name());
+        tell(QStringLiteral("interrupted: %1 frames are in ").arg(output.rows()) + file.output);
     return whole && written && !interrupted();
 }
 
@@ -151,10 +194,8 @@ int runConvert(const QStringList &words)
     addOptions(arguments);
     if (!arguments.parse(words))
         return arguments.exitCode();
-    Databases databases;
-    databases.load(arguments);
     ConversionPlan plan;
-    readPlan(arguments, databases, &plan);
+    readPlan(arguments, &plan);
     const int jobs = jobCount(arguments);
     if (!arguments.fine())
         return arguments.exitCode();

@@ -3,6 +3,23 @@
 #include "cli/messages.h"
 #include "cli/traceoutput.h"
 
+QString TextOutput::name() const
+{
+    return file_.fileName().isEmpty() ? QStringLiteral("standard output") : file_.fileName();
+}
+
+bool TextOutput::open(const QString &path)
+{
+    const bool standard = path == QLatin1String("-");
+    if (!standard)
+        file_.setFileName(path);
+    failed_ = !(standard ? openStandardOutput(&file_)
+                         : file_.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered));
+    if (failed_)
+        tell(name() + QStringLiteral(": ") + file_.errorString());
+    return !failed_;
+}
+
 bool TextOutput::flush()
 {
     if (failed_ || text_.empty())
@@ -12,7 +29,7 @@ bool TextOutput::flush()
     const auto size = static_cast<qint64>(text_.size());
     failed_ = file_.write(text_.data(), size) != size;
     if (failed_)
-        tell(QStringLiteral("standard output cannot be written: ") + file_.errorString());
+        tell(name() + QStringLiteral(" cannot be written: ") + file_.errorString());
     text_.clear();
     return !failed_;
 }

@@ -1,4 +1,4 @@
-// Text for the standard output, gathered and handed over in large pieces.
+// Text for the standard output or a file, gathered and handed over in large pieces.
 #pragma once
 
 #include <QFile>
@@ -8,6 +8,9 @@
 class TextOutput
 {
 public:
+    // "-": the standard output, which is also where text goes without a call. false, and told, when it cannot be
+    // opened.
+    bool open(const QString &path);
     // What is gathered; append to it.
     std::string *text() { return &text_; }
     // Hands over what has become much; false, and told once, when nobody takes it.
@@ -18,6 +21,8 @@ public:
 
 private:
     static constexpr std::size_t kMuch = 64 * 1024;
+
+    QString name() const;
 
     QFile file_;
     std::string text_;

@@ -102,6 +102,7 @@ private slots:
     void select_data();
     void select();
     void showsJson();
+    void tableOfSignals();
     void endsWith_data();
     void endsWith();
     void livePipe();
@@ -240,6 +241,21 @@ void TestCli::showsJson()
     QVERIFY(!second.contains("message"));
     const QJsonObject third = QJsonDocument::fromJson(lines[2]).object();
     QVERIFY(third["remote"].toBool() && third["length"].toInt() == 4 && third["data"].toString().isEmpty());
+}
+
+void TestCli::tableOfSignals()
+{
+    write(path("two.dbc"), "BU_: A\nBO_ 291 Engine: 8 A\n SG_ Mode M : 0|8@1+ (1,0) [0|0] \"\" A\n"
+                           " SG_ Speed m1 : 8|16@1+ (0.5,0) [0|0] \"rpm\" A\n"
+                           "BO_ 292 Doors: 1 A\n SG_ Open : 0|8@1+ (1,0) [0|0] \"a,b\" A\n");
+    const Ended ended = run(words("convert - - --format csv --signals Doors,Speed --dbc") << path("two.dbc"),
+                            "(1.5) can1 123#01E803\n(1.6) can1 123#02E803\n(1.7) can0 125#\n(2.0) can0 124#07\n");
+    QVERIFY2(ended.code == 0, ended.errors.constData());
+    QCOMPARE(ended.out, QByteArray("time [s],channel,Doors.Open [a,b],Engine.Speed [rpm]\n1.500000,2,,500\n"
+                                   "2.000000,1,7,\n")
+                            .replace("Doors.Open [a,b]", "\"Doors.Open [a,b]\""));
+    const Ended unknown = run(words("convert - - --format csv --signals Nothing --dbc") << path("two.dbc"));
+    QVERIFY2(unknown.code == 2 && unknown.errors.contains("Nothing"), unknown.errors.constData());
 }
 
 void TestCli::endsWith_data()
