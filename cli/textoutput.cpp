@@ -3,6 +3,8 @@
 #include "cli/messages.h"
 #include "cli/traceoutput.h"
 
+#include <cerrno>
+
 QString TextOutput::name() const
 {
     return file_.fileName().isEmpty() ? QStringLiteral("standard output") : file_.fileName();
@@ -27,8 +29,10 @@ bool TextOutput::flush()
     if (!file_.isOpen())
         openStandardOutput(&file_);
     const auto size = static_cast<qint64>(text_.size());
+    errno = 0;
     failed_ = file_.write(text_.data(), size) != size;
-    if (failed_)
+    // A reader that has seen enough goes away; that is no news to the user.
+    if (failed_ && errno != EPIPE)
         tell(name() + QStringLiteral(" cannot be written: ") + file_.errorString());
     text_.clear();
     return !failed_;
