@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QHeaderView>
 #include <QPainter>
 
@@ -61,6 +62,10 @@ void PlainCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
 QFont fixedFont()
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    if (!QFontInfo(font).fixedPitch()) {
+        font = QFont(QStringLiteral("monospace"));
+        font.setStyleHint(QFont::Monospace);
+    }
     const QFont texts = QApplication::font();
     if (texts.pixelSize() > 0)
         font.setPixelSize(texts.pixelSize());

@@ -26,6 +26,7 @@ TriggerEdit::TriggerEdit(const QString &name, QWidget *parent)
     mask_->setObjectName(name + QStringLiteral("Mask"));
     for (int i = None; i <= LostFrames; ++i)
         kind_->addItem(QString());
+    kind_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(kind_);
