@@ -23,6 +23,7 @@
 namespace
 {
 constexpr QSize kWindowSize(1280, 720);
+constexpr QSize kStatisticsSize(1120, 760);
 constexpr int kTrafficMs = 2500;
 constexpr int kSelectedRow = 2;
 constexpr int kBestCompression = 0; // QImage's "quality" of a PNG
@@ -60,6 +61,7 @@ bool takeWindow(const QDir &folder, const PictureLanguage &language)
         return fail("cannot open the simulated adapter");
     user.trigger("actionStatistics");
     auto *statistics = window.findChild<StatisticsWindow *>();
+    statistics->resize(kStatisticsSize);
     user.find<QLineEdit>("ch1SendCountEdit")->setText("20");
     user.click("ch1SendBtn");
     QTest::qWait(kTrafficMs / 2);
