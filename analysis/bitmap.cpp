@@ -13,10 +13,14 @@ namespace
 
 constexpr int kBits = 8;
 constexpr int kBytesInColumn = 16; // further bytes stand beside them
-constexpr int kColumns = static_cast<int>(kRawDataBytes) / kBytesInColumn;
-constexpr int kNumberFields = 3; // room of a byte's number, and of the gap before the next column
+constexpr int kNumberFields = 3;   // room of a byte's number, and of the gap before the next column
 constexpr QRgb kMoved = 0xFFE8A317;
 constexpr QRgb kStill = 0xFFE4E4E4;
+
+int columns(int bytes)
+{
+    return std::max((bytes + kBytesInColumn - 1) / kBytesInColumn, 1);
+}
 
 } // namespace
 
@@ -34,10 +38,13 @@ void BitMap::show(const IdentifierStatistics *entry)
     const std::array<std::uint8_t, kRawDataBytes> moved = entry ? entry->movedBits : decltype(moved_){};
     if (length == length_ && moved == moved_ && data == data_)
         return;
+    const bool anotherSize = columns(length) != columns(length_);
     length_ = length;
     moved_ = moved;
     data_ = data;
     setAccessibleDescription(movedText());
+    if (anotherSize)
+        updateGeometry();
     update();
 }
 
@@ -58,7 +65,7 @@ int BitMap::fieldSize() const
 
 QSize BitMap::sizeHint() const
 {
-    return {fieldSize() * (kBits + kNumberFields) * kColumns, fieldSize() * kBytesInColumn + 1};
+    return {fieldSize() * (kBits + kNumberFields) * columns(length_), fieldSize() * kBytesInColumn + 1};
 }
 
 QRect BitMap::field(int byte, int bit) const

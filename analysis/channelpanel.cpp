@@ -7,10 +7,17 @@
 
 #include <QHeaderView>
 #include <QLabel>
+#include <QStyle>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace
 {
+
+constexpr int kDigits = 7;                     // of a number, its margins included
+constexpr int kNameMargins = 4;                // of a row's name, in margins of the style
+constexpr std::uint16_t kLongestCounter = 888; // as wide as error counters get
 
 // Of one kind, or of all when the row is past them.
 KindCount sum(const ChannelStatistics &statistics, Direction direction, int row, bool ofLastSecond)
@@ -37,6 +44,17 @@ QLabel *makeLabel(const char *name, QWidget *parent)
     return label;
 }
 
+QString loadText(std::optional<double> now, std::optional<double> mean, std::optional<double> peak)
+{
+    return text3("总线负载：%1  平均%2  峰值%3", "匯流排負載：%1  平均%2  峰值%3", "Bus load: %1  mean %2  peak %3")
+        .arg(percentText(now), percentText(mean), percentText(peak));
+}
+
+QString controllerText(const ChannelState &state)
+{
+    return text3("控制器：%1", "控制器：%1", "Controller: %1").arg(stateText(state));
+}
+
 } // namespace
 
 void KindModel::show(const ChannelStatistics &statistics)
@@ -61,8 +79,10 @@ void KindModel::show(const ChannelStatistics &statistics)
 
 void KindModel::setTexts()
 {
+    emit layoutAboutToBeChanged(); // the titles may need other room
     emit headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
     emit headerDataChanged(Qt::Vertical, 0, kRows - 1);
+    emit layoutChanged();
 }
 
 QVariant KindModel::data(const QModelIndex &index, int role) const
@@ -86,13 +106,13 @@ QVariant KindModel::headerData(int section, Qt::Orientation orientation, int rol
                                                        : text3("合计", "合計", "All");
     switch (section) {
     case RxRate:
-        return text3("接收帧/s", "接收幀/s", "Rx frames/s");
+        return text3("接收帧/s", "接收幀/s", "Rx/s");
     case RxBytes:
-        return text3("接收字节/s", "接收位元組/s", "Rx bytes/s");
+        return text3("接收B/s", "接收B/s", "Rx B/s");
     case TxRate:
-        return text3("发送帧/s", "發送幀/s", "Tx frames/s");
+        return text3("发送帧/s", "發送幀/s", "Tx/s");
     case TxBytes:
-        return text3("发送字节/s", "發送位元組/s", "Tx bytes/s");
+        return text3("发送B/s", "發送B/s", "Tx B/s");
     case RxTotal:
         return text3("接收总数", "接收總數", "Rx total");
     case TxTotal:
@@ -118,6 +138,7 @@ ChannelPanel::ChannelPanel(unsigned channel, QWidget *parent)
     table_->setSelectionMode(QAbstractItemView::NoSelection);
     table_->setFocusPolicy(Qt::NoFocus);
     table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    table_->horizontalHeader()->setMinimumSectionSize(1);
     table_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     table_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     const int rows = table_->verticalHeader()->defaultSectionSize() * KindModel::kRows;
@@ -149,6 +170,21 @@ void ChannelPanel::show(const ChannelStatistics *statistics, const BusReport &re
 void ChannelPanel::setTexts()
 {
     kinds_->setTexts();
+    QHeaderView *names = table_->verticalHeader();
+    int room = 0;
+    for (int row = 0; row < KindModel::kRows; ++row)
+        room = std::max(room, names->fontMetrics().horizontalAdvance(
+                                  kinds_->headerData(row, Qt::Vertical, Qt::DisplayRole).toString()));
+    names->setFixedWidth(room + kNameMargins * names->style()->pixelMetric(QStyle::PM_HeaderMargin));
+    // As wide as every column's title and its largest numbers need.
+    const QHeaderView &titles = *table_->horizontalHeader();
+    int widest = table_->fontMetrics().averageCharWidth() * kDigits;
+    for (int column = 0; column < KindModel::ColumnCount; ++column)
+        widest = std::max(widest, titles.sectionSizeHint(column));
+    table_->setMinimumWidth(widest * KindModel::ColumnCount + names->width() + 2 * table_->frameWidth());
+    load_->setMinimumWidth(load_->fontMetrics().horizontalAdvance(loadText(1, 1, 1)));
+    state_->setMinimumWidth(state_->fontMetrics().horizontalAdvance(
+        controllerText({ControllerState::BusOff, true, kLongestCounter, kLongestCounter})));
     table_->setAccessibleName(text3("按帧类型统计", "按幀類型統計", "Frames by kind"));
     curve_->setAccessibleName(text3("总线负载曲线", "匯流排負載曲線", "Bus load curve"));
 }

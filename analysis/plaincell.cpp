@@ -2,8 +2,11 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QHeaderView>
 #include <QPainter>
+
+#include <algorithm>
 
 namespace
 {
@@ -13,16 +16,18 @@ constexpr int kMargin = 3;            // pixels beside a text
 constexpr int kRowRoom = 4;           // pixels that a row is higher than its text
 constexpr QRgb kMark = 0xFFE8A317;
 
-void drawMarks(QPainter &painter, const QRect &room, const QByteArray &marks, int characterWidth)
+// width: of the whole text, in which every character is as wide as every other.
+void drawMarks(QPainter &painter, const QRect &room, const QByteArray &marks, int width)
 {
+    const int characters = std::max(marks.size() * kCharactersPerByte - 1, 1);
     QColor colour(kMark);
     for (int i = 0; i < marks.size(); ++i) {
         const auto strength = static_cast<std::uint8_t>(marks[i]);
-        const int left = room.left() + i * kCharactersPerByte * characterWidth;
+        const int left = room.left() + i * kCharactersPerByte * width / characters;
         if (strength == 0 || left > room.right())
             continue;
         colour.setAlpha(strength);
-        painter.fillRect(QRect(left, room.top(), 2 * characterWidth, room.height()) & room, colour);
+        painter.fillRect(QRect(left, room.top(), 2 * width / characters, room.height()) & room, colour);
     }
 }
 
@@ -41,17 +46,16 @@ void PlainCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
         painter->fillRect(cell, background.value<QColor>());
     const QRect room = cell.adjusted(kMargin, 0, -kMargin, 0);
     const QString text = index.data(Qt::DisplayRole).toString();
+    const int width = option.fontMetrics.horizontalAdvance(text);
     const QByteArray marks = index.data(kMarksRole).toByteArray();
     if (!marks.isEmpty())
-        drawMarks(*painter, room, marks, option.fontMetrics.averageCharWidth());
+        drawMarks(*painter, room, marks, width);
     if (text.isEmpty())
         return;
     painter->setPen(option.palette.color(group, selected ? QPalette::HighlightedText : QPalette::Text));
     const int alignment = index.data(Qt::TextAlignmentRole).toInt();
     painter->drawText(room, alignment | Qt::TextSingleLine,
-                      option.fontMetrics.horizontalAdvance(text) <= room.width()
-                          ? text
-                          : option.fontMetrics.elidedText(text, Qt::ElideRight, room.width()));
+                      width <= room.width() ? text : option.fontMetrics.elidedText(text, Qt::ElideRight, room.width()));
     if ((option.state & QStyle::State_HasFocus) != 0) {
         painter->setPen(QPen(option.palette.color(group, QPalette::Text), 1, Qt::DotLine));
         painter->drawRect(cell.adjusted(0, 0, -1, -1));
@@ -61,6 +65,10 @@ void PlainCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
 QFont fixedFont()
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    if (!QFontInfo(font).fixedPitch()) {
+        font = QFont(QStringLiteral("monospace"));
+        font.setStyleHint(QFont::Monospace);
+    }
     const QFont texts = QApplication::font();
     if (texts.pixelSize() > 0)
         font.setPixelSize(texts.pixelSize());

@@ -96,7 +96,8 @@ void RecordWindow::arrange()
     format_->setObjectName(QStringLiteral("formatCombo"));
     for (const TraceFormatEntry &entry : traceFormats())
         if (entry.write)
-            format_->addItem(QStringLiteral("%1 (*.%2)").arg(QLatin1String(entry.name), QLatin1String(entry.ending)),
+            format_->addItem(QStringLiteral("%1 (*.%2)")
+                                 .arg(QString(QLatin1String(entry.name)).toUpper(), QLatin1String(entry.ending)),
                              QLatin1String(entry.ending));
     addRow(&formatLabel_, format_);
     megabytes_ = addNumber(&sizeLabel_, "sizeSpin", kLargestMegabytes);
@@ -104,7 +105,7 @@ void RecordWindow::arrange()
     keep_ = addNumber(&keepLabel_, "keepSpin", kMostFiles);
     filter_ = new QLineEdit(fields_);
     filter_->setObjectName(QStringLiteral("filterEdit"));
-    filter_->setPlaceholderText(QStringLiteral("id 100..1FF and not rx"));
+    filter_->setPlaceholderText(QStringLiteral("id 100..1FF"));
     addRow(&filterLabel_, filter_);
     start_ = new TriggerEdit(QStringLiteral("start"), fields_);
     addRow(&startLabel_, start_);
@@ -154,27 +155,25 @@ void RecordWindow::retranslate()
     browse_->setText(text3("浏览(&B)…", "瀏覽(&B)…", "&Browse…"));
     formatLabel_->setText(text3("格式(&M)：", "格式(&M)：", "For&mat:"));
     sizeLabel_->setText(text3("满多少换文件(&S)：", "滿多少換檔案(&S)：", "New file by &size:"));
-    timeLabel_->setText(text3("隔多久换文件(&T)：", "隔多久換檔案(&T)：", "New file by &time:"));
-    keepLabel_->setText(text3("保留最新的(&K)：", "保留最新的(&K)：", "&Keep the newest:"));
+    timeLabel_->setText(text3("隔多少分钟换文件(&T)：", "隔多少分鐘換檔案(&T)：", "New file by &time (minutes):"));
+    keepLabel_->setText(text3("保留最新文件数(&K)：", "保留最新檔案數(&K)：", "&Keep the newest files:"));
     filterLabel_->setText(text3("过滤(&I)：", "篩選(&I)：", "F&ilter:"));
     startLabel_->setText(text3("开始条件(&A)：", "開始條件(&A)：", "St&arts with:"));
-    stopLabel_->setText(text3("结束条件(&O)：", "結束條件(&O)：", "St&ops with:"));
-    framesLabel_->setText(text3("开始之前的帧(&P)：", "開始之前的幀(&P)：", "Frames before the sta&rt:"));
-    secondsLabel_->setText(text3("开始之前的时间(&D)：", "開始之前的時間(&D)：", "Time before the start (&d):"));
+    stopLabel_->setText(text3("结束条件(&W)：", "結束條件(&W)：", "Stops &with:"));
+    framesLabel_->setText(text3("开始之前的帧(&R)：", "開始之前的幀(&R)：", "Frames before the sta&rt:"));
+    secondsLabel_->setText(text3("开始之前的时间(&N)：", "開始之前的時間(&N)：", "Seco&nds before the start:"));
     const QString off = text3("不限", "不限", "no limit");
     megabytes_->setSpecialValueText(off);
     megabytes_->setSuffix(QStringLiteral(" MB"));
     minutes_->setSpecialValueText(off);
-    minutes_->setSuffix(text3(" 分钟", " 分鐘", " min"));
     keep_->setSpecialValueText(text3("全部", "全部", "all"));
-    keep_->setSuffix(text3(" 个文件", " 個檔案", " files"));
     beforeFrames_->setSpecialValueText(off);
     beforeSeconds_->setSpecialValueText(off);
     beforeSeconds_->setSuffix(QStringLiteral(" s"));
     start_->setTexts(text3("立即", "立即", "at once"));
     stop_->setTexts(text3("按“停止”", "按「停止」", "the Stop button"));
     begin_->setText(text3("开始(&G)", "開始(&G)", "Be&gin"));
-    end_->setText(text3("停止(&E)", "停止(&E)", "Stop (&e)"));
+    end_->setText(text3("停止(&P)", "停止(&P)", "Sto&p"));
     showState();
 }
 

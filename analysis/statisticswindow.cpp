@@ -22,6 +22,7 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QSaveFile>
+#include <QScrollArea>
 #include <QSettings>
 #include <QShortcut>
 #include <QSpinBox>
@@ -53,14 +54,19 @@ StatisticsWindow::StatisticsWindow(QWidget *parent)
       timer_(new QTimer(this))
 {
     splitter_ = new QSplitter(Qt::Vertical, this);
-    auto *channels = new QWidget(splitter_);
+    auto *channels = new QWidget(this);
     auto *row = new QHBoxLayout(channels);
     row->setContentsMargins(0, 0, 0, 0);
     for (unsigned channel = 0; channel < kChannelCount; ++channel) {
         panels_.push_back(new ChannelPanel(channel, channels));
         row->addWidget(panels_.back());
     }
-    splitter_->addWidget(channels);
+    auto *scroller = new QScrollArea(splitter_); // of a screen that is too small for both
+    scroller->setWidget(channels);
+    scroller->setWidgetResizable(true);
+    scroller->setFrameShape(QFrame::NoFrame);
+    scroller->setFocusPolicy(Qt::NoFocus);
+    splitter_->addWidget(scroller);
     splitter_->addWidget(makeTables());
     splitter_->setStretchFactor(1, 1);
     splitter_->setChildrenCollapsible(false);
@@ -198,6 +204,10 @@ void StatisticsWindow::retranslate()
     model_->setTexts();
     for (ChannelPanel *panel : panels_)
         panel->setTexts();
+    QHeaderView *header = view_->horizontalHeader();
+    for (int column = 0; column < IdentifierModel::ColumnCount; ++column)
+        header->resizeSection(column, std::max(header->sectionSize(column), header->sectionSizeHint(column)));
+    showChannels();
     showStatus();
 }
 
@@ -231,13 +241,18 @@ void StatisticsWindow::refresh()
         return;
     live_.snapshot(&spare_);
     model_->show(spare_);
+    showChannels();
+    showSelected();
+    showStatus();
+}
+
+void StatisticsWindow::showChannels()
+{
     const StatisticsSnapshot &shown = model_->shown();
     for (unsigned channel = 0; channel < panels_.size(); ++channel) {
         const auto found = shown.channels.find(channel + 1);
         panels_[channel]->show(found == shown.channels.end() ? nullptr : &found->second, lastBusReport(channel));
     }
-    showSelected();
-    showStatus();
 }
 
 void StatisticsWindow::showRates()

@@ -50,6 +50,7 @@ private:
     QWidget *makeTables();
     void arrangeColumns();
     void showRates();
+    void showChannels();
     void showSelected();
     void showStatus();
     void copySelected() const;

@@ -26,6 +26,8 @@ TriggerEdit::TriggerEdit(const QString &name, QWidget *parent)
     mask_->setObjectName(name + QStringLiteral("Mask"));
     for (int i = None; i <= LostFrames; ++i)
         kind_->addItem(QString());
+    kind_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    kind_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(kind_);
@@ -53,7 +55,8 @@ void TriggerEdit::setTexts(const QString &nothing)
     kind_->setItemText(Data, text3("ID和数据", "ID和資料", "Identifiers and data"));
     kind_->setItemText(ErrorFrame, text3("错误帧", "錯誤幀", "Error frame"));
     kind_->setItemText(LostFrames, text3("丢帧", "丟幀", "Lost frames"));
-    ids_->setPlaceholderText(text3("100..1FF", "100..1FF", "100..1FF"));
+    kind_->setMinimumWidth(kind_->sizeHint().width() + kind_->fontMetrics().averageCharWidth());
+    ids_->setPlaceholderText(QStringLiteral("100..1FF"));
     mask_->setPlaceholderText(text3("02 ?? 7F（?为任意）", "02 ?? 7F（?為任意）", "02 ?? 7F (? any digit)"));
     ids_->setAccessibleName(text3("ID范围", "ID範圍", "Range of identifiers"));
     mask_->setAccessibleName(text3("数据", "資料", "Data"));

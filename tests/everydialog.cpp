@@ -1,5 +1,7 @@
 #include "everydialog.h"
 
+#include "analysis/recordwindow.h"
+#include "analysis/statisticswindow.h"
 #include "app/mainmenu.h"
 #include "app/mainwindow.h"
 #include "app/siftdialog.h"
@@ -16,6 +18,7 @@
 
 #include <QAction>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 
 namespace
@@ -59,6 +62,23 @@ std::unique_ptr<QWidget> makeCaptureFile()
     dialog->findChild<QLabel *>(QStringLiteral("hintLabel"))->show();
     return dialog;
 }
+
+// A window beside the main one gets its texts when it is opened.
+template <typename Window> std::unique_ptr<QWidget> makeBeside()
+{
+    auto window = std::make_unique<Window>(nullptr);
+    window->open();
+    window->hide();
+    return window;
+}
+
+// The path is nobody's language.
+std::unique_ptr<QWidget> makeRecord()
+{
+    auto window = makeBeside<RecordWindow>();
+    window->findChild<QLineEdit *>(QStringLiteral("pathEdit"))->setText(QStringLiteral("D:/CAN.blf"));
+    return window;
+}
 } // namespace
 
 const QVector<WindowMaker> &everyWindow()
@@ -80,6 +100,8 @@ const QVector<WindowMaker> &everyWindow()
         {"display-filter", makeValueFilter},
         maker<UpdateDlg>("firmware-upgrade", QString("V2.10"), QString()),
         {"firmware-upgrade-running", makeRunningUpgrade},
+        {"statistics", makeBeside<StatisticsWindow>},
+        {"record", makeRecord},
     };
     return windows;
 }

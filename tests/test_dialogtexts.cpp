@@ -46,7 +46,8 @@ bool isOwnChoice(const ShownText &shown)
 QString foreign(const ShownText &shown, unsigned language)
 {
     static const QRegularExpression englishWord(QStringLiteral("[a-z]{3,}"));
-    static const QRegularExpression names(QStringLiteral("Ostrel|Halden-D2.*|[kM]bps|Ctrl|Shift"));
+    static const QRegularExpression names(
+        QStringLiteral("Ostrel|Halden-D2.*|[kM]bps|[kM]bit|Ctrl|Shift|[*N]\\.[a-z]+"));
     static const QRegularExpression han(QStringLiteral("[\\x{4e00}-\\x{9fff}]"));
     static const QRegularExpression chinese(
         QStringLiteral("[\\x{3000}-\\x{303f}\\x{4e00}-\\x{9fff}\\x{ff01}-\\x{ff5e}]"));

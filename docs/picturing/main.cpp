@@ -1,5 +1,7 @@
 // ostrel_pictures FOLDER: pictures of the window with traffic and of every dialog, in English and Simplified Chinese,
 // on the simulated adapter. Ends with 1, and says why, when something does not work.
+#include "analysis/statisticswindow.h"
+#include "analysis/supervision.h"
 #include "app/languageswitcher.h"
 #include "app/mainwindow.h"
 #include "device/devicelayer.h"
@@ -12,13 +14,18 @@
 #include <QApplication>
 #include <QDir>
 #include <QLineEdit>
+#include <QSettings>
+#include <QTableView>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTextStream>
 
 namespace
 {
 constexpr QSize kWindowSize(1280, 720);
+constexpr QSize kStatisticsSize(1120, 760);
 constexpr int kTrafficMs = 2500;
+constexpr int kSelectedRow = 2;
 constexpr int kBestCompression = 0; // QImage's "quality" of a PNG
 
 struct PictureLanguage {
@@ -52,10 +59,17 @@ bool takeWindow(const QDir &folder, const PictureLanguage &language)
     QTest::qWait(100); // the fields of the send panels come a moment after the window
     if (!user.openEverything())
         return fail("cannot open the simulated adapter");
+    user.trigger("actionStatistics");
+    auto *statistics = window.findChild<StatisticsWindow *>();
+    statistics->resize(kStatisticsSize);
     user.find<QLineEdit>("ch1SendCountEdit")->setText("20");
     user.click("ch1SendBtn");
-    QTest::qWait(kTrafficMs);
-    const bool done = take(window, folder, "main-window", language.suffix);
+    QTest::qWait(kTrafficMs / 2);
+    statistics->supervision().learn();
+    statistics->findChild<QTableView *>("identifierTable")->selectRow(kSelectedRow);
+    QTest::qWait(kTrafficMs / 2);
+    const bool done = take(window, folder, "main-window", language.suffix) &&
+                      take(*statistics, folder, "statistics", language.suffix);
     user.closeDevice();
     return done;
 }
@@ -68,7 +82,7 @@ bool takeDialogs(const QDir &folder, const PictureLanguage &language)
     refreshDeviceInfo();
     bool done = true;
     for (const WindowMaker &maker : everyWindow()) {
-        if (maker.name == "main-window" || maker.name.startsWith("value-entry-"))
+        if (maker.name == "main-window" || maker.name == "statistics" || maker.name.startsWith("value-entry-"))
             continue; // taken with traffic; one entry stands for all
         const std::unique_ptr<QWidget> dialog = maker.make();
         dialog->show();
@@ -88,6 +102,8 @@ int main(int argc, char *argv[])
     const QDir folder(argc > 1 ? QFile::decodeName(argv[1]) : QStringLiteral("."));
     if (!folder.mkpath("."))
         return fail("cannot make " + folder.absolutePath()) ? 0 : 1;
+    const QTemporaryDir settings;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
     const TestFolder runtime;
     runtime.copyCatalogues();
     setDriver(makeDriver("simulated"));
