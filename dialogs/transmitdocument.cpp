@@ -3,7 +3,9 @@
 #include "device/apppaths.h"
 #include "transmit/transmitfile.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSettings>
 #include <QUndoCommand>
 
@@ -49,10 +51,12 @@ TransmitDocument::TransmitDocument(QObject *parent) : QObject(parent)
 TransmitDocument::~TransmitDocument()
 {
     undo_.disconnect(this);
-    if (isModified())
+    if (isModified()) {
+        QDir().mkpath(QFileInfo(unsavedPath()).absolutePath());
         writeTransmitFile(unsavedPath(), list());
-    else
+    } else {
         QFile::remove(unsavedPath());
+    }
 }
 
 void TransmitDocument::change(const TransmitList &list)

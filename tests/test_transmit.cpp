@@ -162,7 +162,7 @@ private slots:
         QTest::addColumn<QByteArray>("from");
         QTest::addColumn<QByteArray>("to");
         QTest::addColumn<QString>("error");
-        QTest::newRow("cut") << QByteArray("\n]}") << QByteArray() << "line 3, column";
+        QTest::newRow("cut") << QByteArray("\n]}") << QByteArray() << "line 4, column";
         QTest::newRow("version") << QByteArray("\"version\": 1") << QByteArray("\"version\": 2") << "version";
         QTest::newRow("another format") << QByteArray("ostrel-") << QByteArray("other-") << "no transmit list";
         QTest::newRow("identifier") << QByteArray("\"id\":\"7FF\"") << QByteArray("\"id\":\"800\"")
@@ -356,17 +356,12 @@ private slots:
             record.data[0] = static_cast<std::uint8_t>(i);
             QList<ModelItem> batch;
             appendItem(batch, record, 1);
-            batch[0].idText.prepend("0x");
-            batch[0].dataText.prepend("x| ");
-            batch[0].systemTime =
-                QStringLiteral("%1:59:59.%2").arg(i < 2 ? "23" : "23").arg(100 * i, 3, 10, QChar('0'));
+            batch[0].systemTime = QStringLiteral("23:59:59.%1").arg(100 * i, 3, 10, QChar('0'));
             appendCsvRow(rows, batch[0]);
             if (i == 0) {
                 record.id = 7;
                 batch.clear();
                 appendItem(batch, record, 0);
-                batch[0].idText.prepend("0x");
-                batch[0].dataText.prepend("x| ");
                 appendCsvRow(rows, batch[0]);
             }
         }

@@ -50,6 +50,7 @@ struct User {
             QTest::keyClicks(line, text);
             QTest::keyClick(line, Qt::Key_Return);
         }
+        QCoreApplication::processEvents(); // the editor hands over its text
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     void select(int first, int last) const
@@ -80,6 +81,7 @@ class TestTransmitList : public QObject
 private slots:
     void init()
     {
+        folder_.reset(); // before the new one takes its place
         folder_ = std::make_unique<TestFolder>();
         QSettings::setDefaultFormat(QSettings::IniFormat);
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, folder_->path("desktop"));
