@@ -94,6 +94,7 @@ MainWindow::~MainWindow()
 {
     watchTimer_->stop();
     refreshTimer_->stop();
+    delete listSend_; // its thread first
     for (const Channel &channel : channels_)
         channel.sender->stop();
     for (const Channel &channel : channels_)
@@ -400,7 +401,14 @@ void MainWindow::endSend(uint channel)
 
 void MainWindow::listSend()
 {
-    listSendDlg(this).exec();
+    if (!listSend_) {
+        listSend_ = new listSendDlg(this);
+        listSend_->setRowSource([this] { return receiveView_->selectedFrameCsv(); });
+        connect(listSend_, &listSendDlg::logLine, this, &MainWindow::logLine);
+    }
+    listSend_->show();
+    listSend_->raise();
+    listSend_->activateWindow();
 }
 
 // --- options ------------------------------------------------------------------------------------------------------

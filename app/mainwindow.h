@@ -20,6 +20,7 @@ class QTimer;
 class ReceiveView;
 class SendCoordinator;
 class SendPanel;
+class listSendDlg;
 class recvThread;
 class sendThread;
 
@@ -93,6 +94,7 @@ private:
     ReceiveView *receiveView_ = nullptr;
     OperationLog *log_ = nullptr;
     SendCoordinator *sending_ = nullptr;
+    listSendDlg *listSend_ = nullptr; // from its first opening on
     Channel channels_[kChannelCount] = {};
     DeviceWatch deviceWatch_;
     LossReport lossReport_;

@@ -240,6 +240,11 @@ void ReceiveView::on_cleanListBtn_clicked()
     clearList();
 }
 
+QString ReceiveView::selectedFrameCsv() const
+{
+    return sameFrameRowsCsv(*ui_->tableView, *model_);
+}
+
 void ReceiveView::clearList()
 {
     resetFrameCounter();

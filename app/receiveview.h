@@ -44,6 +44,8 @@ public:
     void setHeaderTexts();
     // Takes and writes what is still pending, then closes the file; does nothing when there is none.
     void closeCapture();
+    // The rows that have the selected one's channel, identifier and direction, as CSV rows; empty without a selection.
+    QString selectedFrameCsv() const;
     // Empties the list; the next frame is number 1.
     void clearList();
 

@@ -48,3 +48,19 @@ QString shownRowsCsv(const FrameTableView &table, const MyTableModel &model)
             appendCsvRow(rows, model.row(row));
     return rows;
 }
+
+QString sameFrameRowsCsv(const FrameTableView &table, const MyTableModel &model)
+{
+    QString rows;
+    const QModelIndexList selected = table.selectionModel()->selectedRows();
+    if (selected.isEmpty())
+        return rows;
+    const FrameRow &wanted = model.row(selected.first().row());
+    for (int number = 0; number < model.rowCount(); ++number) {
+        const FrameRow &row = model.row(number);
+        if (row[ChannelColumn] == wanted[ChannelColumn] && row[DirectionColumn] == wanted[DirectionColumn] &&
+            row[IdColumn] == wanted[IdColumn] && row[FormatColumn] == wanted[FormatColumn])
+            appendCsvRow(rows, row);
+    }
+    return rows;
+}

@@ -13,3 +13,5 @@ void addCopyKeys(FrameTableView *table, const MyTableModel *model);
 QString selectedRowCsv(const FrameTableView &table, const MyTableModel &model);
 // The titles and the rows that the display filter lets through.
 QString shownRowsCsv(const FrameTableView &table, const MyTableModel &model);
+// Every row that has the selected one's channel, identifier and direction.
+QString sameFrameRowsCsv(const FrameTableView &table, const MyTableModel &model);

@@ -1,9 +1,18 @@
-// The frame of a list-send window; all it does is close.
+// The transmit list: edits, keeps and sends it, beside the main window.
 #pragma once
 
+#include "dialogs/transmitdocument.h"
+#include "transmit/transmitengine.h"
 #include "widgets/formdialog.h"
 
+#include <functional>
 #include <memory>
+#include <vector>
+
+class QAction;
+class QShortcut;
+class QTimer;
+class QToolBar;
 
 namespace Ui
 {
@@ -16,14 +25,73 @@ class listSendDlg : public FormDialog
 
 public:
     explicit listSendDlg(QWidget *parent = nullptr);
-    ~listSendDlg() override;
+    ~listSendDlg() override; // stops the list
+
+    TransmitDocument *document() { return &document_; }
+    // Where rows of the frame list come from, as CSV rows.
+    void setRowSource(std::function<QString()> source) { rowSource_ = std::move(source); }
+
+signals:
+    void logLine(const QString &text); // for the operation log; also from the sending thread
 
 protected:
     void retranslate() override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private slots:
+    void on_pbnStart_clicked();
+    void on_pbnStop_clicked();
     void on_pbnClose_clicked();
 
 private:
+    struct Command {
+        QAction *action;
+        LogText text;
+    };
+
+    void addCommands();
+    void addCommand(QToolBar *bar, const char *name, const QKeySequence &key, const LogText &text,
+                    void (listSendDlg::*slot)());
+    void setColumnWidths();
+    void showList(const TransmitList &list);
+    void showTitle();
+    void showRunning();
+    void showCounts();
+    void hint(const QString &text);
+    bool isDiscarding();
+
+    QVector<int> selectedRows() const;
+    void insertEntries(const TransmitList &entries);
+    void select(const TransmitList &entries);
+    void moveRows(int step);
+    void takeRows(const QString &csv);
+    void bindKeys();
+
+    void newList();
+    void openList();
+    void saveList();
+    void saveListAs();
+    void undo();
+    void redo();
+    void addEntry();
+    void copyEntries();
+    void removeEntries();
+    void moveUp() { moveRows(-1); }
+    void moveDown() { moveRows(1); }
+    void switchEntries();
+    void fillCells();
+    void editBytes();
+    void takeTableRows();
+    void pasteRows();
+    void sendOnce();
+
     const std::unique_ptr<Ui::listSendDlg> ui_;
+    TransmitDocument document_;
+    TransmitEngine engine_;
+    QTimer *refresh_;
+    std::vector<Command> commands_;
+    std::vector<QShortcut *> keys_;
+    std::function<QString()> rowSource_;
 };

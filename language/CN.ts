@@ -559,8 +559,16 @@
         <translation>列表发送</translation>
     </message>
     <message>
+        <source>发送</source>
+        <translation>发送</translation>
+    </message>
+    <message>
         <source>停止发送</source>
         <translation>停止发送</translation>
+    </message>
+    <message>
+        <source>关闭</source>
+        <translation>关闭</translation>
     </message>
 </context>
 <context>

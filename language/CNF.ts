@@ -559,8 +559,16 @@
         <translation>列表發送</translation>
     </message>
     <message>
+        <source>发送</source>
+        <translation>發送</translation>
+    </message>
+    <message>
         <source>停止发送</source>
         <translation>停止發送</translation>
+    </message>
+    <message>
+        <source>关闭</source>
+        <translation>關閉</translation>
     </message>
 </context>
 <context>

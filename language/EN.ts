@@ -559,8 +559,16 @@
         <translation>List send</translation>
     </message>
     <message>
+        <source>发送</source>
+        <translation>Send</translation>
+    </message>
+    <message>
         <source>停止发送</source>
         <translation>Stop</translation>
+    </message>
+    <message>
+        <source>关闭</source>
+        <translation>Close</translation>
     </message>
 </context>
 <context>

@@ -47,6 +47,26 @@ std::unique_ptr<QWidget> makeValueFilter()
     return dialog;
 }
 
+// One entry of every mode.
+std::unique_ptr<QWidget> makeTransmitList()
+{
+    TransmitList list;
+    const TransmitMode modes[] = {TransmitMode::Periodic, TransmitMode::Counted, TransmitMode::Response,
+                                  TransmitMode::OnRequest};
+    for (const TransmitMode mode : modes) {
+        auto entry = std::make_shared<TransmitEntry>();
+        entry->serial = newTransmitSerial();
+        entry->name = QStringLiteral("M%1").arg(list.size() + 1);
+        entry->mode = mode;
+        entry->frame.id = 0x120 + static_cast<unsigned>(list.size());
+        entry->frame.length = kClassicDataBytes;
+        list << entry;
+    }
+    auto dialog = std::make_unique<listSendDlg>();
+    dialog->document()->model()->setList(list);
+    return dialog;
+}
+
 // Upgrading: the dialog's longest text. Whoever shows it must let no timer run: there is no adapter to restart.
 std::unique_ptr<QWidget> makeRunningUpgrade()
 {
@@ -95,7 +115,7 @@ const QVector<WindowMaker> &everyWindow()
         {"value-entry-frames", [] { return makeValueEntry("actionFramesPerReceive", 1000); }},
         maker<DataDlg>("data-editor", QByteArray::fromHex("0011223344556677"), 8U),
         maker<fileDlg>("file-send"),
-        maker<listSendDlg>("list-send"),
+        {"list-send", makeTransmitList},
         {"capture-file", makeCaptureFile},
         {"display-filter", makeValueFilter},
         maker<UpdateDlg>("firmware-upgrade", QString("V2.10"), QString()),

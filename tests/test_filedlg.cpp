@@ -1,6 +1,5 @@
 #include "device/settingsstore.h"
 #include "dialogs/filedlg.h"
-#include "dialogs/listsenddlg.h"
 #include "modalhelper.h"
 #include "testfolder.h"
 
@@ -163,14 +162,6 @@ private slots:
             QCOMPARE(c.path->text(), accepted ? folder_->path("frames.csv") : QString());
         }
         QVERIFY(answer.unexpected().isEmpty());
-    }
-
-    void theListWindowOnlyCloses()
-    {
-        listSendDlg window;
-        window.show();
-        pressButton(&window, "pbnClose");
-        QVERIFY(!window.isVisible());
     }
 };
 

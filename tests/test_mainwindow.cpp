@@ -221,7 +221,7 @@ private slots:
             user.trigger(action);
             user.modal().dropSteps();
             for (const QWidget *window : QApplication::topLevelWidgets())
-                if (window->isVisible() && window->inherits("fileDlg"))
+                if (window->isVisible() && (window->inherits("fileDlg") || window->inherits("listSendDlg")))
                     shown << window->metaObject()->className();
             return (shown + user.modal().takeMessages()).join(' ');
         };

@@ -14,7 +14,7 @@ namespace
 constexpr int kStandardDigits = 3;
 constexpr int kExtendedDigits = 8;
 constexpr int kHexBase = 16;
-constexpr int kFirstFunctionKey = 2; // F1 is the manual's
+constexpr int kFirstFunctionKey = 5; // those before it are the desktop's and the table's
 constexpr int kLastFunctionKey = 12;
 
 QString hexText(std::uint32_t number, bool extended)
