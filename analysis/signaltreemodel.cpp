@@ -48,16 +48,16 @@ QString rawText(const SignalDefinition &signal, std::int64_t raw)
         return QStringLiteral("0x") + QString::number(quint64(raw), 16).toUpper();
     return signal.type == SignalType::Signed ? QString::number(raw) : QString::number(quint64(raw));
 }
+
+QString changeText(std::int64_t nanoseconds)
+{
+    return QString::number(double(nanoseconds) / kNsPerSecond, 'f', kTimeDecimals);
+}
 } // namespace
 
 QString valueText(double value)
 {
     return QString::number(value, 'g', kValueDigits);
-}
-
-QString secondsText(std::int64_t nanoseconds)
-{
-    return QString::number(double(nanoseconds) / kNsPerSecond, 'f', kTimeDecimals);
 }
 
 SignalTreeModel::SignalTreeModel(SignalHub *hub, QObject *parent) : QAbstractItemModel(parent), hub_(hub)
@@ -205,7 +205,7 @@ QString SignalTreeModel::signalText(const Node &node, int signal, int column) co
     case Maximum:
         return record.range.isEmpty() ? QString() : valueText(record.range.maximum);
     case Changed:
-        return secondsText(record.changed);
+        return changeText(record.changed);
     default:
         return {};
     }

@@ -53,5 +53,3 @@ private:
 
 // As the windows show values: never in the style of a locale.
 QString valueText(double value);
-// Seconds of nanoseconds.
-QString secondsText(std::int64_t nanoseconds);
