@@ -1,6 +1,7 @@
 #include "app/analysismenu.h"
 
 #include "analysis/recordwindow.h"
+#include "analysis/signalwindows.h"
 #include "analysis/statisticswindow.h"
 #include "device/language.h"
 
@@ -12,6 +13,10 @@ AnalysisMenu::AnalysisMenu(QMenu *menu, QWidget *window) : QObject(window), menu
     add("actionStatistics", "Ctrl+Shift+S", "总线统计(&S)", "匯流排統計(&S)", "Bus &statistics",
         [this] { open<StatisticsWindow>(); });
     add("actionRecord", "Ctrl+R", "记录(&R)…", "記錄(&R)…", "&Record…", [this] { open<RecordWindow>(); });
+    auto *values = new SignalWindows(window);
+    connect(values, &SignalWindows::log, this, &AnalysisMenu::log);
+    add("actionSignals", "Ctrl+G", "信号(&G)", "訊號(&G)", "Si&gnals", [values] { values->openSignals(); });
+    add("actionPlot", "Ctrl+Shift+G", "曲线(&P)", "曲線(&P)", "&Plot", [values] { values->openPlot(); });
 }
 
 template <typename Window> void AnalysisMenu::open()
@@ -23,7 +28,6 @@ template <typename Window> void AnalysisMenu::open()
     }
     shown->open();
 }
-
 
 QAction *AnalysisMenu::add(const char *name, const char *key, const char *simplified, const char *traditional,
                            const char *english, const std::function<void()> &open)

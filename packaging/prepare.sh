@@ -1,7 +1,7 @@
 # Sourced by run.sh and test.sh: installs the Debian packages that are missing and builds the release preset.
 
 OSTREL_PACKAGES="g++ cmake ninja-build qtbase5-dev qttools5-dev qttools5-dev-tools qttranslations5-l10n
-    libbenchmark-dev fontconfig"
+    libbenchmark-dev libqwt-qt5-dev fontconfig"
 
 as_root() {
     if [ "$(id -u)" = 0 ]; then "$@"

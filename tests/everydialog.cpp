@@ -1,6 +1,10 @@
 #include "everydialog.h"
 
+#include "analysis/databasedialog.h"
+#include "analysis/plotview.h"
+#include "analysis/plotwindow.h"
 #include "analysis/recordwindow.h"
+#include "analysis/signalswindow.h"
 #include "analysis/statisticswindow.h"
 #include "app/mainmenu.h"
 #include "app/mainwindow.h"
@@ -10,6 +14,7 @@
 #include "device/dialogs/opendlg.h"
 #include "device/dialogs/paradialog.h"
 #include "device/dialogs/valuedialog.h"
+#include "device/driver/simulated/trafficsource.h"
 #include "dialogs/datadlg.h"
 #include "dialogs/filedlg.h"
 #include "dialogs/listsenddlg.h"
@@ -20,6 +25,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTreeView>
 
 namespace
 {
@@ -99,6 +105,74 @@ std::unique_ptr<QWidget> makeRecord()
     window->findChild<QLineEdit *>(QStringLiteral("pathEdit"))->setText(QStringLiteral("D:/CAN.blf"));
     return window;
 }
+
+// The windows of signals show a drive of the built-in vehicle; `hub` becomes the window's.
+constexpr BusTime kNsPerSecondOfBus = 1000000000;
+constexpr BusTime kDrive = 30 * kNsPerSecondOfBus;
+
+std::unique_ptr<SignalHub> makeHub()
+{
+    auto hub = std::make_unique<SignalHub>();
+    hub->start();
+    hub->add(QStringLiteral(OSTREL_VEHICLE_DATABASE), DatabaseChannels::Both);
+    return hub;
+}
+
+void drive(SignalHub *hub)
+{
+    const auto vehicle = makeBuiltInVehicle();
+    vehicle->restart(0, BusSettings{1000000, 5000000, 0});
+    for (; vehicle->due() < kDrive; vehicle->sent(vehicle->due())) {
+        const BusFrame &frame = vehicle->frame();
+        RawFrame raw;
+        raw.time = std::int64_t(vehicle->due());
+        raw.id = frame.identifier();
+        raw.extended = frame.extended();
+        raw.remote = frame.remote();
+        raw.fd = frame.fd;
+        raw.length = frame.length;
+        std::copy(std::begin(frame.data), std::end(frame.data), raw.data);
+        hub->store().consume(&raw, 1);
+    }
+}
+
+std::unique_ptr<QWidget> makeSignals()
+{
+    auto hub = makeHub();
+    drive(hub.get());
+    auto window = std::make_unique<SignalsWindow>(hub.get(), nullptr);
+    hub.release()->setParent(window.get());
+    window->resize(QSize(940, 490) * window->logicalDpiX() / 96);
+    auto *tree = window->findChild<QTreeView *>(QStringLiteral("signalTree"));
+    const QModelIndex channel = tree->model()->index(0, 0);
+    for (int message = 0; message < 2; ++message)
+        tree->expand(tree->model()->index(message, 0, channel));
+    return window;
+}
+
+std::unique_ptr<QWidget> makePlot()
+{
+    auto hub = makeHub();
+    auto window = std::make_unique<PlotWindow>(hub.get(), 1, nullptr);
+    window->addSignals({{1, 196, false, QStringLiteral("EngineSpeed")},
+                        {1, 209, false, QStringLiteral("VehicleSpeed")},
+                        {1, 790, false, QStringLiteral("Gear")}});
+    drive(hub.get());
+    hub.release()->setParent(window.get());
+    window->resize(QSize(900, 490) * window->logicalDpiX() / 96);
+    window->takePoints();
+    window->findChild<PlotView *>()->fit();
+    window->findChild<QPushButton *>(QStringLiteral("cursorsButton"))->click();
+    return window;
+}
+
+std::unique_ptr<QWidget> makeDatabases()
+{
+    auto hub = makeHub();
+    auto dialog = std::make_unique<DatabaseDialog>(hub.get());
+    hub.release()->setParent(dialog.get());
+    return dialog;
+}
 } // namespace
 
 const QVector<WindowMaker> &everyWindow()
@@ -122,6 +196,9 @@ const QVector<WindowMaker> &everyWindow()
         {"firmware-upgrade-running", makeRunningUpgrade},
         {"statistics", makeBeside<StatisticsWindow>},
         {"record", makeRecord},
+        {"signals", makeSignals},
+        {"plot", makePlot},
+        {"signal-databases", makeDatabases},
     };
     return windows;
 }

@@ -6,12 +6,16 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSettings>
 
 TestFolder::TestFolder()
 {
     for (const char *folder : {"config", "language", "help/Chinese", "help/English", "firmware"})
         QDir(dir_.path()).mkpath(QLatin1String(folder));
     setApplicationDir(dir_.path());
+    // Never the settings of the user who runs the tests.
+    QSettings::setDefaultFormat(QSettings::IniFormat);
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, path(QStringLiteral("desktop")));
     setLanguageCode(SimplifiedChinese);
     settings::load(settingsPath());
 }

@@ -4,7 +4,8 @@
 #   build/windows/Kestrix-simulated-VERSION-windows.zip   the simulated adapter's library, to try it without hardware
 # Environment:
 #   QT_WINDOWS_ROOT   a Qt 5.15 for win32-g++; without it one is built once, from Debian's source package
-#   OSTREL_CACHE      where that Qt is kept; ~/.cache/ostrel when not set
+#   QWT_WINDOWS_ROOT  a Qwt 6.1 for that Qt; likewise
+#   OSTREL_CACHE      where these are kept; ~/.cache/ostrel when not set
 # Needs: cmake, ninja, g++-mingw-w64-i686-posix, qttools5-dev, qttranslations5-l10n, python3.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
@@ -22,6 +23,11 @@ if [ -z "${QT_WINDOWS_ROOT:-}" ]; then
     [ -e "$QT_WINDOWS_ROOT/lib/cmake/Qt5/Qt5Config.cmake" ] || packaging/windows/build-qt.sh "$QT_WINDOWS_ROOT"
 fi
 export QT_WINDOWS_ROOT
+if [ -z "${QWT_WINDOWS_ROOT:-}" ]; then
+    QWT_WINDOWS_ROOT=${OSTREL_CACHE:-$HOME/.cache/ostrel}/qwt-6.1-$triple
+    [ -e "$QWT_WINDOWS_ROOT/lib/libqwt-qt5.dll.a" ] || packaging/windows/build-qwt.sh "$QWT_WINDOWS_ROOT"
+fi
+export QWT_WINDOWS_ROOT
 
 cmake --fresh --preset windows # another Qt than last time leaves nothing behind
 cmake --build --preset windows
@@ -47,11 +53,15 @@ documents=/usr/share/doc
 qt_version=$(sed -n 's/^set(PACKAGE_VERSION \([0-9.]*\))/\1/p' \
     "$QT_WINDOWS_ROOT/lib/cmake/Qt5Core/Qt5CoreConfigVersion.cmake")
 qt_source=$(cat "$QT_WINDOWS_ROOT/debian-source" 2>/dev/null || echo "qtbase-opensource-src $qt_version (Debian 12)")
-sed "s/@QT_VERSION@/$qt_version/; s/@QT_SOURCE@/$qt_source/" packaging/windows/licences/README.txt.in \
+qwt_version=$(sed -n 's/^#define QWT_VERSION_STR *"\(.*\)"/\1/p' "$QWT_WINDOWS_ROOT/include/qwt/qwt_global.h")
+qwt_source=$(cat "$QWT_WINDOWS_ROOT/debian-source" 2>/dev/null || echo "qwt $qwt_version (Debian 12)")
+sed "s/@QT_VERSION@/$qt_version/; s/@QT_SOURCE@/$qt_source/; s/@QWT_VERSION@/$qwt_version/; s/@QWT_SOURCE@/$qwt_source/" \
+    packaging/windows/licences/README.txt.in \
     >"$program/licences/README.txt"
-for licence in GPL-3 LGPL-3; do
+for licence in GPL-3 LGPL-3 LGPL-2.1; do
     cp "/usr/share/common-licenses/$licence" "$program/licences/$licence.txt"
 done
+cp "$QWT_WINDOWS_ROOT/COPYING" "$program/licences/qwt-licence.txt"
 cp $documents/libqt5core5a/copyright "$program/licences/qt-copyright.txt"
 cp $documents/gcc-mingw-w64-i686-posix/copyright "$program/licences/gcc-copyright.txt"
 cp $documents/mingw-w64-i686-dev/copyright "$program/licences/mingw-w64-copyright.txt"

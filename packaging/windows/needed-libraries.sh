@@ -1,10 +1,10 @@
-# Sourced; QT_WINDOWS_ROOT names the Qt for Windows.
+# Sourced; QT_WINDOWS_ROOT and QWT_WINDOWS_ROOT name the Qt and the Qwt for Windows.
 
 # needed_library NAME: where the DLL of that name is, if it is one to be shipped.
 needed_library() {
     local compiler folder
     compiler=$(dirname "$(i686-w64-mingw32-g++-posix -print-file-name=libgcc_s_dw2-1.dll)")
-    for folder in "$QT_WINDOWS_ROOT/bin" "$compiler" /usr/i686-w64-mingw32/lib; do
+    for folder in "$QT_WINDOWS_ROOT/bin" "${QWT_WINDOWS_ROOT:-}/bin" "$compiler" /usr/i686-w64-mingw32/lib; do
         [ ! -e "$folder/$1" ] || { echo "$folder/$1"; return; }
     done
 }

@@ -1,0 +1,61 @@
+#include "analysis/curvedata.h"
+
+#include <algorithm>
+
+void CurveData::append(CurvePoint point)
+{
+    if (size_ > 0)
+        point.time = std::max(point.time, at(size_ - 1).time);
+    if (size_ % kChunk == 0) {
+        if (size_ > 0 && size_ + kChunk > limit_) {
+            chunks_.pop_front();
+            size_ -= kChunk;
+        }
+        chunks_.push_back(std::make_unique<Chunk>());
+    }
+    Chunk &chunk = *chunks_.back();
+    const std::size_t index = size_++ % kChunk;
+    chunk.points[index] = point;
+    // Comparisons with "not a number" are false, so an interruption changes no range.
+    chunk.fine[index / kStep].add(point.value);
+    chunk.coarse[index / kMiddle].add(point.value);
+    chunk.whole.add(point.value);
+}
+
+std::size_t CurveData::firstAt(std::int64_t time) const
+{
+    const auto chunk =
+        std::partition_point(chunks_.begin(), chunks_.end(), [&](const auto &it) { return it->points[0].time < time; });
+    if (chunk == chunks_.begin())
+        return 0;
+    const std::size_t number = std::size_t(chunk - chunks_.begin()) - 1;
+    const auto *points = chunks_[number]->points.data();
+    const auto *end = points + std::min(kChunk, size_ - number * kChunk);
+    const auto *found = std::partition_point(points, end, [&](const CurvePoint &point) { return point.time < time; });
+    return number * kChunk + std::size_t(found - points);
+}
+
+ValueRange CurveData::range(std::size_t begin, std::size_t end) const
+{
+    ValueRange range;
+    end = std::min(end, size_);
+    while (begin < end) {
+        const Chunk &chunk = *chunks_[begin / kChunk];
+        const std::size_t index = begin % kChunk;
+        const std::size_t room = end - begin;
+        if (index == 0 && room >= kChunk) {
+            range.add(chunk.whole);
+            begin += kChunk;
+        } else if (index % kMiddle == 0 && room >= kMiddle) {
+            range.add(chunk.coarse[index / kMiddle]);
+            begin += kMiddle;
+        } else if (index % kStep == 0 && room >= kStep) {
+            range.add(chunk.fine[index / kStep]);
+            begin += kStep;
+        } else {
+            range.add(chunk.points[index].value);
+            ++begin;
+        }
+    }
+    return range;
+}

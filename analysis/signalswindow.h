@@ -1,0 +1,63 @@
+// The signals of the bus and what they are at the moment.
+#pragma once
+
+#include "analysis/analysiswindow.h"
+#include "analysis/signalid.h"
+
+#include <QTimer>
+#include <QVector>
+
+class QCheckBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QTreeView;
+class SignalFilter;
+class SignalHub;
+class SignalTreeModel;
+
+class SignalsWindow : public AnalysisWindow
+{
+    Q_OBJECT
+
+public:
+    // The hub outlives the window.
+    SignalsWindow(SignalHub *hub, QWidget *parent);
+    ~SignalsWindow() override;
+
+signals:
+    void plotWanted(const QVector<SignalId> &ids);
+
+protected:
+    void retranslate() override;
+    QSize designSize() const override { return {820, 520}; }
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+
+private:
+    void createWidgets();
+    void createActions();
+    void refresh();
+    void refreshAll();
+    void setFrozen(bool frozen);
+    void plotSelected();
+    void copySelected();
+    void search(const QString &text);
+    void showDatabases();
+    void showState();
+
+    SignalHub *hub_;
+    SignalTreeModel *model_;
+    SignalFilter *filter_;
+    QLineEdit *search_;
+    QCheckBox *freeze_;
+    QPushButton *reset_;
+    QPushButton *plot_;
+    QPushButton *databases_;
+    QPushButton *vehicle_;
+    QTreeView *tree_;
+    QLabel *state_;
+    QAction *copy_;
+    QTimer refreshTimer_;
+    bool wanting_ = false; // frames of the hub
+};

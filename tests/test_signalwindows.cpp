@@ -1,0 +1,298 @@
+// Signals and plots in the real windows, on the simulated adapter's vehicle.
+#include "analysis/databasedialog.h"
+#include "analysis/plotview.h"
+#include "analysis/plotwindow.h"
+#include "analysis/signalstore.h"
+#include "analysis/signalswindow.h"
+#include "analysis/signaltreemodel.h"
+#include "app/mainwindow.h"
+#include "device/devicelayer.h"
+#include "device/driver/driverfactory.h"
+#include "testfolder.h"
+#include "windowdriver.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSettings>
+#include <QTreeView>
+#include <QTreeWidget>
+#include <QtTest>
+
+namespace
+{
+constexpr int kLong = 20000; // milliseconds that a loaded machine may take
+
+QModelIndex findRow(const QAbstractItemModel &model, const QString &name, const QModelIndex &parent = {})
+{
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        const QModelIndex index = model.index(row, 0, parent);
+        if (index.data().toString() == name)
+            return index;
+        const QModelIndex below = findRow(model, name, index);
+        if (below.isValid())
+            return below;
+    }
+    return {};
+}
+} // namespace
+
+class TestSignalWindows : public QObject
+{
+    Q_OBJECT
+
+    TestFolder folder_;
+    std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<WindowDriver> user_;
+
+    template <typename Window> Window *shown() const { return window_->findChild<Window *>(); }
+    template <typename Widget> Widget *in(QWidget *window, const char *name) const
+    {
+        return window->findChild<Widget *>(QLatin1String(name));
+    }
+    QTreeView *tree() const { return in<QTreeView>(shown<SignalsWindow>(), "signalTree"); }
+    QString cell(const QString &signal, SignalTreeModel::Column column) const
+    {
+        const QModelIndex index = findRow(*tree()->model(), signal);
+        return index.sibling(index.row(), column).data().toString();
+    }
+    // Shows it on the screen: only such rows follow the bus.
+    QModelIndex reveal(const QString &signal) const
+    {
+        const QModelIndex index = findRow(*tree()->model(), signal);
+        tree()->expand(index.parent());
+        tree()->scrollTo(index);
+        tree()->selectionModel()->setCurrentIndex(index,
+                                                  QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        return index;
+    }
+    void exportTo(PlotWindow *plot, const QString &path)
+    {
+        user_->modal().on<QFileDialog>([path](QFileDialog *dialog) {
+            dialog->selectFile(path);
+            dialog->findChild<QLineEdit *>("fileNameEdit")->setText(path);
+            static_cast<QDialog *>(dialog)->accept();
+        });
+        in<QPushButton>(plot, "exportButton")->click();
+    }
+    void addDatabase(const QString &path)
+    {
+        user_->modal().on<DatabaseDialog>([this, path](DatabaseDialog *dialog) {
+            user_->modal().on<QFileDialog>([path](QFileDialog *chooser) {
+                chooser->findChild<QLineEdit *>("fileNameEdit")->setText(path);
+                static_cast<QDialog *>(chooser)->accept();
+            });
+            pressButton(dialog, "addButton");
+            dialog->accept();
+        });
+        in<QPushButton>(shown<SignalsWindow>(), "databasesButton")->click();
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QApplication::setOrganizationName("Ostrel");
+        QApplication::setApplicationName("Ostrel");
+        QDir().mkpath(folder_.path("databases"));
+        QVERIFY(QFile::copy(OSTREL_VEHICLE_DATABASE, folder_.path("databases/vehicle.dbc")));
+    }
+    void init()
+    {
+        setDriver(makeDriver("simulated"));
+        window_ = std::make_unique<MainWindow>();
+        user_ = std::make_unique<WindowDriver>(*window_);
+        window_->show();
+        user_->trigger("actionSignals");
+        QVERIFY(QTest::qWaitForWindowExposed(shown<SignalsWindow>()));
+    }
+    void cleanup()
+    {
+        user_.reset();
+        window_.reset();
+        setDriver(nullptr);
+        QSettings().clear();
+    }
+
+    void fromDatabaseToExport()
+    {
+        auto *signalsWindow = shown<SignalsWindow>();
+        QVERIFY(in<QLabel>(signalsWindow, "stateLabel")->isVisible());
+        in<QPushButton>(signalsWindow, "vehicleButton")->click();
+        QVERIFY(!in<QLabel>(signalsWindow, "stateLabel")->isVisible());
+        QVERIFY(cell("VehicleSpeed", SignalTreeModel::Value).isEmpty());
+        QVERIFY(user_->openEverything());
+
+        reveal("EngineSpeed");
+        QTRY_VERIFY_WITH_TIMEOUT(cell("EngineSpeed", SignalTreeModel::Value).toDouble() > 100, kLong);
+        QCOMPARE(cell("EngineSpeed", SignalTreeModel::Unit), QString("1/min"));
+        QCOMPARE(cell("EngineSpeed", SignalTreeModel::Value).toDouble(),
+                 cell("EngineSpeed", SignalTreeModel::Raw).toDouble() / 4);
+        QTRY_VERIFY(QStringList({"running", "stopped"}).contains(cell("EngineRunning", SignalTreeModel::Text)));
+        QTRY_VERIFY(cell("EngineSpeed", SignalTreeModel::Minimum).toDouble() <
+                    cell("EngineSpeed", SignalTreeModel::Maximum).toDouble());
+
+        // Frozen values stand still, and what is copied is what is shown.
+        in<QCheckBox>(signalsWindow, "freezeBox")->setChecked(true);
+        const QString frozen = cell("Engine", SignalTreeModel::Value);
+        QTest::qWait(600);
+        QCOMPARE(cell("Engine", SignalTreeModel::Value), frozen);
+        signalsWindow->findChild<QAction *>("copyAction")->trigger();
+        const QStringList copied = QGuiApplication::clipboard()->text().split('\t');
+        QCOMPARE(copied.value(SignalTreeModel::Name), QString("EngineSpeed"));
+        QCOMPARE(copied.value(SignalTreeModel::Value), cell("EngineSpeed", SignalTreeModel::Value));
+        in<QCheckBox>(signalsWindow, "freezeBox")->setChecked(false);
+        QTRY_VERIFY_WITH_TIMEOUT(cell("Engine", SignalTreeModel::Value) != frozen, kLong);
+
+        // A search leaves the found and their parents.
+        in<QLineEdit>(signalsWindow, "searchEdit")->setText("vehiclespe");
+        QVERIFY(!findRow(*tree()->model(), "EngineSpeed").isValid());
+        QVERIFY(findRow(*tree()->model(), "VehicleSpeed").isValid());
+        in<QLineEdit>(signalsWindow, "searchEdit")->clear();
+
+        // Double clicks put signals in a plot, each once; a drop does too.
+        for (const char *name : {"EngineSpeed", "EngineRunning", "EngineSpeed"}) {
+            const QRect cellRect = tree()->visualRect(reveal(name));
+            QTest::mouseClick(tree()->viewport(), Qt::LeftButton, {}, cellRect.center());
+            QTest::mouseDClick(tree()->viewport(), Qt::LeftButton, {}, cellRect.center());
+        }
+        auto *plot = shown<PlotWindow>();
+        QVERIFY(plot && plot->isVisible());
+        auto *list = in<QTreeWidget>(plot, "curveList");
+        QCOMPARE(list->topLevelItemCount(), 2);
+        auto *view = shown<PlotView>();
+        std::unique_ptr<QMimeData> dragged(tree()->model()->mimeData({findRow(*tree()->model(), "VehicleSpeed")}));
+        QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, dragged.get(), Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view, &enter);
+        QDropEvent drop(QPointF(5, 5), Qt::CopyAction, dragged.get(), Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view, &drop);
+        QCOMPARE(list->topLevelItemCount(), 3);
+        QCOMPARE(view->lanes().size(), 3);
+        QTRY_VERIFY_WITH_TIMEOUT(!list->topLevelItem(2)->text(1).isEmpty(), kLong);
+        QTRY_VERIFY(list->topLevelItem(1)->text(1).contains('('));
+
+        // Zooming by keys stops following; cursors give values and differences.
+        QTRY_VERIFY_WITH_TIMEOUT(view->to() > 1, kLong);
+        QTest::keyClick(view, Qt::Key_Home);
+        QVERIFY(!in<QPushButton>(plot, "followButton")->isChecked());
+        const double span = view->to() - view->from();
+        QTest::keyClick(view, Qt::Key_Plus);
+        QVERIFY(view->to() - view->from() < span);
+        in<QPushButton>(plot, "cursorsButton")->click();
+        QTest::keyClick(view, Qt::Key_Right, Qt::ControlModifier);
+        const auto number = [list](int row, int column) {
+            return list->topLevelItem(row)->text(column).section(' ', 0, 0).toDouble();
+        };
+        QVERIFY(qAbs(number(0, 3) - number(0, 2) - number(0, 4)) < 0.01);
+
+        // What is exported is what the window shows.
+        for (const char *name : {"plot.csv", "plot.png", "plot.pdf"})
+            exportTo(plot, folder_.path(name));
+        const QStringList lines = QString::fromUtf8(folder_.read("plot.csv")).split("\r\n");
+        QVERIFY(lines[0].endsWith(
+            QString("Time [s],\"Engine.EngineSpeed [1/min]\",\"Engine.EngineRunning\",\"Speed.VehicleSpeed [km/h]\"")));
+        QVERIFY(lines.size() > 5);
+        const QStringList row = lines[2].split(',');
+        QVERIFY(row[0].toDouble() >= view->from() && row[0].toDouble() <= view->to());
+        QCOMPARE(row.size(), 4);
+        QVERIFY(QImage(folder_.path("plot.png")).width() >= view->width());
+        QVERIFY(folder_.read("plot.pdf").startsWith("%PDF") && folder_.read("plot.pdf").contains("%%EOF"));
+        exportTo(plot, folder_.path("nowhere/plot.csv"));
+        QCOMPARE(user_->modal().takeMessages().size(), 1);
+
+        // Windows close and open while frames come; databases go while curves are fed.
+        in<QPushButton>(plot, "newPlotButton")->click();
+        QCOMPARE(window_->findChildren<PlotWindow *>().size(), 2);
+        for (QWidget *widget : {static_cast<QWidget *>(plot), static_cast<QWidget *>(signalsWindow)}) {
+            widget->close();
+            QTest::qWait(100);
+        }
+        user_->trigger("actionSignals");
+        user_->modal().on<DatabaseDialog>([](DatabaseDialog *dialog) {
+            dialog->findChild<QComboBox *>("channelsBox")->setCurrentIndex(1);
+            emit dialog->findChild<QComboBox *>("channelsBox")->activated(1);
+            dialog->accept();
+        });
+        in<QPushButton>(signalsWindow, "databasesButton")->click();
+        QCOMPARE(tree()->model()->rowCount(tree()->model()->index(0, 0)), 0);
+        QVERIFY(tree()->model()->rowCount(tree()->model()->index(1, 0)) > 10);
+        user_->closeDevice();
+        QCOMPARE(user_->modal().unexpected(), QStringList());
+
+        // The next start has databases and plots as they were.
+        user_.reset();
+        window_ = std::make_unique<MainWindow>();
+        user_ = std::make_unique<WindowDriver>(*window_);
+        user_->trigger("actionPlot");
+        QCOMPARE(in<QTreeWidget>(shown<PlotWindow>(), "curveList")->topLevelItemCount(), 3);
+        user_->trigger("actionSignals");
+        QVERIFY(findRow(*tree()->model(), "VehicleSpeed").isValid());
+    }
+
+    void databasesOnTheDisk()
+    {
+        const auto file = [](const char *signal) {
+            return QByteArray("BO_ 100 Known: 8 N\n SG_ ") + signal + " : 0|8@1+ (1,0) [0|0] \"\" N\n";
+        };
+        folder_.write("broken.dbc", file("Before") + "BO_ 1000 Bad: x N\n");
+        addDatabase(folder_.path("broken.dbc"));
+        QVERIFY2(user_->log().contains(QRegularExpression("broken.dbc: .*3.*15")), qPrintable(user_->log()));
+        QVERIFY(findRow(*tree()->model(), "Before").isValid()); // what can be read is kept
+        folder_.write("broken.dbc", file("After"));
+        QTRY_VERIFY_WITH_TIMEOUT(findRow(*tree()->model(), "After").isValid(), kLong);
+        QVERIFY(!findRow(*tree()->model(), "Before").isValid());
+    }
+
+    // What cannot be in a live bus' good frames.
+    void storeKnowsShortFramesAndRestartedClocks()
+    {
+        constexpr std::int64_t kSecond = 1'000'000'000;
+        folder_.write("short.dbc", "BO_ 100 Known: 8 N\n SG_ A : 0|8@1+ (0.5,0) [0|0] \"\" N\n"
+                                   " SG_ B : 32|8@1+ (1,0) [0|0] \"\" N\n");
+        DatabaseSet set;
+        set.add(folder_.path("short.dbc"), DatabaseChannels::First);
+        SignalStore store;
+        const auto feed = store.feed({1, 100, false, "A"}); // before anything knows it
+        store.setLookup(set.lookup());
+        const KnownMessage *message = set.lookup()->find(1, 100, false);
+        const auto send = [&](std::int64_t time, std::uint8_t value, std::uint8_t length, std::uint16_t channel) {
+            RawFrame frame;
+            frame.time = time;
+            frame.id = 100;
+            frame.channel = channel;
+            frame.length = length;
+            frame.data[0] = value;
+            store.consume(&frame, 1);
+        };
+        MessageRecord record;
+        QVERIFY(!store.read(1, message, &record));
+        send(10 * kSecond, 8, 8, 1);
+        send(11 * kSecond, 6, 2, 1);
+        send(11 * kSecond, 99, 8, 2); // no database there
+        QVERIFY(store.read(1, message, &record));
+        QCOMPARE(int(record.count), 2);
+        QCOMPARE(record.values[0].value.physical, 3.0);
+        QCOMPARE(record.values[0].range.maximum, 4.0);
+        QVERIFY(record.values[1].state == SignalState::BeyondFrame && record.values[1].seen);
+        send(kSecond, 2, 8, 1); // opened again
+        std::vector<CurvePoint> points;
+        store.take(*feed, &points);
+        QCOMPARE(int(points.size()), 4);
+        QVERIFY(std::isnan(points[2].value) && points[3].time > points[1].time);
+        QCOMPARE(points[3].value, 1.0);
+        store.resetRanges();
+        QVERIFY(store.read(1, message, &record));
+        QCOMPARE(record.values[0].range.maximum, 1.0);
+        store.endFeed(feed);
+        send(2 * kSecond, 2, 8, 1);
+        store.take(*feed, &points);
+        QVERIFY(points.empty());
+    }
+};
+
+QTEST_MAIN(TestSignalWindows)
+#include "test_signalwindows.moc"
