@@ -1,6 +1,7 @@
 #include "cli/platform.h"
 
 #include <atomic>
+#include <initializer_list>
 
 #ifdef _WIN32
 

@@ -33,7 +33,7 @@ struct RecorderEvent {
     QString path;
     std::uint64_t frames = 0;
     std::uint64_t lost = 0;
-    QString reason; // of trouble, as the system has it
+    QString reason;                     // of trouble, as the system has it
     std::vector<TraceLoss> losses = {}; // of an ended file: what its format could not hold
 };
 
