@@ -180,7 +180,7 @@ private slots:
 
         user.edit(0, KeyColumn, {}, 1);
         const int before = user.text(0, SentColumn).toInt();
-        QTest::keyClick(user.window.get(), QKeySequence(transmitKeys().constFirst())[0]);
+        QTest::keyClick(user.window.get(), Qt::Key_F5);
         user.select(0, 0);
         user.trigger("actionSendOnce");
         QTRY_COMPARE(user.text(0, SentColumn).toInt(), before + 2);
