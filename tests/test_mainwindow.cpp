@@ -220,9 +220,11 @@ private slots:
             });
             user.trigger(action);
             user.modal().dropSteps();
-            for (const QWidget *window : QApplication::topLevelWidgets())
-                if (window->isVisible() && (window->inherits("fileDlg") || window->inherits("listSendDlg")))
+            for (QWidget *window : QApplication::topLevelWidgets())
+                if (window->isVisible() && (window->inherits("fileDlg") || window->inherits("listSendDlg"))) {
                     shown << window->metaObject()->className();
+                    window->close();
+                }
             return (shown + user.modal().takeMessages()).join(' ');
         };
         QVERIFY(leadsTo("actionCanSetting").startsWith("提示|"));
