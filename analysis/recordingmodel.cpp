@@ -101,6 +101,8 @@ void RecordingModel::show(std::uint64_t position, int count)
     std::vector<FrameRow> rows;
     for (std::size_t i = 0; i < there; ++i)
         rows.push_back(makeRow(top_ + i));
+    for (const FrameRow &row : rows)
+        longestData_ = std::max(longestData_, row[DataColumn].size());
     const int before = rowCount();
     const int now = static_cast<int>(there);
     if (now > before)

@@ -39,6 +39,8 @@ public:
     void setTimes(RecordingTimes times);
     void setMarked(std::uint64_t row); // of the recording
     void setBookmarks(const QSet<quint64> &rows);
+    // Characters of the longest data text that was ever in sight.
+    int longestData() const { return longestData_; }
     // The frame of a row of the recording; nothing when it cannot be read.
     std::optional<RawFrame> frameAt(std::uint64_t row) const;
 
@@ -57,6 +59,7 @@ private:
     std::vector<FrameRow> rows_; // in sight
     std::uint64_t top_ = 0;
     int count_ = 0;
+    int longestData_ = 0;
     RecordingTimes times_ = RecordingTimes::SinceStart;
     std::uint64_t marked_ = 0;
     QSet<quint64> bookmarks_;

@@ -16,7 +16,6 @@ namespace
 {
 constexpr std::uint64_t kLongestBar = 1000000000; // steps; a longer recording has several rows to a step
 constexpr int kWheelStep = 120;                   // eighths of a degree, as mice send it
-constexpr int kDataCharacters = 3 + 64 * 3;       // of the longest frame
 const QString kLongTime = QStringLiteral("2000-00-00 00:00:00.000000  ");
 } // namespace
 
@@ -50,7 +49,8 @@ void RecordingView::fitColumns()
     verticalHeader()->setDefaultSectionSize(columnmeasures::rowHeight(*this));
     for (int column = 0; column < FrameColumnCount; ++column)
         setColumnWidth(column, columnmeasures::usualWidth(*this, column));
-    setColumnWidth(DataColumn, columnmeasures::dataWidth(*this, kDataCharacters));
+    longestData_ = model_->longestData();
+    setColumnWidth(DataColumn, columnmeasures::dataWidth(*this, longestData_));
     if (longTimes_) {
         const QFontMetrics metrics(columnmeasures::fixedWidthFont(font()));
         setColumnWidth(TimeStampColumn, metrics.horizontalAdvance(kLongTime));
@@ -89,6 +89,8 @@ void RecordingView::scrollToEnd()
 void RecordingView::setTop(std::uint64_t position)
 {
     model_->show(std::min(position, lastTop()), pageRows());
+    if (model_->longestData() > longestData_)
+        fitColumns();
     showBar();
     showSelection();
 }

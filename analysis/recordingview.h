@@ -53,6 +53,7 @@ private:
     QScrollBar *bar_;
     std::uint64_t current_ = 0;
     std::uint64_t anchor_ = 0;
+    int longestData_ = 0; // characters that the data column has room for
     bool longTimes_ = false;
     int wheelRest_ = 0;
 };

@@ -24,7 +24,7 @@
 namespace
 {
 constexpr int kLookMs = 80;
-constexpr int kGoToCharacters = 14;
+constexpr int kGoToCharacters = 20;
 
 template <typename Widget> Widget *named(Widget *widget, const char *name)
 {
