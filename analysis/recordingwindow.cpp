@@ -246,8 +246,9 @@ void RecordingWindow::toggleBookmark()
 void RecordingWindow::fillBookmarks()
 {
     bookmarkMenu_->clear();
-    QAction *toggle = bookmarkMenu_->addAction(text3("添加或删除书签", "新增或刪除書籤", "Add or remove"));
-    toggle->setShortcut(QKeySequence(QStringLiteral("Ctrl+B")));
+    // A key of the action's own would stand against the window's.
+    QAction *toggle = bookmarkMenu_->addAction(text3("添加或删除书签", "新增或刪除書籤", "Add or remove") +
+                                               QStringLiteral("\tCtrl+B"));
     connect(toggle, &QAction::triggered, this, &RecordingWindow::toggleBookmark);
     bookmarkMenu_->addSeparator();
     const auto &all = bookmarks_.all();

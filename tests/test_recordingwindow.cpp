@@ -127,14 +127,14 @@ void TestRecordingWindow::filterJumpSearch()
     QCOMPARE(cell(IndexColumn).toLatin1(), lines.split(':').first());
 
     // The next one of the filtered rows with this first byte, and back.
-    enter("recordingSearch", "data 17");
+    enter("recordingSearch", "data 31");
     const QByteArray hit =
-        shell(QStringLiteral("grep -n 'can1 107#17' %1 | head -1 | cut -d: -f1").arg(log_)).trimmed();
+        shell(QStringLiteral("grep -n 'can1 107#31' %1 | head -1 | cut -d: -f1").arg(log_)).trimmed();
     QTRY_COMPARE(cell(IndexColumn).toLatin1(), hit);
     QTest::keyClick(view_, Qt::Key_End);
     QTest::keyClick(window_, Qt::Key_F3, Qt::ShiftModifier);
     const QByteArray last =
-        shell(QStringLiteral("grep -n 'can1 107#17' %1 | tail -1 | cut -d: -f1").arg(log_)).trimmed();
+        shell(QStringLiteral("grep -n 'can1 107#31' %1 | tail -1 | cut -d: -f1").arg(log_)).trimmed();
     QTRY_COMPARE(cell(IndexColumn).toLatin1(), last);
     line("recordingFilter")->clear();
     QTRY_COMPARE(model_->total(), std::uint64_t(kRows));
@@ -210,13 +210,17 @@ void TestRecordingWindow::bookmarks()
     });
     answer.start(10);
     QTest::keyClick(view_, Qt::Key_B, Qt::ControlModifier);
+    QTRY_VERIFY(!answer.isActive());
     QFile kept(log_ + QStringLiteral(".bookmarks.txt"));
-    QTRY_VERIFY(kept.open(QIODevice::ReadOnly));
+    QTRY_VERIFY(kept.exists());
+    QVERIFY(kept.open(QIODevice::ReadOnly));
     QCOMPARE(kept.readAll(), QByteArray("77\tengine stalls\n"));
     QCOMPARE(cell(IndexColumn), QStringLiteral("77 *"));
     QCOMPARE(RecordingBookmarks(log_).all().value(76), QStringLiteral("engine stalls"));
+    window_->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window_));
     QTest::keyClick(view_, Qt::Key_B, Qt::ControlModifier);
-    QVERIFY(!kept.exists());
+    QTRY_VERIFY(!kept.exists());
 }
 
 void TestRecordingWindow::follows()
