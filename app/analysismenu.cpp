@@ -3,15 +3,19 @@
 #include "analysis/recordwindow.h"
 #include "analysis/signalwindows.h"
 #include "analysis/statisticswindow.h"
+#include "app/recordingopener.h"
 #include "device/language.h"
 
 #include <QAction>
 #include <QMenu>
 
-AnalysisMenu::AnalysisMenu(QMenu *menu, QWidget *window) : QObject(window), menu_(menu), window_(window)
+AnalysisMenu::AnalysisMenu(QMenu *menu, QWidget *window)
+    : QObject(window), menu_(menu), window_(window), recordings_(new RecordingOpener(window))
 {
     add("actionStatistics", "Ctrl+Shift+S", "总线统计(&S)", "匯流排統計(&S)", "Bus &statistics",
         [this] { open<StatisticsWindow>(); });
+    add("actionOpenRecording", "Ctrl+Shift+O", "打开记录(&O)…", "開啟記錄(&O)…", "&Open recording…",
+        [this] { recordings_->choose(); });
     add("actionRecord", "Ctrl+R", "记录(&R)…", "記錄(&R)…", "&Record…", [this] { open<RecordWindow>(); });
     auto *values = new SignalWindows(window);
     connect(values, &SignalWindows::log, this, &AnalysisMenu::log);
@@ -27,6 +31,11 @@ template <typename Window> void AnalysisMenu::open()
         connect(shown, &Window::log, this, &AnalysisMenu::log);
     }
     shown->open();
+}
+
+void AnalysisMenu::openRecording(const QString &path)
+{
+    recordings_->open(path);
 }
 
 QAction *AnalysisMenu::add(const char *name, const char *key, const char *simplified, const char *traditional,

@@ -9,6 +9,7 @@
 class QAction;
 class QMenu;
 class QWidget;
+class RecordingOpener;
 
 class AnalysisMenu : public QObject
 {
@@ -18,6 +19,8 @@ public:
     // Fills the menu; window: the main window, parent of the windows.
     AnalysisMenu(QMenu *menu, QWidget *window);
 
+    // A file named on the command line.
+    void openRecording(const QString &path);
     // Title and entries in the current language.
     void setTexts();
 
@@ -41,5 +44,6 @@ private:
 
     QMenu *menu_;
     QWidget *window_;
+    RecordingOpener *recordings_;
     std::vector<Entry> entries_;
 };

@@ -1,3 +1,4 @@
+#include "app/analysismenu.h"
 #include "app/mainwindow.h"
 #include "app/windowstate.h"
 #include "device/devicelayer.h"
@@ -22,6 +23,8 @@ int main(int argc, char *argv[])
         MainWindow window;
         const WindowState state(window);
         window.show();
+        for (const QString &path : QApplication::arguments().mid(1))
+            window.analysisMenu()->openRecording(path);
         result = QApplication::exec();
     }
     setDriver(nullptr);

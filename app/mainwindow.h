@@ -37,6 +37,7 @@ public:
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override; // ends the workers, closes the device and the capture
 
+    AnalysisMenu *analysisMenu() const { return analysis_; }
     // Applies every text of the window in the current language.
     void setLa();
 

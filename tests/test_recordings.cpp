@@ -17,7 +17,7 @@ namespace
 {
 
 constexpr std::uint64_t kBlock = RecordingIndex::kBlockRows;
-constexpr int kFrames = 3 * int(kBlock) + 1234;
+constexpr int kFrames = 13522;
 
 // Every kind of frame, over and over; time goes on.
 std::vector<RawFrame> manyFrames(int count)

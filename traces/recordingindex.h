@@ -16,7 +16,7 @@
 class RecordingIndex
 {
 public:
-    static constexpr std::uint64_t kBlockRows = 4096;
+    static constexpr std::uint64_t kBlockRows = 1024;
 
     enum class Change : std::uint8_t { None, Shorter, Gone }; // what has happened to the file under the index
 

@@ -1,5 +1,6 @@
 // ostrel_pictures FOLDER: pictures of the window with traffic and of every dialog, in English and Simplified Chinese,
 // on the simulated adapter. Ends with 1, and says why, when something does not work.
+#include "analysis/recordingwindow.h"
 #include "analysis/statisticswindow.h"
 #include "analysis/supervision.h"
 #include "app/languageswitcher.h"
@@ -74,6 +75,32 @@ bool takeWindow(const QDir &folder, const PictureLanguage &language)
     return done;
 }
 
+// A recording as the window shows it, filtered.
+bool takeRecording(const QDir &folder, const PictureLanguage &language)
+{
+    LanguageSwitcher switcher;
+    const QTemporaryDir place;
+    const QString path = place.filePath("drive.log");
+    QFile file(path);
+    if (!switcher.switchTo(language.code) || !file.open(QIODevice::WriteOnly))
+        return fail("cannot make a recording");
+    constexpr int rows = 200000;
+    for (int i = 0; i < rows; ++i)
+        file.write(QString::asprintf("(1700000000.%06d) can%d %03X#%02X%04X7F%02X\n", i * 5, i % 2, 0x100 + i * 7 % 48,
+                                     i % 256, i * 11 % 65536, i % 251)
+                       .toLatin1());
+    file.close();
+    QString error;
+    const std::unique_ptr<RecordingWindow> window(RecordingWindow::openFile(path, nullptr, &error));
+    if (!window)
+        return fail(error);
+    auto *filter = window->findChild<QLineEdit *>("recordingFilter");
+    filter->setText("id 107..10F and data ?? ?? ?? 7F");
+    QTest::keyClick(filter, Qt::Key_Return);
+    QTest::qWait(kTrafficMs);
+    return take(*window, folder, "recording", language.suffix);
+}
+
 bool takeDialogs(const QDir &folder, const PictureLanguage &language)
 {
     LanguageSwitcher switcher;
@@ -109,7 +136,7 @@ int main(int argc, char *argv[])
     setDriver(makeDriver("simulated"));
     bool done = true;
     for (const PictureLanguage &language : kLanguages)
-        done = done && takeWindow(folder, language) && takeDialogs(folder, language);
+        done = done && takeWindow(folder, language) && takeRecording(folder, language) && takeDialogs(folder, language);
     setDriver(nullptr);
     return done ? 0 : 1;
 }

@@ -1,0 +1,99 @@
+// A recording of any size in a window of its own, read-only: the frame list's columns, filter, search, bookmarks,
+// export.
+#pragma once
+
+#include "analysis/analysiswindow.h"
+#include "analysis/recordingbookmarks.h"
+#include "analysis/recordingmodel.h"
+#include "traces/recordingsearch.h"
+
+#include <memory>
+
+class FilterLine;
+class QAction;
+class QBoxLayout;
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QMenu;
+class QProgressBar;
+class QPushButton;
+class QTimer;
+class QToolButton;
+class RecordingExporter;
+class RecordingView;
+
+class RecordingWindow : public AnalysisWindow
+{
+    Q_OBJECT
+
+public:
+    // Null with the reason in *error when the file cannot be opened. The window goes when it is closed.
+    static RecordingWindow *openFile(const QString &path, QWidget *parent, QString *error);
+    ~RecordingWindow() override;
+
+    const RecordingIndex &index() const { return *index_; }
+
+protected:
+    void retranslate() override;
+    QSize designSize() const override { return {1180, 640}; }
+
+private:
+    RecordingWindow(std::unique_ptr<RecordingIndex> index, QWidget *parent);
+    void makeTools(QBoxLayout *rows);
+    void makeLines(QBoxLayout *rows);
+    void makeStatus(QBoxLayout *rows);
+    void makeKeys();
+
+    void look();
+    void showProgress();
+    QString stateText() const;
+    void cancel();
+    void applyFilter();
+    void search(bool backwards);
+    void goTo();
+    void goToRow(std::uint64_t row);
+    std::optional<std::uint64_t> currentRow() const; // of the recording
+    void setTimes(int times);
+    void markRow();
+    void toggleBookmark();
+    void fillBookmarks();
+    void exportRows(bool selected);
+    void tell(const QString &message);
+
+    const std::unique_ptr<RecordingIndex> index_;
+    std::unique_ptr<RecordingFilter> filter_;
+    FrameFilter shown_; // what filter_ lets through
+    std::unique_ptr<RecordingSearch> search_;
+    RecordingBookmarks bookmarks_;
+    RecordingModel *model_;
+    RecordingView *view_;
+    RecordingExporter *exporter_;
+
+    QLabel *timesLabel_;
+    QComboBox *times_;
+    QPushButton *mark_;
+    QLabel *goToLabel_;
+    QLineEdit *goTo_;
+    QCheckBox *follow_;
+    QToolButton *bookmarkButton_;
+    QMenu *bookmarkMenu_;
+    QToolButton *exportButton_;
+    QAction *exportShown_;
+    QAction *exportSelected_;
+    QLabel *filterLabel_;
+    FilterLine *filterLine_;
+    QLabel *searchLabel_;
+    FilterLine *searchLine_;
+    QPushButton *previous_;
+    QPushButton *next_;
+    QLabel *status_;
+    QLabel *message_;
+    QProgressBar *progress_;
+    QPushButton *cancel_;
+    QTimer *timer_;
+    std::uint64_t totalShown_ = 0; // when the table was last brought up to date
+    std::uint64_t rowToKeep_ = 0;  // of the recording, while a filter finds its way there
+    bool keeping_ = false;
+};
