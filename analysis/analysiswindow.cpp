@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <QEvent>
 #include <QGuiApplication>
+#include <QPushButton>
 #include <QScreen>
 #include <QSettings>
 
@@ -30,6 +31,8 @@ QString AnalysisWindow::key(const char *what) const
 void AnalysisWindow::open()
 {
     if (!isVisible()) {
+        for (QPushButton *button : findChildren<QPushButton *>())
+            button->setAutoDefault(true); // Enter presses it while it has the focus
         retranslate();
         const QByteArray place = QSettings().value(key("geometry")).toByteArray();
         if (!restoreGeometry(place)) {

@@ -22,6 +22,8 @@
 #include "upgrade/updatedlg.h"
 
 #include <QAction>
+#include <QDir>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -114,7 +116,10 @@ std::unique_ptr<SignalHub> makeHub()
 {
     auto hub = std::make_unique<SignalHub>();
     hub->start();
-    hub->add(QStringLiteral(OSTREL_VEHICLE_DATABASE), DatabaseChannels::Both);
+    // A copy, so that no picture shows where this tree lies.
+    const QString copy = QDir::temp().filePath(QStringLiteral("vehicle.dbc"));
+    QFile::copy(QStringLiteral(OSTREL_VEHICLE_DATABASE), copy);
+    hub->add(copy, DatabaseChannels::Both);
     return hub;
 }
 
