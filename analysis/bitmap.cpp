@@ -1,6 +1,7 @@
 #include "analysis/bitmap.h"
 
 #include "device/language.h"
+#include "widgets/accessibletexts.h"
 
 #include <QHelpEvent>
 #include <QPainter>
@@ -42,7 +43,7 @@ void BitMap::show(const IdentifierStatistics *entry)
     length_ = length;
     moved_ = moved;
     data_ = data;
-    setAccessibleDescription(movedText());
+    tellDescription(this, movedText());
     if (anotherSize)
         updateGeometry();
     update();

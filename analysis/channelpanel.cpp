@@ -4,6 +4,7 @@
 #include "analysis/plaincell.h"
 #include "analysis/statisticstexts.h"
 #include "device/language.h"
+#include "widgets/accessibletexts.h"
 
 #include <QHeaderView>
 #include <QLabel>
@@ -185,6 +186,6 @@ void ChannelPanel::setTexts()
     load_->setMinimumWidth(load_->fontMetrics().horizontalAdvance(loadText(1, 1, 1)));
     state_->setMinimumWidth(state_->fontMetrics().horizontalAdvance(
         controllerText({ControllerState::BusOff, true, kLongestCounter, kLongestCounter})));
-    table_->setAccessibleName(text3("按帧类型统计", "按幀類型統計", "Frames by kind"));
-    curve_->setAccessibleName(text3("总线负载曲线", "匯流排負載曲線", "Bus load curve"));
+    tellName(table_, text3("按帧类型统计", "按幀類型統計", "Frames by kind"));
+    tellName(curve_, text3("总线负载曲线", "匯流排負載曲線", "Bus load curve"));
 }

@@ -10,6 +10,7 @@
 #include "device/driver/driver.h"
 #include "device/language.h"
 #include "frames/buswatch.h"
+#include "widgets/accessibletexts.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -198,8 +199,8 @@ void StatisticsWindow::retranslate()
     supervise_->setText(text3("周期监视(&S)", "週期監視(&S)", "&Supervision"));
     toleranceLabel_->setText(text3("容差(&T)：", "容差(&T)：", "&Tolerance:"));
     bitsTitle_->setText(text3("变化过的位", "變化過的位元", "Bits that moved"));
-    view_->setAccessibleName(text3("每个ID的统计", "每個ID的統計", "Statistics by identifier"));
-    bits_->setAccessibleName(bitsTitle_->text());
+    tellName(view_, text3("每个ID的统计", "每個ID的統計", "Statistics by identifier"));
+    tellName(bits_, bitsTitle_->text());
     supervision_->setTexts();
     model_->setTexts();
     for (ChannelPanel *panel : panels_)

@@ -1,6 +1,7 @@
 #include "analysis/triggeredit.h"
 
 #include "device/language.h"
+#include "widgets/accessibletexts.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -58,8 +59,8 @@ void TriggerEdit::setTexts(const QString &nothing)
     kind_->setMinimumWidth(kind_->sizeHint().width() + kind_->fontMetrics().averageCharWidth());
     ids_->setPlaceholderText(QStringLiteral("100..1FF"));
     mask_->setPlaceholderText(text3("02 ?? 7F（?为任意）", "02 ?? 7F（?為任意）", "02 ?? 7F (? any digit)"));
-    ids_->setAccessibleName(text3("ID范围", "ID範圍", "Range of identifiers"));
-    mask_->setAccessibleName(text3("数据", "資料", "Data"));
+    tellName(ids_, text3("ID范围", "ID範圍", "Range of identifiers"));
+    tellName(mask_, text3("数据", "資料", "Data"));
 }
 
 bool TriggerEdit::refuse(QLineEdit *field, const QString &reason)

@@ -1,8 +1,8 @@
 #include "app/frametableview.h"
 
+#include "app/rowheader.h"
 #include "widgets/columnmeasures.h"
 #include "widgets/framecelldelegate.h"
-#include "app/rowheader.h"
 
 #include <QAccessible>
 #include <QEvent>

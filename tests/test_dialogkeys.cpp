@@ -48,6 +48,7 @@ private slots:
             if (button->isHidden())
                 continue;
             button->setEnabled(true);
+            button->setMenu(nullptr);                                    // it would wait for an answer
             disconnect(button, &QPushButton::clicked, nullptr, nullptr); // only who was pressed counts here
             connect(button, &QPushButton::clicked, this, [&pressed, button] { pressed << button->objectName(); });
             waiting << button->objectName();
@@ -66,7 +67,7 @@ private slots:
             focus->setFocus(); // a field may lead on to the next step
             QTest::keyClick(focus, Qt::Key_Tab);
         }
-        QCOMPARE(waiting, QSet<QString>());
+        QCOMPARE(QStringList(waiting.values()).join(' '), QString());
     }
 
     void theUpgradeIsNotWhatEnterBegins()

@@ -80,8 +80,8 @@ QStringList choices(const QWidget &window)
             choice += edit->text();
         else if (const auto *combo = qobject_cast<const QComboBox *>(widget))
             choice += QString::number(combo->currentIndex());
-        else if (!qobject_cast<const QAbstractButton *>(widget))
-            continue;
+        else if (!qobject_cast<const QAbstractButton *>(widget) || widget->objectName().startsWith("qt_"))
+            continue; // what the toolkit adds follows the room that texts need
         found << widget->objectName() + " " + choice;
     }
     return found;

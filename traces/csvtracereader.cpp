@@ -152,8 +152,14 @@ public:
     TraceFormat format() const override { return TraceFormat::Csv; }
 
 protected:
-    std::shared_ptr<const TraceState> state() override { return keepValues(day_, clockMs_, stampOrigin_, stamped_, lastTime_); }
-    void restore(const TraceState &state) override { restoreValues(state, day_, clockMs_, stampOrigin_, stamped_, lastTime_); }
+    std::shared_ptr<const TraceState> state() override
+    {
+        return keepValues(day_, clockMs_, stampOrigin_, stamped_, lastTime_);
+    }
+    void restore(const TraceState &state) override
+    {
+        restoreValues(state, day_, clockMs_, stampOrigin_, stamped_, lastTime_);
+    }
     LineKind readLine(std::string_view line, RawFrame *frame) override;
 
 private:

@@ -7,7 +7,7 @@ namespace
 {
 
 constexpr std::uint32_t kRunRows = 32 * RecordingIndex::kBlockRows; // what a thread takes at a time; fits 16 bits
-constexpr int kChunk = 512;                                        // frames
+constexpr int kChunk = 512;                                         // frames
 constexpr unsigned kWordBits = 64;
 constexpr std::uint32_t kListShare = 16; // of more than one row in so many a bit for each takes less than a list
 constexpr std::chrono::milliseconds kWait{50};

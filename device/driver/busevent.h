@@ -71,6 +71,6 @@ struct BusReport {
     ChannelState state;
     std::uint32_t arbitrationRate = 0; // bit/s, where the driver did not get its rates from the program; 0: unknown
     std::uint32_t dataRate = 0;        // the same of the data phase
-    std::vector<BusEvent> events; // oldest first
-    std::uint64_t lost = 0;       // events that found no room since they were last taken
+    std::vector<BusEvent> events;      // oldest first
+    std::uint64_t lost = 0;            // events that found no room since they were last taken
 };
