@@ -259,6 +259,9 @@ private slots:
 
     void removedFolder()
     {
+#ifdef Q_OS_WIN
+        QSKIP("a folder with an open file in it cannot be removed here");
+#endif
         Bench bench;
         bench.begin();
         bench.feedLong(10);

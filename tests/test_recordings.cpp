@@ -298,6 +298,9 @@ void TestRecordings::followsAndSurvives()
     QVERIFY(QFile::resize(file, 0));
     QVERIFY(texts(shorter, 5000, 10).isEmpty());
 
+#ifdef Q_OS_WIN
+    QSKIP("a file that is open cannot be removed here");
+#endif
     save(file, bytes);
     RecordingIndex vanishing(file);
     QVERIFY(vanishing.open(&error));

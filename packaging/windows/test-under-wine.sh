@@ -32,6 +32,7 @@ mapfile -t tests < <(grep . "$build/core-tests.txt")
 for name in "${tests[@]}"; do
     cp "$build/tests/$name.exe" "$stage/core/"
 done
+cp fuzz/corpus/dbc/everything.dbc databases/vehicle.dbc "$stage/core/"
 copy_needed_libraries "$stage/core"
 for name in "${tests[@]}"; do
     timeout 300 "$runner" "$stage/core" "$name.exe" -o "$name.txt,txt" >/dev/null 2>&1 || true
