@@ -281,7 +281,6 @@ bool PlotView::eventFilter(QObject *watched, QEvent *event)
     auto *lane = canvas ? qobject_cast<PlotLane *>(canvas->parentWidget()) : nullptr;
     if (!lane)
         return QWidget::eventFilter(watched, event);
-    const auto *mouse = static_cast<const QMouseEvent *>(event);
     switch (event->type()) {
     case QEvent::Wheel: {
         const auto *wheel = static_cast<const QWheelEvent *>(event);
@@ -292,13 +291,15 @@ bool PlotView::eventFilter(QObject *watched, QEvent *event)
             zoomTime(factor, lane->canvasMap(QwtPlot::xBottom).invTransform(wheel->position().x()));
         return true;
     }
-    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonPress: {
+        const auto *mouse = static_cast<const QMouseEvent *>(event);
         if (mouse->button() == Qt::LeftButton)
             press(lane, mouse->pos());
         return true;
+    }
     case QEvent::MouseMove:
         if (dragging_)
-            drag(lane, mouse->pos());
+            drag(lane, static_cast<const QMouseEvent *>(event)->pos());
         return true;
     case QEvent::MouseButtonRelease:
         dragging_ = false;

@@ -152,9 +152,10 @@ bool AscReader::takeData(Text *text, unsigned length, std::uint8_t *data) const
     for (unsigned i = 0; i < length; ++i) {
         // " AB" before a blank or the end is what nearly every byte looks like
         if (base_ == 16 && text->size() >= 3 && text->front() == ' ') {
-            const int byte = hexDigitValue((*text)[1]) << 4 | hexDigitValue((*text)[2]);
-            if (byte >= 0 && (text->size() == 3 || scan::isBlank((*text)[3]))) {
-                data[i] = static_cast<std::uint8_t>(byte);
+            const int high = hexDigitValue((*text)[1]);
+            const int low = hexDigitValue((*text)[2]);
+            if (high >= 0 && low >= 0 && (text->size() == 3 || scan::isBlank((*text)[3]))) {
+                data[i] = static_cast<std::uint8_t>(high << 4 | low);
                 text->remove_prefix(3);
                 continue;
             }

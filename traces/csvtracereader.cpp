@@ -129,9 +129,10 @@ bool readData(Field text, unsigned length, std::uint8_t *data)
     text.remove_prefix(std::min(text.size(), prefix));
     for (unsigned i = 0; i < length && !text.empty(); ++i) {
         if (text.size() >= 3 && text[2] == ' ') {
-            const int byte = hexDigitValue(text[0]) << 4 | hexDigitValue(text[1]);
-            if (byte >= 0) {
-                data[i] = static_cast<std::uint8_t>(byte);
+            const int high = hexDigitValue(text[0]);
+            const int low = hexDigitValue(text[1]);
+            if (high >= 0 && low >= 0) {
+                data[i] = static_cast<std::uint8_t>(high << 4 | low);
                 text.remove_prefix(3);
                 continue;
             }
