@@ -18,6 +18,8 @@ public:
     void start(const RecordingFilter *filter, std::uint64_t first, std::uint64_t end);
     bool isRunning() const { return run_ != nullptr; }
     void cancel();
+    // Cancels, and waits for the end: nothing reads the recording or the filter afterwards.
+    void giveUp() { run_.reset(); }
     // Of an export that runs, 0..1.
     double progress() const;
     // Looks whether the export has ended, and then tells what came of it.

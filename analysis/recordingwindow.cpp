@@ -40,6 +40,7 @@ RecordingWindow *RecordingWindow::openFile(const QString &path, QWidget *parent,
 RecordingWindow::~RecordingWindow()
 {
     timer_->stop();
+    exporter_->giveUp();
     model_->setFilter(nullptr);
 }
 

@@ -22,11 +22,13 @@ UpdateDlg::UpdateDlg(const QString &version, const QString &sourcePath, QWidget 
     : FormDialog(parent),
       ui_(std::make_unique<Ui::UpdateDlg>()),
       progress_(new QProgressBar(this)),
+      wait_(new QTimer(this)),
       version_(version),
       sourcePath_(sourcePath),
       pollMs_(kPollMs)
 {
     ui_->setupUi(this);
+    wait_->setSingleShot(true);
     progress_->setTextVisible(false);
     progress_->setValue(0);
     ui_->progressLayout->addWidget(progress_);
@@ -55,7 +57,14 @@ void UpdateDlg::on_pushButton_clicked()
     showLiveText();
     ui_->pushButton->setEnabled(false);
     ui_->pushButton_2->setEnabled(false);
-    QTimer::singleShot(kPaintFirstMs, this, &UpdateDlg::restartDevice);
+    goOnAfter(kPaintFirstMs, &UpdateDlg::restartDevice);
+}
+
+void UpdateDlg::goOnAfter(int milliseconds, void (UpdateDlg::*step)())
+{
+    wait_->disconnect(this);
+    connect(wait_, &QTimer::timeout, this, step);
+    wait_->start(milliseconds);
 }
 
 void UpdateDlg::on_pushButton_2_clicked()
@@ -77,7 +86,7 @@ void UpdateDlg::restartDevice()
         fail();
         return;
     }
-    QTimer::singleShot(pollMs_, this, &UpdateDlg::timer);
+    goOnAfter(pollMs_, &UpdateDlg::timer);
 }
 
 void UpdateDlg::timer()
@@ -88,7 +97,7 @@ void UpdateDlg::timer()
         return;
     }
     if (!copyImage()) {
-        QTimer::singleShot(pollMs_, this, &UpdateDlg::timer);
+        goOnAfter(pollMs_, &UpdateDlg::timer);
         return;
     }
     progress_->setValue(progress_->maximum());

@@ -9,6 +9,7 @@
 #include <utility>
 
 class QProgressBar;
+class QTimer;
 
 namespace Ui
 {
@@ -43,6 +44,7 @@ private slots:
 
 private:
     void showLiveText();
+    void goOnAfter(int milliseconds, void (UpdateDlg::*step)());
     void restartDevice();
     bool copyImage() const;
     void fail();
@@ -50,6 +52,7 @@ private:
 
     const std::unique_ptr<Ui::UpdateDlg> ui_;
     QProgressBar *progress_; // owned by this dialog; empty until the image is on the drive
+    QTimer *wait_; // owned by this dialog; for the next step
     const QString version_;
     const QString sourcePath_;
     unsigned deviceIndex_ = 0;
