@@ -62,7 +62,7 @@ private:
     void exportRows(bool selected);
     void tell(const QString &message);
 
-    const std::unique_ptr<RecordingIndex> index_;
+    const std::shared_ptr<RecordingIndex> index_; // windows that work on a part of it keep it too
     std::unique_ptr<RecordingFilter> filter_;
     FrameFilter shown_; // what filter_ lets through
     std::unique_ptr<RecordingSearch> search_;
