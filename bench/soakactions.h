@@ -7,6 +7,8 @@
 #include <map>
 #include <random>
 
+class StatisticsWindow;
+
 class SoakActions
 {
 public:
@@ -51,10 +53,12 @@ private:
     void closeDevice();
     void open();
     void sleepLong();
+    void useStatistics();
 
     Scene &scene_;
     WindowDriver &user_;
     SoakAccounts &accounts_;
+    StatisticsWindow *statistics_;
     std::mt19937 random_;
     std::map<QString, int> done_;
 };
