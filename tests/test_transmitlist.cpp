@@ -259,11 +259,24 @@ private slots:
             QCOMPARE(user.ids(), QString("001 001"));
             QCOMPARE(user.window->document()->save(path), QString());
         }
+        folder_->write("config/transmit-unsaved.json", "{");
+        {
+            const User user;
+            QCOMPARE(user.ids(), QString("001 001"));
+            QVERIFY(user.hint().contains("line 1"));
+            QCOMPARE(folder_->read("config/transmit-unsaved.damaged.json"), QByteArray("{"));
+        }
         folder_->write("my list.json", "{\"format\": ");
+        {
+            const User user;
+            QCOMPARE(user.ids(), QString());
+            QVERIFY(user.hint().contains("line 1"));
+            QCOMPARE(folder_->read("my list.json"), QByteArray("{\"format\": "));
+            user.trigger("actionAdd"); // not of the damaged file
+        }
         const User user;
-        QCOMPARE(user.ids(), QString());
-        QVERIFY(user.hint().contains("line 1"));
-        QCOMPARE(folder_->read("my list.json"), QByteArray("{\"format\": "));
+        QCOMPARE(user.ids(), QString("001"));
+        QVERIFY(user.window->document()->path().isEmpty());
     }
 };
 
