@@ -92,6 +92,7 @@ void MessageDlg::retranslate()
     choose_->setText(text3("数据库(&D)…", "資料庫(&D)…", "&Databases…"));
     ok_->setText(text3("添加(&A)", "新增(&A)", "&Add"));
     cancel_->setText(text3("取消", "取消", "Cancel"));
+    fitColumns();
 }
 
 void MessageDlg::fill()
@@ -122,12 +123,17 @@ void MessageDlg::fill()
         }
     }
     list_->addTopLevelItems(items);
+    fitColumns();
+    filter();
+}
+
+void MessageDlg::fitColumns()
+{
     const int widest = kWidestChars * list_->fontMetrics().averageCharWidth();
     for (int column = 0; column < ColumnCount; ++column) {
         list_->resizeColumnToContents(column);
         list_->setColumnWidth(column, qMin(list_->columnWidth(column), widest));
     }
-    filter();
 }
 
 // Every word somewhere in the row.

@@ -26,6 +26,7 @@ protected:
 
 private:
     void fill();
+    void fitColumns();
     void filter();
     void showState();
 
