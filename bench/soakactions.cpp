@@ -45,6 +45,7 @@ const SoakActions::Choice SoakActions::kChoices[] = {
     {"close", 1, &SoakActions::closeDevice},
     {"open", 2, &SoakActions::open},
     {"sleep", 1, &SoakActions::sleepLong},
+    {"entries", 6, &SoakActions::switchEntries},
 };
 
 SoakActions::SoakActions(Scene &scene, SoakAccounts &accounts, quint32 seed)
@@ -90,6 +91,7 @@ void SoakActions::finish()
 {
     for (sendThread *sender : scene_.window->findChildren<sendThread *>())
         sender->stop();
+    endList();
     QTest::qWait(1000);
     user_.closeDevice();
     scene_.window->findChild<ReceiveView *>()->refresh();

@@ -7,6 +7,8 @@
 #include <map>
 #include <random>
 
+class listSendDlg;
+
 class SoakActions
 {
 public:
@@ -51,6 +53,9 @@ private:
     void closeDevice();
     void open();
     void sleepLong();
+    void switchEntries(); // of the transmit list
+    listSendDlg *openedList();
+    void endList();
 
     Scene &scene_;
     WindowDriver &user_;
