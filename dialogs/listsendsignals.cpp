@@ -63,9 +63,9 @@ void listSendDlg::editSignals()
         return;
     }
     hint({});
+    const int row = qMax(0, ui_->fieldView->currentIndex().row());
+    ui_->fieldView->setCurrentIndex(fields_.index(row, FieldValueColumn));
     ui_->fieldView->setFocus();
-    if (!ui_->fieldView->currentIndex().isValid())
-        ui_->fieldView->setCurrentIndex(fields_.index(0, FieldValueColumn));
 }
 
 void listSendDlg::takeMessages()
