@@ -60,6 +60,7 @@ private:
     void toggleBookmark();
     void fillBookmarks();
     void exportRows(bool selected);
+    void copyRows(); // the selected ones
     void tell(const QString &message);
 
     const std::shared_ptr<RecordingIndex> index_; // windows that work on a part of it keep it too
@@ -82,6 +83,7 @@ private:
     QToolButton *exportButton_;
     QAction *exportShown_;
     QAction *exportSelected_;
+    QAction *copySelected_;
     QLabel *filterLabel_;
     FilterLine *filterLine_;
     QLabel *searchLabel_;

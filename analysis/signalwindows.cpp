@@ -1,5 +1,6 @@
 #include "analysis/signalwindows.h"
 
+#include "analysis/databasedialog.h"
 #include "analysis/plotwindow.h"
 #include "analysis/signalhub.h"
 #include "analysis/signalswindow.h"
@@ -15,6 +16,12 @@ SignalWindows::~SignalWindows()
     for (PlotWindow *plot : plots_)
         delete plot;
     delete signals_;
+}
+
+void SignalWindows::chooseDatabases(QWidget *parent)
+{
+    DatabaseDialog dialog(hub_, parent);
+    dialog.exec();
 }
 
 void SignalWindows::openSignals()

@@ -22,6 +22,10 @@ public:
     explicit SignalWindows(QWidget *window);
     ~SignalWindows() override;
 
+    SignalHub *hub() { return hub_; }
+    // Lets the user add and remove databases.
+    void chooseDatabases(QWidget *parent);
+
     void openSignals();
     // The plot that the user was at last, else the first.
     PlotWindow *openPlot();

@@ -405,6 +405,7 @@ void MainWindow::listSend()
         listSend_ = new listSendDlg(this);
         listSend_->setRowSource([this] { return receiveView_->selectedFrameCsv(); });
         connect(listSend_, &listSendDlg::logLine, this, &MainWindow::logLine);
+        analysis_->joinTransmitList(listSend_);
     }
     listSend_->show();
     listSend_->raise();

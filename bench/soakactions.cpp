@@ -49,6 +49,7 @@ const SoakActions::Choice SoakActions::kChoices[] = {
     {"open", 2, &SoakActions::open},
     {"statistics", 4, &SoakActions::useStatistics},
     {"sleep", 1, &SoakActions::sleepLong},
+    {"entries", 6, &SoakActions::switchEntries},
 };
 
 SoakActions::SoakActions(Scene &scene, SoakAccounts &accounts, quint32 seed)
@@ -97,6 +98,7 @@ void SoakActions::finish()
 {
     for (sendThread *sender : scene_.window->findChildren<sendThread *>())
         sender->stop();
+    endList();
     QTest::qWait(1000);
     user_.closeDevice();
     scene_.window->findChild<ReceiveView *>()->refresh();

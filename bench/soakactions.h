@@ -8,6 +8,7 @@
 #include <random>
 
 class StatisticsWindow;
+class listSendDlg;
 
 class SoakActions
 {
@@ -54,6 +55,9 @@ private:
     void open();
     void sleepLong();
     void useStatistics();
+    void switchEntries(); // of the transmit list
+    listSendDlg *openedList();
+    void endList();
 
     Scene &scene_;
     WindowDriver &user_;

@@ -34,6 +34,12 @@ public:
     void send(unsigned channel, const RawFrame &frame);
     // A frame for which there is no channel.
     void countRefused() { ++refused_; }
+    // What another sender has sent through this adapter.
+    void addCounts(std::uint64_t sent, std::uint64_t refused)
+    {
+        sent_ += sent;
+        refused_ += refused;
+    }
     // Whether sending makes sense any more: not after an interrupt, nor without the adapter.
     bool goesOn();
     // Lets what was sent last reach the bus, closes and tells the counts; false when anything was lost or refused.
