@@ -179,7 +179,7 @@ void RecordWindow::retranslate()
 
 void RecordWindow::showFields()
 {
-    const bool triggered = start_->findChild<QComboBox *>()->currentIndex() > 0;
+    const bool triggered = start_->isSet();
     beforeFrames_->setEnabled(triggered);
     beforeSeconds_->setEnabled(triggered);
     fields_->setEnabled(!isRunning());

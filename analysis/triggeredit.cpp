@@ -1,5 +1,6 @@
 #include "analysis/triggeredit.h"
 
+#include "device/driver/driver.h"
 #include "device/language.h"
 #include "widgets/accessibletexts.h"
 
@@ -20,18 +21,28 @@ constexpr int kMostBytes = 64;
 } // namespace
 
 TriggerEdit::TriggerEdit(const QString &name, QWidget *parent)
-    : QWidget(parent), kind_(new QComboBox(this)), ids_(new QLineEdit(this)), mask_(new QLineEdit(this))
+    : QWidget(parent),
+      kind_(new QComboBox(this)),
+      channel_(new QComboBox(this)),
+      ids_(new QLineEdit(this)),
+      mask_(new QLineEdit(this))
 {
     kind_->setObjectName(name + QStringLiteral("Kind"));
+    channel_->setObjectName(name + QStringLiteral("Channel"));
     ids_->setObjectName(name + QStringLiteral("Ids"));
     mask_->setObjectName(name + QStringLiteral("Mask"));
     for (int i = None; i <= LostFrames; ++i)
         kind_->addItem(QString());
-    kind_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-    kind_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
+    for (unsigned number = 0; number <= kChannelCount; ++number)
+        channel_->addItem(QString());
+    for (QComboBox *box : {kind_, channel_}) {
+        box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+        box->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
+    }
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(kind_);
+    row->addWidget(channel_);
     row->addWidget(ids_, 1);
     row->addWidget(mask_, 2);
     setFocusProxy(kind_);
@@ -45,6 +56,7 @@ TriggerEdit::TriggerEdit(const QString &name, QWidget *parent)
 void TriggerEdit::showFields()
 {
     const int kind = kind_->currentIndex();
+    channel_->setEnabled(kind != None && kind != LostFrames);
     ids_->setEnabled(kind == Identifiers || kind == Data);
     mask_->setEnabled(kind == Data);
 }
@@ -56,9 +68,14 @@ void TriggerEdit::setTexts(const QString &nothing)
     kind_->setItemText(Data, text3("ID和数据", "ID和資料", "Identifiers and data"));
     kind_->setItemText(ErrorFrame, text3("错误帧", "錯誤幀", "Error frame"));
     kind_->setItemText(LostFrames, text3("丢帧", "丟幀", "Lost frames"));
-    kind_->setMinimumWidth(kind_->sizeHint().width() + kind_->fontMetrics().averageCharWidth());
+    channel_->setItemText(0, text3("任一通道", "任一通道", "Any channel"));
+    for (int number = 1; number < channel_->count(); ++number)
+        channel_->setItemText(number, text3("通道%1", "通道%1", "Channel %1").arg(number));
+    for (QComboBox *box : {kind_, channel_})
+        box->setMinimumWidth(box->sizeHint().width() + box->fontMetrics().averageCharWidth());
     ids_->setPlaceholderText(QStringLiteral("100..1FF"));
     mask_->setPlaceholderText(text3("02 ?? 7F（?为任意）", "02 ?? 7F（?為任意）", "02 ?? 7F (? any digit)"));
+    tellName(channel_, text3("通道", "通道", "Channel"));
     tellName(ids_, text3("ID范围", "ID範圍", "Range of identifiers"));
     tellName(mask_, text3("数据", "資料", "Data"));
 }
@@ -112,9 +129,15 @@ bool TriggerEdit::readMask(RecorderTrigger &trigger)
     return true;
 }
 
+bool TriggerEdit::isSet() const
+{
+    return kind_->currentIndex() != None;
+}
+
 std::optional<std::vector<RecorderTrigger>> TriggerEdit::triggers()
 {
     RecorderTrigger trigger;
+    trigger.channel = static_cast<std::uint16_t>(channel_->currentIndex());
     switch (kind_->currentIndex()) {
     case Identifiers:
         trigger.kind = RecorderTrigger::Kind::Identifier;
@@ -140,15 +163,17 @@ std::optional<std::vector<RecorderTrigger>> TriggerEdit::triggers()
 
 void TriggerEdit::store(QSettings &settings, const QString &key) const
 {
-    settings.setValue(key, QStringList{QString::number(kind_->currentIndex()), ids_->text(), mask_->text()});
+    settings.setValue(key, QStringList{QString::number(kind_->currentIndex()), ids_->text(), mask_->text(),
+                                       QString::number(channel_->currentIndex())});
 }
 
 void TriggerEdit::restore(const QSettings &settings, const QString &key)
 {
     const QStringList stored = settings.value(key).toStringList();
-    if (stored.size() != 3)
+    if (stored.size() < 3) // one of before there was a channel has three
         return;
     kind_->setCurrentIndex(qBound<int>(None, stored[0].toInt(), LostFrames));
     ids_->setText(stored[1]);
     mask_->setText(stored[2]);
+    channel_->setCurrentIndex(qBound(0, stored.value(3).toInt(), channel_->count() - 1));
 }

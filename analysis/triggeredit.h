@@ -1,4 +1,4 @@
-// One trigger of a recording as a line of fields: what it is, the identifiers, the data mask.
+// One trigger of a recording as a line of fields: what it is, the channel, the identifiers, the data mask.
 #pragma once
 
 #include "traces/recordertrigger.h"
@@ -14,9 +14,10 @@ class TriggerEdit : public QWidget
     Q_OBJECT
 
 public:
-    // name: of the fields, ASCII, before "Kind", "Ids", "Mask".
+    // name: of the fields, ASCII, before "Kind", "Channel", "Ids", "Mask".
     TriggerEdit(const QString &name, QWidget *parent);
 
+    bool isSet() const;
     // No trigger: an empty list. Nothing, with the field that is wrong focused, when a text cannot be meant.
     std::optional<std::vector<RecorderTrigger>> triggers();
     // What is wrong, after triggers() has failed; in the current language.
@@ -38,6 +39,7 @@ private:
     void showFields();
 
     QComboBox *kind_;
+    QComboBox *channel_; // the index is the number, 0 any
     QLineEdit *ids_;
     QLineEdit *mask_;
     QString errorText_;

@@ -40,13 +40,13 @@ private:
         format->setCurrentIndex(format->findData(file.section('.', -1)));
         return window;
     }
-    static void send(std::uint32_t id, std::uint8_t byte)
+    static void send(std::uint32_t id, std::uint8_t byte, unsigned channel = 0)
     {
         RawFrame frame;
         frame.id = id;
         frame.length = 2;
         frame.data[1] = byte;
-        QVERIFY(sendRaw(0, frame, TransmitType::Normal) == SendResult::Taken);
+        QVERIFY(sendRaw(channel, frame, TransmitType::Normal) == SendResult::Taken);
     }
     static std::vector<RawFrame> read(const QString &path)
     {
@@ -116,6 +116,7 @@ private slots:
         RecordWindow *window = shown(scene, "row.log");
         window->findChild<QLineEdit *>("filterEdit")->setText("tx and not id 7FF");
         window->findChild<QComboBox *>("startKind")->setCurrentIndex(1); // identifiers
+        window->findChild<QComboBox *>("startChannel")->setCurrentIndex(2);
         window->findChild<QLineEdit *>("startIds")->setText("200..2FF");
         window->findChild<QComboBox *>("stopKind")->setCurrentIndex(2); // and data
         window->findChild<QLineEdit *>("stopMask")->setText("?? 0F");
@@ -124,15 +125,15 @@ private slots:
         QVERIFY(window->findChild<QLabel *>("stateLabel")->text().startsWith("Waiting for the start"));
         for (int round = 0; round < 2; ++round) {
             send(0x100, 1);
-            send(0x101, 2);
-            send(0x234, 3);
+            send(0x235, 2); // on the other channel
+            send(0x234, 3, 1);
             send(0x7FF, 15);
             send(0x102, 15);
             send(0x103, 4);
         }
         QTRY_COMPARE(scene.user->log().count("Recorded: "), 2);
         scene.window.reset(); // ends the recording
-        const QStringList expected = {"101 2", "234 3", "102 15"};
+        const QStringList expected = {"235 2", "234 3", "102 15"};
         QCOMPARE(texts(read(scene.folder.path("row_0001.log"))), expected);
         QCOMPARE(texts(read(scene.folder.path("row_0002.log"))), expected);
         QVERIFY(!QFile::exists(scene.folder.path("row_0003.log")));
@@ -140,6 +141,7 @@ private slots:
         scene.user = std::make_unique<WindowDriver>(*scene.window);
         scene.user->trigger("actionRecord"); // remembered
         QCOMPARE(scene.window->findChild<QLineEdit *>("startIds")->text(), QString("200..2FF"));
+        QCOMPARE(scene.window->findChild<QComboBox *>("startChannel")->currentIndex(), 2);
         QCOMPARE(scene.window->findChild<QLineEdit *>("filterEdit")->text(), QString("tx and not id 7FF"));
     }
 
