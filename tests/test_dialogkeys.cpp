@@ -78,7 +78,10 @@ private slots:
                 continue;
             const std::unique_ptr<QWidget> question = maker.make();
             question->show();
-            QTest::keyClick(question->focusWidget(), Qt::Key_Return);
+            question->activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(question.get()));
+            // What has no focus passes the key on to the window.
+            QTest::keyClick(question->focusWidget() ? question->focusWidget() : question.get(), Qt::Key_Return);
             QVERIFY(question->isHidden());
         }
     }
