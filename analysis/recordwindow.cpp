@@ -26,7 +26,7 @@
 namespace
 {
 
-constexpr QSize kDesignSize(640, 460);
+constexpr QSize kDesignSize(800, 460);
 constexpr int kLookMs = 250;
 constexpr std::uint64_t kMegabyte = 1000000;
 constexpr int kSecondsPerMinute = 60;

@@ -43,8 +43,8 @@ TriggerEdit::TriggerEdit(const QString &name, QWidget *parent)
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(kind_);
     row->addWidget(channel_);
-    row->addWidget(ids_, 1);
-    row->addWidget(mask_, 2);
+    row->addWidget(ids_, 2);
+    row->addWidget(mask_, 3);
     setFocusProxy(kind_);
     connect(kind_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this] {
         showFields();
