@@ -211,6 +211,12 @@ private slots:
         QCOMPARE(fake_->calls().filter("Arbitration"),
                  QStringList({"SetArbitrationBaud(7,0,5)", "SetArbitrationBaud(7,1,5)"}));
         QCOMPARE(answers_->messages().size(), 1);
+
+        fake_->failing.clear();
+        fake_->takeCalls();
+        answerWith("btnConfirm");
+        dialog.openCh(2);
+        QCOMPARE(fake_->calls().filter("InitChannel"), QStringList()); // both are initialised
     }
 
     void nothingOpensWhenCancelledOrWhenTheDeviceIsGone()
