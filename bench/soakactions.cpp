@@ -218,7 +218,7 @@ void SoakActions::setFilter()
 
 void SoakActions::clearFilters()
 {
-    if (user_.find<QAbstractButton>("pushButton_2")->isEnabled())
+    if (user_.find<QAbstractButton>("pushButton_2")->isEnabled()) // there are conditions
         user_.click("pushButton_2");
 }
 

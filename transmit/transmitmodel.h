@@ -22,13 +22,13 @@ enum TransmitColumn {
     ModeColumn,
     IntervalColumn,
     CountColumn,
+    SentColumn,
+    RefusedColumn,
+    LastSentColumn,
     AwaitsColumn,
     KeyColumn,
     ChangesColumn,
     ResumesColumn,
-    SentColumn,
-    RefusedColumn,
-    LastSentColumn,
     CommentColumn,
     TransmitColumnCount
 };
