@@ -45,7 +45,7 @@ void AnalysisMenu::joinTransmitList(listSendDlg *list)
     SignalHub *hub = values_->hub();
     hub->start();
     connect(hub, &SignalHub::databasesChanged, list, &listSendDlg::showFields);
-    list->setDatabases({[hub] { return hub->databases(); }, [hub] { return hub->lookup(); },
+    list->setDatabases({[hub] { return hub->databases()->entries(); }, [hub] { return hub->lookup(); },
                         [this](QWidget *parent) { values_->chooseDatabases(parent); }});
 }
 
