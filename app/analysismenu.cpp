@@ -1,6 +1,7 @@
 #include "app/analysismenu.h"
 
 #include "analysis/recordwindow.h"
+#include "analysis/signaldatabases.h"
 #include "analysis/signalhub.h"
 #include "analysis/signalwindows.h"
 #include "analysis/statisticswindow.h"
@@ -38,6 +39,12 @@ template <typename Window> void AnalysisMenu::open()
     shown->open();
 }
 
+bool AnalysisMenu::lacksDatabases()
+{
+    const auto databases = SignalDatabases::shared();
+    return databases->isEmpty() && !databases->unusedVehicleDatabase().isEmpty();
+}
+
 void AnalysisMenu::openRecording(const QString &path)
 {
     recordings_->open(path);
@@ -48,7 +55,7 @@ void AnalysisMenu::joinTransmitList(listSendDlg *list)
     SignalHub *hub = values_->hub();
     hub->start();
     connect(hub, &SignalHub::databasesChanged, list, &listSendDlg::showFields);
-    list->setDatabases({[hub] { return hub->databases(); }, [hub] { return hub->lookup(); },
+    list->setDatabases({[hub] { return hub->databases()->entries(); }, [hub] { return hub->lookup(); },
                         [this](QWidget *parent) { values_->chooseDatabases(parent); }});
 }
 

@@ -4,6 +4,7 @@
 #include "analysis/plotview.h"
 #include "analysis/plotwindow.h"
 #include "analysis/recordwindow.h"
+#include "analysis/signalhub.h"
 #include "analysis/signalswindow.h"
 #include "analysis/statisticswindow.h"
 #include "app/mainmenu.h"
@@ -163,7 +164,7 @@ std::unique_ptr<SignalHub> makeHub()
 {
     auto hub = std::make_unique<SignalHub>();
     hub->start();
-    hub->add(vehicleDatabaseCopy(), DatabaseChannels::Both);
+    hub->databases()->add(vehicleDatabaseCopy(), DatabaseChannels::Both);
     return hub;
 }
 
@@ -218,7 +219,7 @@ std::unique_ptr<QWidget> makePlot()
 std::unique_ptr<QWidget> makeDatabases()
 {
     auto hub = makeHub();
-    auto dialog = std::make_unique<DatabaseDialog>(hub.get());
+    auto dialog = std::make_unique<DatabaseDialog>(hub->databases());
     hub.release()->setParent(dialog.get());
     return dialog;
 }
