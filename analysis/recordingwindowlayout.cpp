@@ -48,8 +48,10 @@ RecordingWindow::RecordingWindow(std::unique_ptr<RecordingIndex> index, QWidget 
     table->addWidget(view_);
     table->addWidget(bar);
     rows->addLayout(table, 1);
+    rows->addWidget(replay_);
     makeStatus(rows);
     makeKeys();
+    findSignals();
     connect(exporter_, &RecordingExporter::told, this, &RecordingWindow::tell);
     connect(view_, &RecordingView::currentChangedTo, this, [this] { status_->setText(stateText()); });
     model_->setBookmarks(bookmarks_.rows());
@@ -93,6 +95,7 @@ void RecordingWindow::makeTools(QBoxLayout *rows)
     tools->addStretch(1);
     tools->addWidget(bookmarkButton_);
     tools->addWidget(exportButton_);
+    makeAnalyses(tools);
     rows->addLayout(tools);
 
     connect(times_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &RecordingWindow::setTimes);
@@ -207,6 +210,7 @@ void RecordingWindow::retranslate()
     previous_->setToolTip(QStringLiteral("Shift+F3"));
     next_->setToolTip(QStringLiteral("F3"));
     cancel_->setText(text3("取消", "取消", "Cancel"));
+    retranslateAnalyses();
     view_->fitColumns();
     model_->refresh();
     emit model_->headerDataChanged(Qt::Horizontal, 0, FrameColumnCount - 1);

@@ -50,7 +50,7 @@ void readPlan(Arguments &arguments, const Databases &databases, ReplayPlan *plan
     if (plan->intervalMs && arguments.isSet("speed"))
         arguments.wrong(QStringLiteral("--speed and --interval exclude each other"));
     readChannelMap(arguments, plan);
-    plan->selection.read(arguments, databases.isEmpty() ? nullptr : &databases);
+    plan->selection.read(arguments, databases.signalSource());
 }
 
 class Replay
