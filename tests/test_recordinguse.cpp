@@ -9,6 +9,7 @@
 #include "app/analysismenu.h"
 #include "bench/trialscene.h"
 #include "frames/tap.h"
+#include "traces/recordingexport.h"
 
 #include <QAction>
 #include <QComboBox>
