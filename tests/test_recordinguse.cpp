@@ -212,7 +212,7 @@ void TestRecordingUse::replayIsInterrupted()
     QTRY_VERIFY(state().startsWith(QLatin1String("row 182,")));
     click(window, "replayPause");
     QTRY_VERIFY(state().startsWith(QLatin1String("row 201,")));
-    QCOMPARE(sent(tap).first(), QStringLiteral("can1 101#B5021F"));
+    QCOMPARE(sent(tap).first().toLatin1(), shell("sed -n 182p " + path_ + " | cut -d' ' -f2-").trimmed());
     click(window, "replayStop");
     QTRY_VERIFY(scene.user->log().contains(QLatin1String("Replay stopped: ")));
     // The device goes while it waits.
