@@ -3,6 +3,7 @@
 
 #include "analysis/analysiswindow.h"
 #include "analysis/plotsignal.h"
+#include "frames/framefeed.h"
 
 #include <QTimer>
 #include <QVector>
@@ -27,6 +28,9 @@ public:
     // number: from 1, which of the plots that are kept. The hub outlives the window.
     PlotWindow(SignalHub *hub, int number, QWidget *parent);
     ~PlotWindow() override;
+
+    // A plot of a recording's part: shown, reads in the background, goes when it is closed. parent: the main window.
+    static PlotWindow *openRecording(const RecordingPart &part, QWidget *parent);
 
     int number() const { return number_; }
     // Those that are not there yet; beyond kMostSignals they are left out, and the log says so.

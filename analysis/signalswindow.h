@@ -3,6 +3,7 @@
 
 #include "analysis/analysiswindow.h"
 #include "analysis/signalid.h"
+#include "frames/framefeed.h"
 
 #include <QTimer>
 #include <QVector>
@@ -24,6 +25,10 @@ public:
     // The hub outlives the window.
     SignalsWindow(SignalHub *hub, QWidget *parent);
     ~SignalsWindow() override;
+
+    // The signals of a recording's part, with plots of their own: shown, reads in the background, goes when it is closed.
+    // parent: the main window.
+    static SignalsWindow *openRecording(const RecordingPart &part, QWidget *parent);
 
 signals:
     void plotWanted(const QVector<SignalId> &ids);
