@@ -11,6 +11,7 @@
 class QCheckBox;
 class QLabel;
 class QLineEdit;
+class QProgressBar;
 class QPushButton;
 class QTreeView;
 class SignalFilter;
@@ -26,8 +27,8 @@ public:
     SignalsWindow(SignalHub *hub, QWidget *parent);
     ~SignalsWindow() override;
 
-    // The signals of a recording's part, with plots of their own: shown, reads in the background, goes when it is closed.
-    // parent: the main window.
+    // The signals of a recording's part, with plots of their own: shown, reads in the background, goes when it is
+    // closed. parent: the main window.
     static SignalsWindow *openRecording(const RecordingPart &part, QWidget *parent);
 
 signals:
@@ -50,6 +51,7 @@ private:
     void search(const QString &text);
     void showDatabases();
     void showState();
+    void showProgress();
 
     SignalHub *hub_;
     SignalTreeModel *model_;
@@ -62,6 +64,7 @@ private:
     QPushButton *vehicle_;
     QTreeView *tree_;
     QLabel *state_;
+    QProgressBar *progress_;
     QAction *copy_;
     QTimer refreshTimer_;
     bool wanting_ = false; // frames of the hub
