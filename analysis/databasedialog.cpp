@@ -36,7 +36,7 @@ QString channelsText(DatabaseChannels channels)
     return QStringLiteral("1, 2");
 }
 
-void addDatabaseFiles(SignalHub *hub, QWidget *parent)
+void addDatabaseFiles(SignalDatabases *databases, QWidget *parent)
 {
     QSettings kept;
     QFileDialog dialog(parent, text3("添加信号数据库", "新增訊號資料庫", "Add signal databases"),
@@ -46,12 +46,12 @@ void addDatabaseFiles(SignalHub *hub, QWidget *parent)
         return;
     kept.setValue(kFolderKey, dialog.directory().absolutePath());
     for (const QString &path : dialog.selectedFiles())
-        hub->add(path, DatabaseChannels::Both);
+        databases->add(path, DatabaseChannels::Both);
 }
 
-DatabaseDialog::DatabaseDialog(SignalHub *hub, QWidget *parent)
+DatabaseDialog::DatabaseDialog(SignalDatabases *databases, QWidget *parent)
     : FormDialog(parent),
-      hub_(hub),
+      databases_(databases),
       list_(new QTreeWidget),
       channelsLabel_(new QLabel),
       channels_(new QComboBox),
@@ -85,14 +85,14 @@ DatabaseDialog::DatabaseDialog(SignalHub *hub, QWidget *parent)
     all->addLayout(row);
     resize(kDesignSize);
 
-    connect(add_, &QPushButton::clicked, this, [this] { addDatabaseFiles(hub_, this); });
+    connect(add_, &QPushButton::clicked, this, [this] { addDatabaseFiles(databases_, this); });
     connect(vehicle_, &QPushButton::clicked, this,
-            [this] { hub_->add(hub_->unusedVehicleDatabase(), DatabaseChannels::Both); });
-    connect(remove_, &QPushButton::clicked, this, [this] { hub_->remove(selectedPath()); });
+            [this] { databases_->add(databases_->unusedVehicleDatabase(), DatabaseChannels::Both); });
+    connect(remove_, &QPushButton::clicked, this, [this] { databases_->remove(selectedPath()); });
     connect(close_, &QPushButton::clicked, this, &QDialog::accept);
     connect(channels_, QOverload<int>::of(&QComboBox::activated), this, &DatabaseDialog::setChannels);
     connect(list_, &QTreeWidget::currentItemChanged, this, &DatabaseDialog::showSelected);
-    connect(hub_, &SignalHub::databasesChanged, this, &DatabaseDialog::showDatabases);
+    connect(databases_, &SignalDatabases::changed, this, &DatabaseDialog::showDatabases);
     retranslate();
     finishForm();
     add_->setFocus();
@@ -116,7 +116,7 @@ void DatabaseDialog::showDatabases()
 {
     const QString selected = selectedPath();
     list_->clear();
-    for (const DatabaseSet::Entry &entry : hub_->databases()) {
+    for (const DatabaseSet::Entry &entry : databases_->entries()) {
         const QFileInfo file(entry.path);
         auto *item = new QTreeWidgetItem(list_, {file.fileName(), channelsText(entry.channels),
                                                  QString::number(entry.database->content.messages.size()),
@@ -130,7 +130,7 @@ void DatabaseDialog::showDatabases()
         if (!list_->currentItem() || entry.path == selected)
             list_->setCurrentItem(item);
     }
-    vehicle_->setEnabled(!hub_->unusedVehicleDatabase().isEmpty());
+    vehicle_->setEnabled(!databases_->unusedVehicleDatabase().isEmpty());
     showSelected();
 }
 
@@ -139,14 +139,14 @@ void DatabaseDialog::showSelected()
     const QString path = selectedPath();
     remove_->setEnabled(!path.isEmpty());
     channels_->setEnabled(!path.isEmpty());
-    for (const DatabaseSet::Entry &entry : hub_->databases())
+    for (const DatabaseSet::Entry &entry : databases_->entries())
         if (entry.path == path)
             channels_->setCurrentIndex(channels_->findText(channelsText(entry.channels)));
 }
 
 void DatabaseDialog::setChannels(int choice)
 {
-    hub_->setChannels(selectedPath(), kChoices[choice]);
+    databases_->setChannels(selectedPath(), kChoices[choice]);
 }
 
 QString DatabaseDialog::selectedPath() const

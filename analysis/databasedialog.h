@@ -1,7 +1,7 @@
 // The signal databases in use: which, and on which channels.
 #pragma once
 
-#include "analysis/signalhub.h"
+#include "analysis/signaldatabases.h"
 #include "widgets/formdialog.h"
 
 class QComboBox;
@@ -14,7 +14,8 @@ class DatabaseDialog : public FormDialog
     Q_OBJECT
 
 public:
-    explicit DatabaseDialog(SignalHub *hub, QWidget *parent = nullptr);
+    // The databases outlive the dialog.
+    explicit DatabaseDialog(SignalDatabases *databases, QWidget *parent = nullptr);
 
 protected:
     void retranslate() override;
@@ -25,7 +26,7 @@ private:
     void setChannels(int choice);
     QString selectedPath() const;
 
-    SignalHub *hub_;
+    SignalDatabases *databases_;
     QTreeWidget *list_;
     QLabel *channelsLabel_;
     QComboBox *channels_;
@@ -38,4 +39,4 @@ private:
 // "1", "2" or "1, 2".
 QString channelsText(DatabaseChannels channels);
 // Asks for files of databases and adds them, on both channels.
-void addDatabaseFiles(SignalHub *hub, QWidget *parent);
+void addDatabaseFiles(SignalDatabases *databases, QWidget *parent);

@@ -11,6 +11,7 @@
 
 class CurveFeed;
 class MessageLookup;
+class SignalReading;
 
 struct PlotSignal {
     SignalId id;
@@ -18,6 +19,7 @@ struct PlotSignal {
     int number = 1; // from 1, shown at the curve's end
     bool shown = true;
     CurveData data;
+    std::shared_ptr<SignalReading> reading; // of its points
     std::shared_ptr<CurveFeed> feed;
     ValueRange scale;       // of its axis; empty before there are points
     bool scaleKept = false; // the user chose it; else it follows what is on the screen

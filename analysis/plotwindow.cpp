@@ -9,6 +9,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
 #include <QShortcut>
@@ -22,18 +23,19 @@
 
 namespace
 {
-enum Column { Name, Last, First, Second, Difference, ColumnCount };
 constexpr int kPictureMs = 50;
-constexpr int kRoundsPerValues = 5;                             // the numbers beside the pictures change more slowly
-constexpr double kFirstSpan = 10;                               // seconds
-constexpr int kColumnChars[ColumnCount] = {32, 16, 16, 16, 16}; // widths in average characters
-constexpr int kListRows = 3;
-const char *const kOptionNames[] = {"follow", "stacked", "commonScale", "steps", "cursors"};
+constexpr int kRoundsPerValues = 5; // the numbers beside the pictures change more slowly
+constexpr double kFirstSpan = 10;   // seconds
+constexpr double kMomentsSpan = 1;  // seconds, around a recording of one moment
 constexpr bool kOptionDefaults[] = {true, true, false, false, false};
 } // namespace
 
 PlotWindow::PlotWindow(SignalHub *hub, int number, QWidget *parent)
-    : AnalysisWindow(QStringLiteral("plot-%1").arg(number), parent), hub_(hub), number_(number)
+    : AnalysisWindow((hub->isLive() ? QStringLiteral("plot-%1") : QStringLiteral("recorded-plot-%1")).arg(number),
+                     parent),
+      hub_(hub),
+      number_(number),
+      whole_(!hub->isLive())
 {
     createWidgets();
     connectAll();
@@ -46,106 +48,9 @@ PlotWindow::PlotWindow(SignalHub *hub, int number, QWidget *parent)
 PlotWindow::~PlotWindow()
 {
     for (const auto &signal : curves_)
-        hub_->store().endFeed(signal->feed);
-    if (wanting_)
+        signal->reading->store().endFeed(signal->feed);
+    if (wanting_ && hub_->isLive())
         hub_->unwant();
-}
-
-void PlotWindow::createWidgets()
-{
-    const auto button = [](const QString &name) {
-        auto *made = new QPushButton;
-        made->setObjectName(name + QStringLiteral("Button"));
-        made->setAutoDefault(true);
-        return made;
-    };
-    auto *row = new QHBoxLayout;
-    for (int option = 0; option < OptionCount; ++option) {
-        options_[option] = button(QLatin1String(kOptionNames[option]));
-        options_[option]->setCheckable(true);
-        row->addWidget(options_[option]);
-    }
-    fit_ = button(QStringLiteral("fit"));
-    export_ = button(QStringLiteral("export"));
-    remove_ = button(QStringLiteral("remove"));
-    new_ = button(QStringLiteral("newPlot"));
-    row->addWidget(fit_);
-    row->addStretch();
-    for (QPushButton *made : {remove_, export_, new_})
-        row->addWidget(made);
-    view_ = new PlotView;
-    view_->setObjectName(QStringLiteral("plotView"));
-    list_ = new QTreeWidget;
-    list_->setObjectName(QStringLiteral("curveList"));
-    list_->setRootIsDecorated(false);
-    list_->setUniformRowHeights(true);
-    list_->setColumnCount(ColumnCount);
-    for (int column = 0; column < ColumnCount; ++column)
-        list_->setColumnWidth(column, kColumnChars[column] * list_->fontMetrics().averageCharWidth());
-    hint_ = new QLabel;
-    hint_->setWordWrap(true);
-    hint_->setAlignment(Qt::AlignCenter);
-    times_ = new QLabel;
-    times_->setObjectName(QStringLiteral("timesLabel"));
-    auto *splitter = new QSplitter(Qt::Vertical);
-    splitter->addWidget(view_);
-    splitter->addWidget(list_);
-    splitter->setStretchFactor(0, 1);
-    splitter->setStretchFactor(1, 0);
-    splitter->setChildrenCollapsible(false);
-    const int listHeight = (kListRows + 1) * (list_->fontMetrics().height() * 3 / 2);
-    splitter->setSizes({designSize().height() - listHeight, listHeight});
-    auto *all = new QVBoxLayout(this);
-    all->addLayout(row);
-    all->addWidget(hint_);
-    all->addWidget(splitter, 1);
-    all->addWidget(times_);
-}
-
-void PlotWindow::connectAll()
-{
-    for (int option = 0; option < OptionCount; ++option)
-        connect(options_[option], &QPushButton::toggled, this, [this, option] { optionChanged(Option(option)); });
-    connect(fit_, &QPushButton::clicked, this, [this] {
-        options_[Follow]->setChecked(false);
-        view_->fit();
-    });
-    connect(export_, &QPushButton::clicked, this, &PlotWindow::exportFile);
-    connect(remove_, &QPushButton::clicked, this, &PlotWindow::removeSelected);
-    connect(new_, &QPushButton::clicked, this, &PlotWindow::newPlotWanted);
-    auto *removeKey = new QShortcut(QKeySequence::Delete, list_, nullptr, nullptr, Qt::WidgetShortcut);
-    connect(removeKey, &QShortcut::activated, this, &PlotWindow::removeSelected);
-    connect(view_, &PlotView::timesChanged, this, [this] {
-        options_[Follow]->setChecked(false);
-        showValues();
-    });
-    connect(view_, &PlotView::followWanted, this, [this] { options_[Follow]->setChecked(true); });
-    connect(view_, &PlotView::cursorMoved, this, &PlotWindow::showValues);
-    connect(view_, &PlotView::signalsDropped, this, &PlotWindow::addSignals);
-    connect(list_, &QTreeWidget::itemChanged, this, &PlotWindow::itemChanged);
-    connect(list_, &QTreeWidget::currentItemChanged, this, [this] { view_->select(selected()); });
-    connect(&timer_, &QTimer::timeout, this, &PlotWindow::refresh);
-    connect(hub_, &SignalHub::databasesChanged, this, &PlotWindow::describe);
-}
-
-void PlotWindow::retranslate()
-{
-    setWindowTitle(text3("曲线 %1", "曲線 %1", "Plot %1").arg(number_));
-    options_[Follow]->setText(text3("跟随(&F)", "跟隨(&F)", "&Follow"));
-    options_[Stacked]->setText(text3("分栏(&S)", "分欄(&S)", "&Stacked"));
-    options_[CommonScale]->setText(text3("共用刻度(&C)", "共用刻度(&C)", "&Common scale"));
-    options_[Steps]->setText(text3("阶梯(&T)", "階梯(&T)", "S&teps"));
-    options_[Cursors]->setText(text3("游标(&U)", "游標(&U)", "C&ursors"));
-    fit_->setText(text3("全部(&A)", "全部(&A)", "Fit &all"));
-    export_->setText(text3("导出(&E)…", "匯出(&E)…", "&Export…"));
-    remove_->setText(text3("移除(&R)", "移除(&R)", "&Remove"));
-    new_->setText(text3("新曲线窗口(&N)", "新曲線視窗(&N)", "&New plot"));
-    list_->setHeaderLabels({text3("信号", "訊號", "Signal"), text3("最新值", "最新值", "Last"),
-                            text3("游标1", "游標1", "Cursor 1"), text3("游标2", "游標2", "Cursor 2"),
-                            text3("差值", "差值", "Difference")});
-    hint_->setText(text3("在“信号”窗口中双击信号，或将其拖到此处", "在「訊號」視窗中雙擊訊號，或將其拖曳到此處",
-                         "Double-click a signal in the Signals window, or drag it here"));
-    showValues();
 }
 
 // --- which signals ------------------------------------------------------------------------------------------------
@@ -153,6 +58,7 @@ void PlotWindow::retranslate()
 void PlotWindow::addSignals(const QVector<SignalId> &ids)
 {
     int left = 0;
+    std::vector<PlotSignal *> added;
     for (const SignalId &id : ids) {
         const auto same = [&id](const auto &signal) { return signal->id == id; };
         if (std::any_of(curves_.begin(), curves_.end(), same))
@@ -164,9 +70,10 @@ void PlotWindow::addSignals(const QVector<SignalId> &ids)
         auto signal = std::make_unique<PlotSignal>();
         signal->id = id;
         signal->describe(*hub_->lookup());
-        signal->feed = hub_->store().feed(id);
+        added.push_back(signal.get());
         curves_.push_back(std::move(signal));
     }
+    feed(added);
     if (left > 0)
         emit log(text3("一个曲线窗口最多显示%1个信号，%2个未加入", "一個曲線視窗最多顯示%1個訊號，%2個未加入",
                        "A plot shows at most %1 signals; %2 were left out")
@@ -174,6 +81,23 @@ void PlotWindow::addSignals(const QVector<SignalId> &ids)
                      .arg(left));
     keep();
     showCurves();
+}
+
+// Their points from now on, or the recording's from its beginning.
+void PlotWindow::feed(const std::vector<PlotSignal *> &curves)
+{
+    if (curves.empty())
+        return;
+    const std::shared_ptr<SignalReading> reading = hub_->curveReading();
+    for (PlotSignal *curve : curves) {
+        if (curve->reading)
+            curve->reading->store().endFeed(curve->feed);
+        curve->reading = reading;
+        curve->feed = reading->store().feed(curve->id);
+        curve->data.clear();
+    }
+    if (!hub_->isLive())
+        reading->start();
 }
 
 void PlotWindow::removeSelected()
@@ -184,15 +108,20 @@ void PlotWindow::removeSelected()
     const auto at = std::find_if(curves_.begin(), curves_.end(), [gone](const auto &it) { return it.get() == gone; });
     const std::unique_ptr<PlotSignal> kept = std::move(*at); // until the view has forgotten it
     curves_.erase(at);
-    hub_->store().endFeed(kept->feed);
+    kept->reading->store().endFeed(kept->feed);
     keep();
     showCurves();
 }
 
-void PlotWindow::describe()
+void PlotWindow::databasesChanged()
 {
-    for (const auto &signal : curves_)
+    std::vector<PlotSignal *> again; // points of a recording mean something else now
+    for (const auto &signal : curves_) {
         signal->describe(*hub_->lookup());
+        if (!hub_->isLive())
+            again.push_back(signal.get());
+    }
+    feed(again);
     showCurves();
 }
 
@@ -246,7 +175,7 @@ PlotSignal *PlotWindow::selected() const
 void PlotWindow::takePoints()
 {
     for (const auto &signal : curves_) {
-        hub_->store().take(*signal->feed, &points_);
+        signal->reading->store().take(*signal->feed, &points_);
         for (const CurvePoint &point : points_)
             signal->data.append(point);
     }
@@ -254,10 +183,17 @@ void PlotWindow::takePoints()
 
 void PlotWindow::refresh()
 {
+    const bool wasReading = reading_;
+    if (!hub_->isLive())
+        showReading(); // before the points: after the last look there are none
     takePoints();
     if (isMinimized())
         return;
-    if (isOn(Follow)) {
+    if (reading_ || wasReading) {
+        if (whole_)
+            showWhole();
+        view_->showAll();
+    } else if (hub_->isLive() && isOn(Follow)) {
         applyTimes();
         view_->showAll();
     }
@@ -270,6 +206,33 @@ void PlotWindow::applyTimes()
     const double span = view_->to() - view_->from();
     const double now = double(hub_->store().now()) / kNsPerSecond;
     view_->setTimes(now - span, now);
+}
+
+// A recording from end to end; its time may be longer than its rows say, when the adapter's clock began anew in it.
+void PlotWindow::showWhole()
+{
+    const auto times = hub_->times();
+    if (!times)
+        return;
+    std::int64_t end = times->second;
+    for (const auto &signal : curves_)
+        end = std::max(end, signal->reading->store().now());
+    if (end > times->first)
+        view_->setTimes(double(times->first) / kNsPerSecond, double(end) / kNsPerSecond);
+    else
+        view_->setTimes(double(end) / kNsPerSecond - kMomentsSpan / 2, double(end) / kNsPerSecond + kMomentsSpan / 2);
+}
+
+void PlotWindow::showReading()
+{
+    reading_ = false;
+    double progress = 1;
+    for (const auto &signal : curves_) {
+        reading_ = reading_ || signal->reading->isReading();
+        progress = std::min(progress, signal->reading->progress());
+    }
+    progress_->setVisible(reading_);
+    progress_->setValue(int(progress * kProgressSteps));
 }
 
 void PlotWindow::showValues()
@@ -305,6 +268,9 @@ void PlotWindow::showValues()
                     .arg(view_->cursor(0), 0, 'f', 6)
                     .arg(view_->cursor(1), 0, 'f', 6)
                     .arg(distance, 0, 'f', 6);
+    const auto cutShort = [](const auto &signal) { return signal->reading->isCutShort(); };
+    if (!hub_->isLive() && std::any_of(curves_.begin(), curves_.end(), cutShort))
+        line += QStringLiteral("   ") + fileChangedText();
     if (hub_->store().lost() > 0)
         line += text3("　丢失%1帧", "　遺失%1個訊框", "   %1 frames lost").arg(hub_->store().lost());
     times_->setText(line);
@@ -347,7 +313,9 @@ void PlotWindow::optionChanged(Option option)
 
 QString PlotWindow::key(const char *what) const
 {
-    return QStringLiteral("plots/%1/%2").arg(number_).arg(QLatin1String(what));
+    return (hub_->isLive() ? QStringLiteral("plots/%1/%2") : QStringLiteral("recordedPlots/%1/%2"))
+        .arg(number_)
+        .arg(QLatin1String(what));
 }
 
 void PlotWindow::keep() const
@@ -367,6 +335,8 @@ void PlotWindow::restore()
     const QSettings kept;
     const QStringList texts = kept.value(key("signals")).toStringList();
     view_->setTimes(-kFirstSpan, 0);
+    if (!hub_->isLive())
+        showWhole();
     for (int option = 0; option < OptionCount; ++option) {
         const QSignalBlocker blocker(options_[option]);
         options_[option]->setChecked(option == Follow || option == Cursors
@@ -390,7 +360,8 @@ void PlotWindow::showEvent(QShowEvent *event)
     AnalysisWindow::showEvent(event);
     if (!wanting_ && !event->spontaneous()) {
         wanting_ = true;
-        hub_->want();
+        if (hub_->isLive())
+            hub_->want();
         timer_.start();
         view_->setFocus();
     }
@@ -401,7 +372,8 @@ void PlotWindow::hideEvent(QHideEvent *event)
     if (wanting_ && !event->spontaneous()) {
         wanting_ = false;
         timer_.stop();
-        hub_->unwant();
+        if (hub_->isLive())
+            hub_->unwant();
     }
     AnalysisWindow::hideEvent(event);
 }

@@ -3,6 +3,7 @@
 
 #include "analysis/analysiswindow.h"
 #include "analysis/plotsignal.h"
+#include "frames/framefeed.h"
 
 #include <QTimer>
 #include <QVector>
@@ -12,6 +13,7 @@
 
 class PlotView;
 class QLabel;
+class QProgressBar;
 class QPushButton;
 class QTreeWidget;
 class QTreeWidgetItem;
@@ -28,6 +30,9 @@ public:
     PlotWindow(SignalHub *hub, int number, QWidget *parent);
     ~PlotWindow() override;
 
+    // A plot of a recording's part: shown, reads in the background, goes when it is closed. parent: the main window.
+    static PlotWindow *openRecording(const RecordingPart &part, QWidget *parent);
+
     int number() const { return number_; }
     // Those that are not there yet; beyond kMostSignals they are left out, and the log says so.
     void addSignals(const QVector<SignalId> &ids);
@@ -37,7 +42,8 @@ public:
 signals:
     void log(const QString &message);
     void newPlotWanted();
-    void activated(); // the user is at this one
+    void signalsWanted(); // the window of signals
+    void activated();     // the user is at this one
 
 protected:
     void retranslate() override;
@@ -48,19 +54,25 @@ protected:
 
 private:
     enum Option { Follow, Stacked, CommonScale, Steps, Cursors, OptionCount };
+    static constexpr const char *kOptionNames[OptionCount] = {"follow", "stacked", "commonScale", "steps", "cursors"};
+    enum Column { Name, Last, First, Second, Difference, ColumnCount };
+    static constexpr int kProgressSteps = 1000;
 
     void createWidgets();
     void connectAll();
     void refresh();
-    void describe();
+    void databasesChanged();
     void showCurves();
     void showValues();
+    void feed(const std::vector<PlotSignal *> &curves);
     void removeSelected();
     void itemChanged(QTreeWidgetItem *item);
     PlotSignal *selected() const;
     bool isOn(Option option) const;
     void optionChanged(Option option);
     void applyTimes();
+    void showWhole();
+    void showReading();
     void exportFile();
     QString key(const char *what) const;
     void keep() const;
@@ -74,12 +86,16 @@ private:
     QPushButton *fit_;
     QPushButton *export_;
     QPushButton *remove_;
+    QPushButton *signals_;
     QPushButton *new_;
     QTreeWidget *list_;
     QLabel *hint_;
     QLabel *times_;
+    QProgressBar *progress_;
     QTimer timer_;
     int rounds_ = 0;
     std::vector<CurvePoint> points_; // room for takePoints()
-    bool wanting_ = false;           // frames of the hub
+    bool wanting_ = false;           // live frames of the hub
+    bool reading_ = false;           // a recording
+    bool whole_ = false;             // a recording's time is shown from end to end, however far it has been read
 };

@@ -4,9 +4,11 @@
 
 #include "analysis/comparisonwindow.h"
 #include "analysis/filterline.h"
+#include "analysis/plotwindow.h"
 #include "analysis/recordingview.h"
 #include "analysis/replaybar.h"
-#include "analysis/signalhub.h"
+#include "analysis/signaldatabases.h"
+#include "analysis/signalswindow.h"
 #include "device/language.h"
 #include "frames/framefeed.h"
 #include "signals/signalnames.h"
@@ -101,8 +103,17 @@ void RecordingWindow::analyse(Analysis analysis, bool selected)
     if (selected)
         std::tie(part.first, part.end) = selectedRows();
     // Beside this window: what is analysed may outlast it.
-    (void)analysis;
-    (void)part;
+    // Beside this window, which it may outlast.
+    switch (analysis) {
+    case Analysis::Statistics:
+        break;
+    case Analysis::Signals:
+        SignalsWindow::openRecording(part, parentWidget());
+        break;
+    case Analysis::Plot:
+        PlotWindow::openRecording(part, parentWidget());
+        break;
+    }
 }
 
 void RecordingWindow::chooseComparison()
@@ -139,12 +150,12 @@ ReplayBar::Rows RecordingWindow::rowsToReplay(ReplayBar::Choice choice) const
 // Filters know the signals of the databases that the signal windows use.
 void RecordingWindow::findSignals()
 {
-    signals_ = parentWidget() ? parentWidget()->findChild<SignalHub *>() : nullptr;
-    if (!signals_)
-        signals_ = new SignalHub(this);
+    connect(databases_.get(), &SignalDatabases::changed, this, [this] { signalNames_.reset(); });
     for (FilterLine *line : {filterLine_, searchLine_})
         line->setSignals([this] {
-            signals_->start();
-            return SignalNames::of(signals_->databases(), signals_->lookup());
+            databases_->start();
+            if (!signalNames_)
+                signalNames_ = SignalNames::of(databases_->entries(), databases_->lookup());
+            return signalNames_;
         });
 }

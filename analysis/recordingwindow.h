@@ -25,7 +25,7 @@ class QTimer;
 class QToolButton;
 class RecordingExporter;
 class RecordingView;
-class SignalHub;
+class SignalDatabases;
 
 class RecordingWindow : public AnalysisWindow
 {
@@ -106,7 +106,8 @@ private:
     QAction *compareWith_;
     QPushButton *replayButton_;
     ReplayBar *replay_;
-    SignalHub *signals_ = nullptr; // the main window's, else one of this window
+    const std::shared_ptr<SignalDatabases> databases_;
+    std::shared_ptr<const SignalSource> signalNames_; // of the databases, once a filter has asked
     QLabel *filterLabel_;
     FilterLine *filterLine_;
     QLabel *searchLabel_;

@@ -4,6 +4,7 @@
 #include "analysis/filterline.h"
 #include "analysis/recordingexporter.h"
 #include "analysis/recordingview.h"
+#include "analysis/signaldatabases.h"
 #include "device/language.h"
 
 #include <QFileInfo>
@@ -34,7 +35,10 @@ template <typename Widget> Widget *named(Widget *widget, const char *name)
 } // namespace
 
 RecordingWindow::RecordingWindow(std::unique_ptr<RecordingIndex> index, QWidget *parent)
-    : AnalysisWindow(QStringLiteral("recording"), parent), index_(std::move(index)), bookmarks_(index_->path())
+    : AnalysisWindow(QStringLiteral("recording"), parent),
+      index_(std::move(index)),
+      bookmarks_(index_->path()),
+      databases_(SignalDatabases::shared())
 {
     model_ = new RecordingModel(*index_, this);
     auto *bar = new QScrollBar(Qt::Vertical, this);

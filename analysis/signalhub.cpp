@@ -1,127 +1,74 @@
 #include "analysis/signalhub.h"
 
-#include "device/apppaths.h"
 #include "device/language.h"
 
-#include <QDir>
 #include <QFileInfo>
-#include <QSettings>
 
-namespace
+SignalHub::SignalHub(const std::optional<RecordingPart> &part, QObject *parent)
+    : QObject(parent),
+      part_(part),
+      databases_(SignalDatabases::shared()),
+      values_(std::make_shared<SignalReading>(part, StoreUse::Values))
 {
-const QString kDatabasesKey = QStringLiteral("signals/databases");
-const QString kPathKey = QStringLiteral("path");
-const QString kChannelsKey = QStringLiteral("channels");
-constexpr int kMostProblemsTold = 10; // of one file
-} // namespace
-
-SignalHub::SignalHub(QObject *parent) : QObject(parent)
-{
-    connect(&watcher_, &DatabaseWatcher::changed, this, &SignalHub::reload);
-}
-
-SignalHub::~SignalHub() = default;
-
-void SignalHub::start()
-{
-    if (started_)
-        return;
-    started_ = true;
-    QSettings kept;
-    QVector<QPair<QString, DatabaseChannels>> entries;
-    const int count = kept.beginReadArray(kDatabasesKey);
-    for (int i = 0; i < count; ++i) {
-        kept.setArrayIndex(i);
-        const int channels = qBound(1, kept.value(kChannelsKey).toInt(), int(DatabaseChannels::Both));
-        entries.append({kept.value(kPathKey).toString(), DatabaseChannels(channels)});
-    }
-    kept.endArray();
-    if (entries.isEmpty())
-        return;
-    for (const auto &[path, channels] : qAsConst(entries))
-        tell(set_.add(path, channels));
-    watcher_.watch(set_.paths());
-    store_.setLookup(set_.lookup());
-    emit databasesChanged();
-}
-
-void SignalHub::add(const QString &path, DatabaseChannels channels)
-{
-    tell(set_.add(QFileInfo(path).absoluteFilePath(), channels));
-    apply();
-}
-
-void SignalHub::remove(const QString &path)
-{
-    if (set_.remove(path))
-        apply();
-}
-
-void SignalHub::setChannels(const QString &path, DatabaseChannels channels)
-{
-    if (set_.setChannels(path, channels))
-        apply();
-}
-
-void SignalHub::apply()
-{
-    QSettings kept;
-    kept.remove(kDatabasesKey);
-    kept.beginWriteArray(kDatabasesKey);
-    int index = 0;
-    for (const DatabaseSet::Entry &entry : set_.entries()) {
-        kept.setArrayIndex(index++);
-        kept.setValue(kPathKey, entry.path);
-        kept.setValue(kChannelsKey, int(entry.channels));
-    }
-    kept.endArray();
-    watcher_.watch(set_.paths());
-    store_.setLookup(set_.lookup());
-    emit databasesChanged();
-}
-
-void SignalHub::reload()
-{
-    const QVector<DatabaseSet::Outcome> outcomes = set_.reloadChanged();
-    bool loaded = false;
-    for (const DatabaseSet::Outcome &outcome : outcomes) {
-        tell(outcome);
-        loaded = loaded || outcome.change == DatabaseSet::Change::Loaded;
-    }
-    if (loaded) {
-        store_.setLookup(set_.lookup());
+    readTimes();
+    values_->setLookup(databases_->lookup());
+    connect(databases_.get(), &SignalDatabases::changed, this, [this] {
+        values_->setLookup(databases_->lookup());
         emit databasesChanged();
-    }
+    });
 }
 
-void SignalHub::tell(const DatabaseSet::Outcome &outcome)
+// A curve may keep the reading a little longer.
+SignalHub::~SignalHub()
 {
-    const QString name = QDir::toNativeSeparators(outcome.path);
-    if (outcome.change == DatabaseSet::Change::Loaded)
-        emit log(text3("已载入信号数据库：%1", "已載入訊號資料庫：%1", "Signal database loaded: %1").arg(name));
-    else if (outcome.change == DatabaseSet::Change::Kept)
-        emit log(text3("无法载入信号数据库：%1", "無法載入訊號資料庫：%1", "Signal database cannot be loaded: %1")
-                     .arg(name));
-    const QString file = QFileInfo(outcome.path).fileName();
-    for (int i = 0; i < qMin(outcome.problems.size(), kMostProblemsTold); ++i)
-        emit log(QStringLiteral("%1: %2").arg(file, problemText(outcome.problems.at(i))));
-    if (outcome.problems.size() > kMostProblemsTold)
-        emit log(text3("%1：另有%2个问题", "%1：另有%2個問題", "%1: %2 more problems")
-                     .arg(file)
-                     .arg(outcome.problems.size() - kMostProblemsTold));
-}
-
-QString SignalHub::unusedVehicleDatabase() const
-{
-    const QString path = QFileInfo(applicationDir() + QStringLiteral("/databases/vehicle.dbc")).absoluteFilePath();
-    return set_.paths().contains(path) || !QFileInfo::exists(path) ? QString() : path;
+    values_->stop();
 }
 
 void SignalHub::setWanted(int count)
 {
     wanted_ = count;
-    if (wanted_ > 0 && !source_)
-        source_ = std::make_unique<LiveSource>(store_);
-    else if (wanted_ <= 0)
-        source_.reset();
+    if (wanted_ > 0 && !reading_) {
+        reading_ = true;
+        values_->start();
+    } else if (wanted_ <= 0 && reading_ && isLive()) {
+        reading_ = false;
+        values_->stop();
+    }
+}
+
+std::shared_ptr<SignalReading> SignalHub::curveReading() const
+{
+    if (isLive())
+        return values_;
+    auto reading = std::make_shared<SignalReading>(part_, StoreUse::Curves);
+    reading->setLookup(databases_->lookup());
+    return reading;
+}
+
+QString SignalHub::titleEnd() const
+{
+    if (!part_)
+        return {};
+    QString end = QStringLiteral(" - ") + QFileInfo(part_->index->path()).fileName();
+    if (part_->first > 0 || part_->end < part_->index->rows())
+        end += text3("（第%1至%2行）", "（第%1至%2列）", " (rows %1 to %2)").arg(part_->first + 1).arg(part_->end);
+    return end;
+}
+
+void SignalHub::readTimes()
+{
+    const std::uint64_t end = part_ ? std::min(part_->end, part_->index->rows()) : 0;
+    RawFrame first;
+    RawFrame last;
+    if (!part_ || part_->first >= end)
+        return;
+    RecordingRows rows(*part_->index);
+    if (rows.read(part_->first, 1, &first) == 1 && rows.read(end - 1, 1, &last) == 1)
+        times_ = std::pair(first.time, std::max(first.time, last.time));
+}
+
+QString fileChangedText()
+{
+    return text3("文件已改变，未能读到末尾", "檔案已變更，未能讀到結尾",
+                 "The file has changed: it could not be read to its end");
 }

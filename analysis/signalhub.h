@@ -1,51 +1,52 @@
-// What the signal windows share: the databases in use, which are remembered and follow their files, and the live values
-// that they give. GUI thread.
+// What the signal windows of one source of frames share: the live bus', or those of a part of a recording. GUI thread.
 #pragma once
 
-#include "analysis/signalstore.h"
-#include "signals/databaseset.h"
-#include "signals/databasewatcher.h"
-
-#include <QObject>
+#include "analysis/signaldatabases.h"
+#include "analysis/signalreading.h"
 
 class SignalHub : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit SignalHub(QObject *parent = nullptr);
+    // Without a part: live.
+    explicit SignalHub(const std::optional<RecordingPart> &part = {}, QObject *parent = nullptr);
     ~SignalHub() override;
 
-    // Loads the databases of the last time; once, when the first window is shown.
-    void start();
+    // Loads the databases of the last time unless they are.
+    void start() { databases_->start(); }
+    SignalDatabases *databases() const { return databases_.get(); }
+    std::shared_ptr<const MessageLookup> lookup() const { return databases_->lookup(); }
 
-    const std::vector<DatabaseSet::Entry> &databases() const { return set_.entries(); }
-    std::shared_ptr<const MessageLookup> lookup() const { return set_.lookup(); }
-    void add(const QString &path, DatabaseChannels channels);
-    void remove(const QString &path);
-    void setChannels(const QString &path, DatabaseChannels channels);
-    // The database of the simulated adapter's vehicle, beside the program; empty when it is in use or not there.
-    QString unusedVehicleDatabase() const;
-
-    SignalStore &store() { return store_; }
-    // Frames are read while somebody wants them.
+    // The values: live ones, or what they were at the recording's end.
+    SignalStore &store() { return values_->store(); }
+    const SignalReading &values() const { return *values_; }
+    // Values are read while somebody wants them; a recording to its end once somebody has.
     void want() { setWanted(wanted_ + 1); }
     void unwant() { setWanted(wanted_ - 1); }
+    // For curves that are added together: the live values, else a pass over the recording that is theirs alone.
+    std::shared_ptr<SignalReading> curveReading() const;
+
+    bool isLive() const { return !part_; }
+    // " - drive.log", with the rows when it is not all of them; live: nothing.
+    QString titleEnd() const;
+    // Of the recording's first and last row, nanoseconds; live or without rows: nothing.
+    std::optional<std::pair<std::int64_t, std::int64_t>> times() const { return times_; }
 
 signals:
     void databasesChanged(); // store and lookup() are those of the new databases
-    void log(const QString &message);
 
 private:
-    void tell(const DatabaseSet::Outcome &outcome);
-    void reload();
-    void apply();
     void setWanted(int count);
+    void readTimes();
 
-    DatabaseSet set_;
-    DatabaseWatcher watcher_;
-    SignalStore store_;
-    std::unique_ptr<LiveSource> source_; // while wanted
+    const std::optional<RecordingPart> part_;
+    const std::shared_ptr<SignalDatabases> databases_;
+    const std::shared_ptr<SignalReading> values_;
+    std::optional<std::pair<std::int64_t, std::int64_t>> times_;
     int wanted_ = 0;
-    bool started_ = false;
+    bool reading_ = false; // values_
 };
+
+// A recording was not read to its end.
+QString fileChangedText();

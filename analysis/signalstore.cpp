@@ -50,7 +50,9 @@ void SignalStore::consumeOne(const RawFrame &frame)
         if (slotsOfIds_.size() >= kMostIds)
             slotsOfIds_.clear();
         const KnownMessage *message = lookup_->find(frame);
-        found = slotsOfIds_.insert(key, message ? slotOf(frame.channel, message) : nullptr);
+        Slot *slot = message ? slotOf(frame.channel, message) : nullptr;
+        const bool wanted = slot && (use_ == StoreUse::Values || !slot->feeds.empty());
+        found = slotsOfIds_.insert(key, wanted ? slot : nullptr);
     }
     Slot *slot = found.value();
     if (!slot)
@@ -77,9 +79,9 @@ void SignalStore::consumeOne(const RawFrame &frame)
             push(feed, {time, values_[std::size_t(index)].physical});
 }
 
-void SignalStore::push(CurveFeed *feed, CurvePoint point)
+void SignalStore::push(CurveFeed *feed, CurvePoint point) const
 {
-    if (feed->waiting_.size() < kMostWaiting)
+    if (use_ == StoreUse::Curves || feed->waiting_.size() < kMostWaiting)
         feed->waiting_.push_back(point);
     else
         feed->waiting_.back() = {point.time, kInterruption}; // what is lost shows as an interruption
@@ -111,6 +113,7 @@ SignalStore::Slot *SignalStore::slotOf(unsigned channel, const KnownMessage *mes
 
 void SignalStore::bindFeeds()
 {
+    slotsOfIds_.clear();
     for (const auto &[key, slot] : slots_)
         slot->feeds.clear();
     for (const auto &feed : feeds_) {
@@ -125,10 +128,19 @@ void SignalStore::bindFeeds()
 void SignalStore::setLookup(std::shared_ptr<const MessageLookup> lookup)
 {
     const std::lock_guard<std::mutex> guard(lock_);
-    slotsOfIds_.clear();
     slots_.clear();
     lookup_ = std::move(lookup);
     bindFeeds();
+}
+
+void SignalStore::beginAnew()
+{
+    const std::lock_guard<std::mutex> guard(lock_);
+    slots_.clear();
+    bindFeeds();
+    started_ = false;
+    offset_ = now_ = 0;
+    lost_ = 0;
 }
 
 bool SignalStore::read(unsigned channel, const KnownMessage *message, MessageRecord *record) const

@@ -36,15 +36,24 @@ class CurveFeed
     std::vector<CurvePoint> waiting_;
 };
 
+enum class StoreUse : std::uint8_t {
+    Values, // and curves that are taken many times a second
+    Curves, // of a recording and nothing else: none of their points is lost, however late they are taken
+};
+
 // Frames come in the source's thread; everything else may be called from any.
 class SignalStore : public FrameConsumer
 {
 public:
+    explicit SignalStore(StoreUse use = StoreUse::Values) : use_(use) {}
+
     void consume(const RawFrame *frames, std::size_t count) override;
     void framesLost(std::uint64_t count) override;
 
     // What is known from now on; values begin anew, feeds go on.
     void setLookup(std::shared_ptr<const MessageLookup> lookup);
+    // Values and time; for frames from a recording's beginning.
+    void beginAnew();
     // Copies a message's record; false when there was no traffic. The message is of the lookup in force.
     bool read(unsigned channel, const KnownMessage *message, MessageRecord *record) const;
     // Of frames so far, on one time base that never goes back: nanoseconds of the adapter's clock, and on after it when
@@ -70,9 +79,10 @@ private:
     std::int64_t storeTime(std::int64_t adapterTime);
     Slot *slotOf(unsigned channel, const KnownMessage *message);
     void bindFeeds();
-    static void push(CurveFeed *feed, CurvePoint point);
+    void push(CurveFeed *feed, CurvePoint point) const;
     void interruptCurves(std::int64_t time);
 
+    const StoreUse use_;
     mutable std::mutex lock_; // guards everything
     std::shared_ptr<const MessageLookup> lookup_ = std::make_shared<MessageLookup>();
     std::map<std::pair<unsigned, const KnownMessage *>, std::unique_ptr<Slot>> slots_;

@@ -13,6 +13,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QShortcut>
 #include <QShowEvent>
@@ -22,13 +23,14 @@
 namespace
 {
 constexpr int kRefreshMs = 250;
+constexpr int kProgressSteps = 1000;
 constexpr int kMostExpanded = 400; // messages that a search opens
 // Widths in average characters.
 constexpr int kColumnChars[SignalTreeModel::ColumnCount] = {32, 13, 9, 17, 13, 12, 12, 18};
 } // namespace
 
 SignalsWindow::SignalsWindow(SignalHub *hub, QWidget *parent)
-    : AnalysisWindow(QStringLiteral("signals"), parent),
+    : AnalysisWindow(hub->isLive() ? QStringLiteral("signals") : QStringLiteral("recorded-signals"), parent),
       hub_(hub),
       model_(new SignalTreeModel(hub, this)),
       filter_(new SignalFilter(this))
@@ -79,6 +81,12 @@ void SignalsWindow::createWidgets()
     state_ = new QLabel;
     state_->setObjectName(QStringLiteral("stateLabel"));
     state_->setWordWrap(true);
+    progress_ = new QProgressBar;
+    progress_->setObjectName(QStringLiteral("progressBar"));
+    progress_->setRange(0, kProgressSteps);
+    progress_->hide();
+    freeze_->setVisible(hub_->isLive()); // a recording's values stand still
+    reset_->setVisible(hub_->isLive());
 
     auto *row = new QHBoxLayout;
     row->addWidget(search_, 1);
@@ -92,6 +100,7 @@ void SignalsWindow::createWidgets()
     all->addLayout(row);
     all->addLayout(stateRow);
     all->addWidget(tree_, 1);
+    all->addWidget(progress_);
 }
 
 void SignalsWindow::createActions()
@@ -103,9 +112,10 @@ void SignalsWindow::createActions()
         refreshAll();
     });
     connect(plot_, &QPushButton::clicked, this, &SignalsWindow::plotSelected);
-    connect(databases_, &QPushButton::clicked, this, [this] { DatabaseDialog(hub_, this).exec(); });
-    connect(vehicle_, &QPushButton::clicked, this,
-            [this] { hub_->add(hub_->unusedVehicleDatabase(), DatabaseChannels::Both); });
+    connect(databases_, &QPushButton::clicked, this, [this] { DatabaseDialog(hub_->databases(), this).exec(); });
+    connect(vehicle_, &QPushButton::clicked, this, [databases = hub_->databases()] {
+        databases->add(databases->unusedVehicleDatabase(), DatabaseChannels::Both);
+    });
     connect(tree_, &QTreeView::activated, this, &SignalsWindow::plotSelected); // double click or Enter
 
     copy_ = new QAction(this);
@@ -124,7 +134,7 @@ void SignalsWindow::createActions()
 
 void SignalsWindow::retranslate()
 {
-    setWindowTitle(text3("信号", "訊號", "Signals"));
+    setWindowTitle(text3("信号", "訊號", "Signals") + hub_->titleEnd());
     search_->setPlaceholderText(
         text3("查找报文或信号 (Ctrl+F)", "尋找訊息或訊號 (Ctrl+F)", "Find message or signal (Ctrl+F)"));
     freeze_->setText(text3("冻结(&Z)", "凍結(&Z)", "Free&ze"));
@@ -142,8 +152,8 @@ void SignalsWindow::showEvent(QShowEvent *event)
     AnalysisWindow::showEvent(event);
     if (!wanting_ && !event->spontaneous()) {
         wanting_ = true;
+        hub_->start(); // databases first: a recording is read once
         hub_->want();
-        hub_->start();
         refreshTimer_.start();
         (model_->isEmpty() ? static_cast<QWidget *>(vehicle_) : tree_)->setFocus();
     }
@@ -170,11 +180,14 @@ void SignalsWindow::showDatabases()
 void SignalsWindow::showState()
 {
     const bool empty = model_->isEmpty();
-    vehicle_->setVisible(empty && !hub_->unusedVehicleDatabase().isEmpty());
-    state_->setVisible(empty);
-    state_->setText(text3("没有信号数据库：请添加DBC文件，模拟适配器可使用内置车辆的数据库",
-                          "沒有訊號資料庫：請新增DBC檔案，模擬適配器可使用內建車輛的資料庫",
-                          "No signal database: add a DBC file, or the built-in vehicle's for the simulated adapter"));
+    const bool cutShort = hub_->values().isCutShort();
+    vehicle_->setVisible(empty && !hub_->databases()->unusedVehicleDatabase().isEmpty());
+    state_->setVisible(empty || cutShort);
+    state_->setText(
+        !empty ? fileChangedText()
+               : text3("没有信号数据库：请添加DBC文件，模拟适配器可使用内置车辆的数据库",
+                       "沒有訊號資料庫：請新增DBC檔案，模擬適配器可使用內建車輛的資料庫",
+                       "No signal database: add a DBC file, or the built-in vehicle's for the simulated adapter"));
 }
 
 void SignalsWindow::search(const QString &text)
@@ -191,9 +204,19 @@ void SignalsWindow::search(const QString &text)
     }
 }
 
+void SignalsWindow::showProgress()
+{
+    const SignalReading &values = hub_->values();
+    progress_->setVisible(values.isReading());
+    progress_->setValue(int(values.progress() * kProgressSteps));
+    if (values.isCutShort() && !state_->isVisible())
+        showState();
+}
+
 // Only the rows on the screen, and of them only those whose message came again.
 void SignalsWindow::refresh()
 {
+    showProgress();
     if (freeze_->isChecked() || isMinimized())
         return;
     QModelIndex message;

@@ -3,6 +3,7 @@
 
 #include "analysis/analysiswindow.h"
 #include "analysis/signalid.h"
+#include "frames/framefeed.h"
 
 #include <QTimer>
 #include <QVector>
@@ -10,6 +11,7 @@
 class QCheckBox;
 class QLabel;
 class QLineEdit;
+class QProgressBar;
 class QPushButton;
 class QTreeView;
 class SignalFilter;
@@ -24,6 +26,10 @@ public:
     // The hub outlives the window.
     SignalsWindow(SignalHub *hub, QWidget *parent);
     ~SignalsWindow() override;
+
+    // The signals of a recording's part, with plots of their own: shown, reads in the background, goes when it is
+    // closed. parent: the main window.
+    static SignalsWindow *openRecording(const RecordingPart &part, QWidget *parent);
 
 signals:
     void plotWanted(const QVector<SignalId> &ids);
@@ -45,6 +51,7 @@ private:
     void search(const QString &text);
     void showDatabases();
     void showState();
+    void showProgress();
 
     SignalHub *hub_;
     SignalTreeModel *model_;
@@ -57,6 +64,7 @@ private:
     QPushButton *vehicle_;
     QTreeView *tree_;
     QLabel *state_;
+    QProgressBar *progress_;
     QAction *copy_;
     QTimer refreshTimer_;
     bool wanting_ = false; // frames of the hub

@@ -73,7 +73,7 @@ void SignalTreeModel::rebuild()
     for (int channel = 0; channel < kChannels; ++channel) {
         std::vector<Node> &nodes = channels_[channel];
         nodes.clear();
-        for (const DatabaseSet::Entry &entry : hub_->databases())
+        for (const DatabaseSet::Entry &entry : hub_->databases()->entries())
             for (const KnownMessage &message : entry.database->messages) {
                 const MessageDefinition &definition = *message.definition;
                 // Of two databases with the same identifier only the one that is used is shown.

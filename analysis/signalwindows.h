@@ -1,11 +1,16 @@
-// The signals window and the plots, with what they share.
+// The signals window and the plots of one source of frames, with what they share: the live bus, or a part of a
+// recording.
 #pragma once
 
 #include "analysis/signalid.h"
+#include "frames/framefeed.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QVector>
 
+#include <memory>
+#include <optional>
 #include <vector>
 
 class PlotWindow;
@@ -18,11 +23,11 @@ class SignalWindows : public QObject
     Q_OBJECT
 
 public:
-    // window: the main window, parent of these.
-    explicit SignalWindows(QWidget *window);
+    // window: the main window, parent of these. Those of a recording go when they are closed, and this with the last.
+    explicit SignalWindows(QWidget *window, const std::optional<RecordingPart> &part = {});
     ~SignalWindows() override;
 
-    void openSignals();
+    SignalsWindow *openSignals();
     // The plot that the user was at last, else the first.
     PlotWindow *openPlot();
 
@@ -31,10 +36,12 @@ signals:
 
 private:
     PlotWindow *openNewPlot();
+    void setUp(QWidget *window);
+    void windowGone();
 
     QWidget *window_;
-    SignalHub *hub_;
-    SignalsWindow *signals_ = nullptr;
-    std::vector<PlotWindow *> plots_; // by number; closed ones stay
-    PlotWindow *current_ = nullptr;
+    const std::unique_ptr<SignalHub> hub_; // outlives the windows
+    QPointer<SignalsWindow> signals_;
+    std::vector<QPointer<PlotWindow>> plots_; // by number; closed ones of the live bus stay
+    QPointer<PlotWindow> current_;
 };

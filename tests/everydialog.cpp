@@ -4,6 +4,7 @@
 #include "analysis/plotview.h"
 #include "analysis/plotwindow.h"
 #include "analysis/recordwindow.h"
+#include "analysis/signalhub.h"
 #include "analysis/signalswindow.h"
 #include "analysis/statisticswindow.h"
 #include "app/mainmenu.h"
@@ -122,7 +123,7 @@ std::unique_ptr<SignalHub> makeHub()
     // A copy, so that no picture shows where this tree lies.
     const QString copy = QDir::temp().filePath(QStringLiteral("vehicle.dbc"));
     QFile::copy(QStringLiteral(OSTREL_VEHICLE_DATABASE), copy);
-    hub->add(copy, DatabaseChannels::Both);
+    hub->databases()->add(copy, DatabaseChannels::Both);
     return hub;
 }
 
@@ -177,7 +178,7 @@ std::unique_ptr<QWidget> makePlot()
 std::unique_ptr<QWidget> makeDatabases()
 {
     auto hub = makeHub();
-    auto dialog = std::make_unique<DatabaseDialog>(hub.get());
+    auto dialog = std::make_unique<DatabaseDialog>(hub->databases());
     hub.release()->setParent(dialog.get());
     return dialog;
 }

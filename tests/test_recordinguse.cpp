@@ -5,7 +5,7 @@
 #include "analysis/recordingview.h"
 #include "analysis/recordingwindow.h"
 #include "analysis/replaybar.h"
-#include "analysis/signalhub.h"
+#include "analysis/signaldatabases.h"
 #include "app/analysismenu.h"
 #include "bench/trialscene.h"
 #include "frames/tap.h"
@@ -284,7 +284,7 @@ void TestRecordingUse::signalFilter()
     QCOMPARE(find<QLabel>(window, "recordingMessage")->text(), QStringLiteral("no signal database is loaded"));
     const QString database = scene.folder.path(QStringLiteral("counts.dbc"));
     save(database, "VERSION \"\"\nBU_: A\nBO_ 260 Counts: 3 A\n SG_ Count : 0|8@1+ (1,0) [0|255] \"\" A\n");
-    scene.window->findChild<SignalHub *>()->add(database, DatabaseChannels::Both);
+    SignalDatabases::shared()->add(database, DatabaseChannels::Both);
     enter(window, "recordingFilter", QStringLiteral("signal Count > 99"));
     const QByteArray rows = shell(QStringLiteral("awk '$3 ~ /^104#/ && substr($3,5,2) >= \"64\" {print NR}' ") + path_);
     QTRY_COMPARE(model->total(), std::uint64_t(rows.count('\n')));

@@ -18,6 +18,7 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
 #include <QTreeView>
@@ -26,7 +27,14 @@
 
 namespace
 {
-constexpr int kLong = 20000; // milliseconds that a loaded machine may take
+constexpr int kLong = 20000;           // milliseconds that a loaded machine may take
+constexpr int kRecorded = 4000;        // rows
+constexpr double kRecordedStep = 0.01; // seconds from one to the next
+
+QByteArray recordedSignal(const QByteArray &factorAndOffset)
+{
+    return "BO_ 100 Recorded: 8 N\n SG_ Counter : 0|16@1+ (" + factorAndOffset + ") [0|0] \"\" N\n";
+}
 
 QModelIndex findRow(const QAbstractItemModel &model, const QString &name, const QModelIndex &parent = {})
 {
@@ -62,13 +70,13 @@ class TestSignalWindows : public QObject
         return index.sibling(index.row(), column).data().toString();
     }
     // Shows it on the screen: only such rows follow the bus.
-    QModelIndex reveal(const QString &signal) const
+    QModelIndex reveal(const QString &signal) const { return reveal(signal, tree()); }
+    static QModelIndex reveal(const QString &signal, QTreeView *tree)
     {
-        const QModelIndex index = findRow(*tree()->model(), signal);
-        tree()->expand(index.parent());
-        tree()->scrollTo(index);
-        tree()->selectionModel()->setCurrentIndex(index,
-                                                  QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        const QModelIndex index = findRow(*tree->model(), signal);
+        tree->expand(index.parent());
+        tree->scrollTo(index);
+        tree->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
         return index;
     }
     void exportTo(PlotWindow *plot, const QString &path)
@@ -80,7 +88,7 @@ class TestSignalWindows : public QObject
         });
         in<QPushButton>(plot, "exportButton")->click();
     }
-    void addDatabase(const QString &path)
+    void addDatabase(const QString &path, SignalsWindow *window)
     {
         user_->modal().on<DatabaseDialog>([this, path](DatabaseDialog *dialog) {
             user_->modal().on<QFileDialog>([path](QFileDialog *chooser) {
@@ -90,7 +98,22 @@ class TestSignalWindows : public QObject
             pressButton(dialog, "addButton");
             dialog->accept();
         });
-        in<QPushButton>(shown<SignalsWindow>(), "databasesButton")->click();
+        in<QPushButton>(window, "databasesButton")->click();
+    }
+    // Counts from 0, all of it indexed.
+    std::shared_ptr<RecordingIndex> recording()
+    {
+        QByteArray log;
+        for (int i = 0; i < kRecorded; ++i)
+            log += QString::asprintf("(%.6f) can0 064#%02X%02X\n", i * kRecordedStep, i & 0xFF, i >> 8).toUtf8();
+        folder_.write("drive.log", log);
+        auto index = std::make_shared<RecordingIndex>(folder_.path("drive.log"));
+        QString error;
+        if (!index->open(&error))
+            qFatal("%s", qPrintable(error));
+        while (!index->settled())
+            QTest::qWait(1);
+        return index;
     }
 
 private slots:
@@ -233,13 +256,87 @@ private slots:
         QVERIFY(findRow(*tree()->model(), "VehicleSpeed").isValid());
     }
 
+    // The same on what was recorded: values of the end, curves of everything, both from the beginning of the part.
+    void recordingPart_data()
+    {
+        QTest::addColumn<quint64>("first");
+        QTest::addColumn<quint64>("end");
+        QTest::addColumn<QString>("minimum");
+        QTest::addColumn<QString>("value");
+        QTest::newRow("whole") << quint64(0) << quint64(kRecorded) << "100"
+                               << "2099.5";
+        QTest::newRow("marked") << quint64(1000) << quint64(1200) << "600"
+                                << "699.5";
+    }
+    void recordingPart()
+    {
+        QFETCH(const quint64, first);
+        QFETCH(const quint64, end);
+        QFETCH(const QString, minimum);
+        QFETCH(const QString, value);
+        folder_.write("drive.dbc", recordedSignal("0.5,100"));
+        const std::shared_ptr<RecordingIndex> index = recording();
+        QPointer<SignalsWindow> window = SignalsWindow::openRecording({index, first, end}, window_.get());
+        QVERIFY(window->windowTitle().contains("drive.log"));
+        const auto *tree = in<QTreeView>(window, "signalTree");
+        const auto counter = [tree](SignalTreeModel::Column column) {
+            const QModelIndex row = findRow(*tree->model(), "Counter");
+            return row.sibling(row.row(), column).data().toString();
+        };
+        addDatabase(folder_.path("drive.dbc"), window);
+        QVERIFY(findRow(*this->tree()->model(), "Counter").isValid()); // one set of databases, live or recorded
+        const QModelIndex row = reveal("Counter", in<QTreeView>(window, "signalTree"));
+        QTRY_COMPARE_WITH_TIMEOUT(counter(SignalTreeModel::Value), value, kLong);
+        QCOMPARE(counter(SignalTreeModel::Minimum), minimum);
+        QTRY_VERIFY(!in<QProgressBar>(window, "progressBar")->isVisible());
+
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(row).center());
+        QTest::mouseDClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(row).center());
+        QPointer<PlotWindow> plot = shown<PlotWindow>();
+        QVERIFY(plot && plot->windowTitle().contains("drive.log"));
+        auto *list = in<QTreeWidget>(plot, "curveList");
+        QCOMPARE(list->topLevelItemCount(), 1);
+        QTRY_VERIFY_WITH_TIMEOUT(list->topLevelItem(0)->text(1).startsWith(value), kLong);
+        const auto *view = in<PlotView>(plot, "plotView");
+        QCOMPARE(view->from(), double(first) * kRecordedStep);
+        QCOMPARE(view->to(), double(end - 1) * kRecordedStep);
+        exportTo(plot, folder_.path("recorded.csv"));
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(folder_.path("recorded.csv")), kLong);
+        const QStringList lines = QString::fromUtf8(folder_.read("recorded.csv")).trimmed().split("\r\n");
+        QCOMPARE(quint64(lines.size()), end - first + 1);
+        QVERIFY(lines[1].endsWith(',' + minimum) && lines.last().endsWith(',' + value));
+        QVERIFY(QFile::remove(folder_.path("recorded.csv")));
+
+        // A database that changes reads the recording again; what the user zoomed to stays.
+        QTest::keyClick(in<PlotView>(plot, "plotView"), Qt::Key_Plus);
+        const double from = view->from();
+        folder_.write("drive.dbc", recordedSignal("1,0"));
+        const QString last = QString::number(end - 1);
+        QTRY_COMPARE_WITH_TIMEOUT(counter(SignalTreeModel::Value), last, kLong);
+        QTRY_VERIFY_WITH_TIMEOUT(list->topLevelItem(0)->text(1).startsWith(last), kLong);
+        QVERIFY(view->from() == from && from > double(first) * kRecordedStep);
+
+        // From the plot to the signals again; each goes when it is closed, and a plot of its own starts as the last
+        // one.
+        window->close();
+        QTRY_VERIFY(!window);
+        in<QPushButton>(plot, "signalsButton")->click();
+        QCOMPARE(window_->findChildren<SignalsWindow *>().size(), 2);
+        plot->close();
+        QTRY_VERIFY(!plot);
+        plot = PlotWindow::openRecording({index, first, end}, window_.get());
+        QTRY_VERIFY_WITH_TIMEOUT(in<QTreeWidget>(plot, "curveList")->topLevelItem(0)->text(1).startsWith(last), kLong);
+        PlotWindow::openRecording({index, first, end}, window_.get()); // ends with the main window while it reads
+        QCOMPARE(user_->modal().unexpected(), QStringList());
+    }
+
     void databasesOnTheDisk()
     {
         const auto file = [](const char *signal) {
             return QByteArray("BO_ 100 Known: 8 N\n SG_ ") + signal + " : 0|8@1+ (1,0) [0|0] \"\" N\n";
         };
         folder_.write("broken.dbc", file("Before") + "BO_ 1000 Bad: x N\n");
-        addDatabase(folder_.path("broken.dbc"));
+        addDatabase(folder_.path("broken.dbc"), shown<SignalsWindow>());
         QVERIFY2(user_->log().contains(QRegularExpression("broken.dbc: .*3.*15")), qPrintable(user_->log()));
         QVERIFY(findRow(*tree()->model(), "Before").isValid()); // what can be read is kept
         folder_.write("broken.dbc", file("After"));
