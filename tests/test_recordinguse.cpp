@@ -95,6 +95,7 @@ private slots:
     void replayIsInterrupted();
     void compares();
     void signalFilter();
+    void analyses();
     void cancels();
     void commandLine();
 
@@ -169,8 +170,6 @@ void TestRecordingUse::replays()
     find<QDoubleSpinBox>(window, "replaySpeed")->setValue(4);
     TapReader tap;
     click(window, "replayStart");
-    QVERIFY(find<QPushButton>(scene.window.get(), "sendBtn") == nullptr ||
-            find<QPushButton>(scene.window.get(), "sendBtn")->isEnabled());
     const QString rows = QStringLiteral("head -200 %1 | awk '{sub(/can0/,\"canX\"); sub(/can1/,\"can0\"); "
                                         "sub(/canX/,\"can1\"); print $2, $3}' | grep -v ' 2000' | grep -v can4")
                              .arg(path_);
@@ -215,9 +214,16 @@ void TestRecordingUse::replayIsInterrupted()
     QCOMPARE(sent(tap).first().toLatin1(), shell("sed -n 182p " + path_ + " | cut -d' ' -f2-").trimmed());
     click(window, "replayStop");
     QTRY_VERIFY(scene.user->log().contains(QLatin1String("Replay stopped: ")));
-    // The device goes while it waits.
+    // A send panel works while it waits; the device goes.
     click(window, "replayStart");
     QTRY_VERIFY(state().startsWith(QLatin1String("row 201,")));
+    sent(tap);
+    scene.user->find<QLineEdit>("ch1SendIDEdit")->setText(QStringLiteral("0x55"));
+    scene.user->click("ch1SendBtn");
+    QStringList fromPanel;
+    QTRY_VERIFY((fromPanel += sent(tap)).size() == 1);
+    QVERIFY(fromPanel.first().startsWith(QLatin1String("can0 055#")));
+    QTRY_VERIFY(scene.user->find<QPushButton>("ch1SendBtn")->isEnabled());
     scene.user->closeDevice();
     QTRY_VERIFY(scene.user->log().contains(QLatin1String("Replay ended: no channel is open")));
     QVERIFY(scene.user->openEverything());
@@ -290,6 +296,35 @@ void TestRecordingUse::signalFilter()
     QTRY_COMPARE(model->total(), std::uint64_t(rows.count('\n')));
     QVERIFY(rows.count('\n') > 5);
     QTRY_COMPARE(firstCell(window).toLatin1(), rows.split('\n').first());
+}
+
+void TestRecordingUse::analyses()
+{
+    Scene scene(quiet());
+    RecordingWindow *window = open(scene, QStringLiteral("parts.log"), log());
+    const auto titles = [&](const char *action) {
+        const QWidgetList before = QApplication::topLevelWidgets();
+        find<QAction>(window, action)->trigger();
+        QStringList added;
+        for (const QWidget *shown : QApplication::topLevelWidgets())
+            if (!before.contains(const_cast<QWidget *>(shown)) && shown->isVisible())
+                added.append(shown->windowTitle());
+        return added.join(QLatin1Char('|'));
+    };
+    enter(window, "recordingGoTo", QStringLiteral("31"));
+    click(window, "recordingMark");
+    enter(window, "recordingGoTo", QStringLiteral("60"));
+    find<QAction>(window, "actionSelectFromMarked")->trigger();
+    for (const char *action : {"actionSignalsOfAll", "actionPlotOfAll"}) {
+        const QString title = titles(action);
+        QVERIFY2(title.contains(QLatin1String("parts.log")) && !title.contains(QLatin1String("31")), qPrintable(title));
+    }
+    for (const char *action : {"actionSignalsOfSelected", "actionPlotOfSelected"}) {
+        const QString title = titles(action);
+        QVERIFY2(title.contains(QLatin1String("31")) && title.contains(QLatin1String("60")), qPrintable(title));
+    }
+    window->close(); // the others stay, with the file
+    QTRY_VERIFY(!scene.window->findChild<RecordingWindow *>());
 }
 
 void TestRecordingUse::cancels()
