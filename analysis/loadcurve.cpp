@@ -9,7 +9,7 @@
 namespace
 {
 
-constexpr std::size_t kPointsPerMinute = 60 * ChannelStatistics::kPointsPerSecond;
+constexpr std::size_t kPointsPerMinute = 60 * static_cast<std::size_t>(ChannelStatistics::kPointsPerSecond);
 constexpr std::size_t kSpans[] = {kPointsPerMinute, 5 * kPointsPerMinute, 10 * kPointsPerMinute};
 constexpr int kLines = 4;       // of text that the widget is high
 constexpr int kCharacters = 30; // that it is wide

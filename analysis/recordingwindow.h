@@ -78,6 +78,7 @@ private:
     ReplayBar::Rows rowsToReplay(ReplayBar::Choice choice) const;
     void findSignals();
     void retranslateAnalyses();
+    void copyRows(); // the selected ones
     void tell(const QString &message);
 
     const std::shared_ptr<RecordingIndex> index_; // windows that work on a part of it keep it too
@@ -108,6 +109,7 @@ private:
     ReplayBar *replay_;
     const std::shared_ptr<SignalDatabases> databases_;
     std::shared_ptr<const SignalSource> signalNames_; // of the databases, once a filter has asked
+    QAction *copySelected_;
     QLabel *filterLabel_;
     FilterLine *filterLine_;
     QLabel *searchLabel_;

@@ -87,6 +87,9 @@ void RecordingWindow::makeTools(QBoxLayout *rows)
     auto *exportMenu = new QMenu(this);
     exportShown_ = named(exportMenu->addAction(QString()), "actionExportShown");
     exportSelected_ = named(exportMenu->addAction(QString()), "actionExportSelected");
+    copySelected_ = named(exportMenu->addAction(QString()), "actionCopySelected");
+    copySelected_->setShortcut(QKeySequence::Copy);
+    addAction(copySelected_); // its key works without the menu
     bookmarkButton_->setMenu(bookmarkMenu_);
     exportButton_->setMenu(exportMenu);
     for (QToolButton *button : {bookmarkButton_, exportButton_}) {
@@ -113,6 +116,7 @@ void RecordingWindow::makeTools(QBoxLayout *rows)
     connect(bookmarkMenu_, &QMenu::aboutToShow, this, &RecordingWindow::fillBookmarks);
     connect(exportShown_, &QAction::triggered, this, [this] { exportRows(false); });
     connect(exportSelected_, &QAction::triggered, this, [this] { exportRows(true); });
+    connect(copySelected_, &QAction::triggered, this, &RecordingWindow::copyRows);
 }
 
 void RecordingWindow::makeLines(QBoxLayout *rows)
@@ -206,6 +210,7 @@ void RecordingWindow::retranslate()
     exportButton_->setText(text3("导出", "匯出", "Export"));
     exportShown_->setText(text3("导出显示的所有行…", "匯出顯示的所有列…", "All shown rows…"));
     exportSelected_->setText(text3("导出选中的行…", "匯出選取的列…", "Selected rows…"));
+    copySelected_->setText(text3("复制选中的行", "複製選取的列", "Copy selected rows"));
     filterLabel_->setText(text3("筛选(&F)：", "篩選(&F)：", "&Filter:"));
     filterLine_->setPlaceholderText(QStringLiteral("id 100..1FF and data 02 ?? 7F and not rx"));
     searchLabel_->setText(text3("查找(&S)：", "尋找(&S)：", "&Search:"));

@@ -1,5 +1,6 @@
 #include "analysis/signalwindows.h"
 
+#include "analysis/databasedialog.h"
 #include "analysis/plotwindow.h"
 #include "analysis/signalhub.h"
 #include "analysis/signalswindow.h"
@@ -19,6 +20,12 @@ SignalWindows::~SignalWindows()
     for (const QPointer<PlotWindow> &plot : plots_)
         delete plot;
     delete signals_;
+}
+
+void SignalWindows::chooseDatabases(QWidget *parent)
+{
+    DatabaseDialog dialog(hub_->databases(), parent);
+    dialog.exec();
 }
 
 SignalsWindow *SignalWindows::openSignals()

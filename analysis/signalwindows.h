@@ -27,6 +27,10 @@ public:
     explicit SignalWindows(QWidget *window, const std::optional<RecordingPart> &part = {});
     ~SignalWindows() override;
 
+    SignalHub *hub() { return hub_.get(); }
+    // Lets the user add and remove databases.
+    void chooseDatabases(QWidget *parent);
+
     SignalsWindow *openSignals();
     // The plot that the user was at last, else the first.
     PlotWindow *openPlot();

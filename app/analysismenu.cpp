@@ -1,10 +1,12 @@
 #include "app/analysismenu.h"
 
 #include "analysis/recordwindow.h"
+#include "analysis/signalhub.h"
 #include "analysis/signalwindows.h"
 #include "analysis/statisticswindow.h"
 #include "app/recordingopener.h"
 #include "device/language.h"
+#include "dialogs/listsenddlg.h"
 
 #include <QAction>
 #include <QMenu>
@@ -18,7 +20,7 @@ AnalysisMenu::AnalysisMenu(QMenu *menu, QWidget *window)
         [this] { recordings_->choose(); });
     add("actionRecord", "Ctrl+R", "记录(&R)…", "記錄(&R)…", "&Record…", [this] { open<RecordWindow>(); });
     connect(recordings_, &RecordingOpener::log, this, &AnalysisMenu::log);
-    auto *values = new SignalWindows(window);
+    SignalWindows *values = values_ = new SignalWindows(window);
     connect(values, &SignalWindows::log, this, &AnalysisMenu::log);
     add("actionSignals", "Ctrl+G", "信号(&G)", "訊號(&G)", "Si&gnals", [values] { values->openSignals(); });
     add("actionPlot", "Ctrl+Shift+G", "曲线(&P)", "曲線(&P)", "&Plot", [values] { values->openPlot(); });
@@ -37,6 +39,15 @@ template <typename Window> void AnalysisMenu::open()
 void AnalysisMenu::openRecording(const QString &path)
 {
     recordings_->open(path);
+}
+
+void AnalysisMenu::joinTransmitList(listSendDlg *list)
+{
+    SignalHub *hub = values_->hub();
+    hub->start();
+    connect(hub, &SignalHub::databasesChanged, list, &listSendDlg::showFields);
+    list->setDatabases({[hub] { return hub->databases()->entries(); }, [hub] { return hub->lookup(); },
+                        [this](QWidget *parent) { values_->chooseDatabases(parent); }});
 }
 
 QAction *AnalysisMenu::add(const char *name, const char *key, const char *simplified, const char *traditional,

@@ -10,6 +10,8 @@ class QAction;
 class QMenu;
 class QWidget;
 class RecordingOpener;
+class SignalWindows;
+class listSendDlg;
 
 class AnalysisMenu : public QObject
 {
@@ -21,6 +23,8 @@ public:
 
     // A file named on the command line.
     void openRecording(const QString &path);
+    // Gives the transmit list the signal databases.
+    void joinTransmitList(listSendDlg *list);
     // Title and entries in the current language.
     void setTexts();
 
@@ -45,5 +49,6 @@ private:
     QMenu *menu_;
     QWidget *window_;
     RecordingOpener *recordings_;
+    SignalWindows *values_;
     std::vector<Entry> entries_;
 };

@@ -48,6 +48,7 @@ FrameTableView::FrameTableView(QWidget *parent) : LightGridTable(parent), rows_(
 
 void FrameTableView::setFrameModel(MyTableModel *model)
 {
+    Q_ASSERT_X(model->columnCount() == FrameColumnCount, "setFrameModel", "the model has no titles yet");
     frames_ = model;
     setModel(model);
     takeOverNotifications();

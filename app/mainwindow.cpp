@@ -68,13 +68,13 @@ bool isOptionOn(const char *key, const char *defaultValue)
 
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent),
-      ui(std::make_unique<Ui::MainWindow>()),
+      ui_(std::make_unique<Ui::MainWindow>()),
       scanTime_(kDefaultScanTimeMs),
       framesPerReceive_(kDefaultFramesPerReceive)
 {
-    ui->setupUi(this);
+    ui_->setupUi(this);
     settings::load(applicationDir() + QStringLiteral("/config/setdb.txt"));
-    menu_ = new MainMenu(ui->menuBar);
+    menu_ = new MainMenu(ui_->menuBar);
     analysis_ = new AnalysisMenu(menu_->analysisMenu(), this);
     language_.start();
     createWorkers();
@@ -121,9 +121,9 @@ void MainWindow::createWorkers()
 void MainWindow::arrangeWidgets()
 {
     receiveView_ = new ReceiveView(this);
-    ui->splitter->insertWidget(0, receiveView_);
+    ui_->splitter->insertWidget(0, receiveView_);
     auto *panels = new PanelArea(this);
-    ui->lowerLayout->addWidget(panels);
+    ui_->lowerLayout->addWidget(panels);
     for (unsigned index = 0; index < kChannelCount; ++index) {
         SendPanel *panel = new SendPanel(index, channels_[index].sender, this);
         connect(panel, &SendPanel::logLine, this, &MainWindow::logLine);
@@ -137,9 +137,9 @@ void MainWindow::arrangeWidgets()
     connect(fileDialog, &fileDlg::send, sending_, &SendCoordinator::startFileSend);
     connect(fileDialog, &fileDlg::stop, sending_, &SendCoordinator::stopFileSend);
     log_ = new OperationLog(this);
-    ui->lowerLayout->addWidget(log_, 1);
-    ui->splitter->setStretchFactor(0, 1);
-    ui->splitter->setStretchFactor(1, 0);
+    ui_->lowerLayout->addWidget(log_, 1);
+    ui_->splitter->setStretchFactor(0, 1);
+    ui_->splitter->setStretchFactor(1, 0);
     connect(receiveView_, &ReceiveView::logLine, this, &MainWindow::logLine);
 }
 
@@ -220,7 +220,7 @@ void MainWindow::setLa()
 void MainWindow::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::LanguageChange) {
-        ui->retranslateUi(this);
+        ui_->retranslateUi(this);
         showTitle();
     }
     QMainWindow::changeEvent(event);
@@ -405,6 +405,7 @@ void MainWindow::listSend()
         listSend_ = new listSendDlg(this);
         listSend_->setRowSource([this] { return receiveView_->selectedFrameCsv(); });
         connect(listSend_, &listSendDlg::logLine, this, &MainWindow::logLine);
+        analysis_->joinTransmitList(listSend_);
     }
     listSend_->show();
     listSend_->raise();

@@ -88,7 +88,7 @@ private:
     void logSettingsNotices();
     void logLine(const QString &message);
 
-    std::unique_ptr<Ui::MainWindow> ui;
+    std::unique_ptr<Ui::MainWindow> ui_;
     LanguageSwitcher language_;
     MainMenu *menu_ = nullptr;
     AnalysisMenu *analysis_ = nullptr;

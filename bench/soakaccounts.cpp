@@ -1,5 +1,6 @@
 #include "soakaccounts.h"
 
+#include "analysis/channelpanel.h"
 #include "capturerows.h"
 
 #include <QFile>
@@ -67,6 +68,25 @@ void SoakAccounts::readLog()
         toldLost_ += match.next().captured(1).toULongLong();
 }
 
+// What the statistics window shows. Of rows sent from files it counts those that the driver took.
+void SoakAccounts::balanceStatistics(unsigned channel)
+{
+    const auto *panel = statistics_->findChild<ChannelPanel *>(QStringLiteral("channelPanel%1").arg(channel + 1));
+    const auto *kinds = panel->findChild<KindModel *>();
+    const auto shown = [&](KindModel::Column column) {
+        const auto number = [&](int row) {
+            return kinds->data(kinds->index(row, column), Qt::DisplayRole).toULongLong();
+        };
+        return number(KindModel::kRows - 1) - number(static_cast<int>(FrameKind::Error));
+    };
+    QTextStream(stdout) << "channel " << channel + 1 << " in the statistics: received " << shown(KindModel::RxTotal)
+                        << ", sent " << shown(KindModel::TxTotal) << '\n';
+    if (shown(KindModel::RxTotal) != received(channel))
+        faults_ += QStringLiteral("channel %1: the statistics have not received what was counted").arg(channel + 1);
+    if (shown(KindModel::TxTotal) != driver_.transmitted(channel))
+        faults_ += QStringLiteral("channel %1: the statistics have not sent what was given").arg(channel + 1);
+}
+
 bool SoakAccounts::balance()
 {
     stopCapture();
@@ -76,7 +96,8 @@ bool SoakAccounts::balance()
         const quint64 taken = driver_.received(channel);
         const quint64 given = driver_.transmitted(channel);
         out << "channel " << channel + 1 << ": taken from the driver " << taken << ", counted " << received(channel)
-            << "; given to the driver " << given << ", counted " << transmitted(channel) << '\n';
+            << "; given to the driver " << given << ", counted " << transmitted(channel) << Qt::endl;
+        balanceStatistics(channel);
         if (taken != received(channel))
             faults_ += QStringLiteral("channel %1: frames taken are not the frames counted").arg(channel + 1);
         if (filesSent_ ? given > transmitted(channel) : given != transmitted(channel))

@@ -32,13 +32,19 @@ public:
     // Adds up what the operation log tells as lost; called before every clearing of the log.
     void readLog();
 
+    // The window that counts as well, from before the first frame on.
+    void watch(const QWidget *statistics) { statistics_ = statistics; }
+
     // The closing of the books, with the device closed and nothing pending: prints them, false when they do not
     // balance.
     bool balance();
 
 private:
+    void balanceStatistics(unsigned channel);
+
     CountingDriver &driver_;
     WindowDriver &user_;
+    const QWidget *statistics_ = nullptr;
     quint64 receivedBefore_[kChannelCount] = {}; // the last reset
     quint64 transmittedBefore_[kChannelCount] = {};
     QString path_;

@@ -1,5 +1,7 @@
 #include "soakactions.h"
 
+#include "analysis/statisticswindow.h"
+#include "analysis/supervision.h"
 #include "app/displayfilter.h"
 #include "app/receiveview.h"
 #include "device/dialogs/valuedialog.h"
@@ -11,6 +13,7 @@
 #include <QLineEdit>
 #include <QSpinBox>
 #include <QStringList>
+#include <QTableView>
 #include <QThread>
 
 #include <numeric>
@@ -44,7 +47,9 @@ const SoakActions::Choice SoakActions::kChoices[] = {
     {"pull", 1, &SoakActions::pullAdapter},
     {"close", 1, &SoakActions::closeDevice},
     {"open", 2, &SoakActions::open},
+    {"statistics", 4, &SoakActions::useStatistics},
     {"sleep", 1, &SoakActions::sleepLong},
+    {"entries", 6, &SoakActions::switchEntries},
 };
 
 SoakActions::SoakActions(Scene &scene, SoakAccounts &accounts, quint32 seed)
@@ -57,6 +62,9 @@ SoakActions::SoakActions(Scene &scene, SoakAccounts &accounts, quint32 seed)
                 ",Tx,0x" + QByteArray::number(i % 0x700, 16).rightJustified(3, '0') + ",标准帧,数据帧,8," +
                 (i % 3 == 0 ? "CANFD" : "CAN") + ",x| 01 02 03 04 05 06 07 08 \n";
     scene_.folder.write(QStringLiteral("send.csv"), rows);
+    user_.trigger("actionStatistics");
+    statistics_ = scene_.window->findChild<StatisticsWindow *>();
+    accounts_.watch(statistics_);
     open();
 }
 
@@ -90,9 +98,13 @@ void SoakActions::finish()
 {
     for (sendThread *sender : scene_.window->findChildren<sendThread *>())
         sender->stop();
+    endList();
     QTest::qWait(1000);
     user_.closeDevice();
     scene_.window->findChild<ReceiveView *>()->refresh();
+    QTest::qWait(1000); // what is on its way to the statistics
+    statistics_->findChild<QAbstractButton *>(QStringLiteral("freezeBtn"))->setChecked(false);
+    statistics_->refresh();
 }
 
 QString SoakActions::summary() const
@@ -260,6 +272,27 @@ void SoakActions::open()
 {
     if (!isDeviceOpen())
         user_.openEverything();
+}
+
+// Everything but what would begin its counts anew.
+void SoakActions::useStatistics()
+{
+    auto *table = statistics_->findChild<QTableView *>(QStringLiteral("identifierTable"));
+    static const char *const searches[] = {"", "0x1", "rx 2", "nothing"};
+    switch (number(0, 3)) {
+    case 0:
+        statistics_->findChild<QAbstractButton *>(QStringLiteral("freezeBtn"))->toggle();
+        break;
+    case 1:
+        table->sortByColumn(number(0, table->model()->columnCount() - 1), Qt::DescendingOrder);
+        break;
+    case 2:
+        statistics_->findChild<QLineEdit *>(QStringLiteral("searchEdit"))
+            ->setText(QLatin1String(searches[number(0, 3)]));
+        break;
+    default:
+        statistics_->supervision().learn();
+    }
 }
 
 void SoakActions::sleepLong()

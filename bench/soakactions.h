@@ -7,6 +7,9 @@
 #include <map>
 #include <random>
 
+class StatisticsWindow;
+class listSendDlg;
+
 class SoakActions
 {
 public:
@@ -51,10 +54,15 @@ private:
     void closeDevice();
     void open();
     void sleepLong();
+    void useStatistics();
+    void switchEntries(); // of the transmit list
+    listSendDlg *openedList();
+    void endList();
 
     Scene &scene_;
     WindowDriver &user_;
     SoakAccounts &accounts_;
+    StatisticsWindow *statistics_;
     std::mt19937 random_;
     std::map<QString, int> done_;
 };

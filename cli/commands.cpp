@@ -14,6 +14,7 @@ const std::vector<Command> &commands()
         {"record", "record live frames", runRecord},
         {"replay", "send the frames of recordings", runReplay},
         {"generate", "send frames that are made up", runGenerate},
+        {"transmit", "send a transmit list", runTransmit},
         {"convert", "convert recordings between formats", runConvert},
         {"show", "show frames as text, from files or live", runShow},
         {"statistics", "count frames by channel and identifier; learn and check a baseline", runStatistics},

@@ -25,3 +25,4 @@ int runConvert(const QStringList &words);
 int runShow(const QStringList &words);
 int runStatistics(const QStringList &words);
 int runGenerate(const QStringList &words);
+int runTransmit(const QStringList &words);

@@ -5,31 +5,13 @@
 #include "device/devicetexts.h"
 #include "device/driver/driverfactory.h"
 #include "frames/pendingframes.h"
-#include "frames/tap.h"
 
-#include <QByteArray>
-
-#include <algorithm>
 #include <chrono>
-#include <cstring>
 
 namespace
 {
 
 constexpr qint64 kLookEveryMs = 1000;
-constexpr std::int64_t kNanosecondsPerMicrosecond = 1000;
-
-RawFrame frameOf(const BusEvent &event, unsigned channel)
-{
-    RawFrame frame;
-    frame.time = static_cast<std::int64_t>(event.timeStamp) * kNanosecondsPerMicrosecond;
-    frame.id = event.classes;
-    frame.channel = static_cast<std::uint16_t>(channel + 1);
-    frame.error = true;
-    frame.length = kBusEventBytes;
-    std::memcpy(frame.data, event.data, kBusEventBytes);
-    return frame;
-}
 
 // The device that the option names; nothing, and told, when there is none.
 std::optional<unsigned> deviceIndex(const QString &device)
@@ -99,7 +81,6 @@ bool LiveAdapter::openChannels(const AdapterSetup &setup)
 
 bool LiveAdapter::poll()
 {
-    passBusEvents();
     tellNotices();
     if (sinceLook_.hasExpired(kLookEveryMs)) {
         sinceLook_.start();
@@ -111,21 +92,13 @@ bool LiveAdapter::poll()
     return !gone_;
 }
 
-void LiveAdapter::passBusEvents()
+void LiveAdapter::endReceiver(unsigned channel)
 {
-    std::vector<RawFrame> frames;
-    for (unsigned channel = 0; channel < kChannelCount; ++channel) {
-        if (!receivers_[channel])
-            continue;
-        const BusReport report = takeBusEvents(channel);
-        for (const BusEvent &event : report.events)
-            frames.push_back(frameOf(event, channel));
-        if (report.lost > 0)
-            tell(QStringLiteral("channel %1 lost %2 error frames").arg(channel + 1).arg(report.lost));
-        lost_ += report.lost;
-    }
-    if (!frames.empty())
-        publishToTap(frames.data(), frames.size());
+    receivers_[channel]->stopAndWait();
+    const std::uint64_t lost = receivers_[channel]->lostErrorFrames();
+    if (lost > 0)
+        tell(QStringLiteral("channel %1 lost %2 error frames").arg(channel + 1).arg(lost));
+    lost_ += lost;
 }
 
 void LiveAdapter::tellNotices()
@@ -142,10 +115,9 @@ void LiveAdapter::close()
     if (!open_)
         return;
     open_ = false;
-    for (const auto &receiver : receivers_)
-        if (receiver)
-            receiver->stopAndWait();
-    passBusEvents();
+    for (unsigned channel = 0; channel < kChannelCount; ++channel)
+        if (receivers_[channel])
+            endReceiver(channel);
     tellNotices();
     closeDevice();
     for (auto &receiver : receivers_)

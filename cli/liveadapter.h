@@ -1,4 +1,4 @@
-// The adapter of a command: opened, drained by the program's receive loop, its events passed to the tap.
+// The adapter of a command: opened, drained by the program's receive loop.
 #pragma once
 
 #include "cli/adapteroptions.h"
@@ -21,8 +21,8 @@ public:
 
     // Opens the device and its channels and begins to receive. false, and told, when it does not come up.
     bool open(const AdapterSetup &setup);
-    // To be called every few milliseconds, by the thread that opened: passes error frames to the tap, tells what the
-    // driver has to say. false once the adapter has gone.
+    // To be called every few milliseconds, by the thread that opened: tells what the driver has to say. false once the
+    // adapter has gone.
     bool poll();
     // Stops receiving and closes; what was received is in the tap then.
     void close();
@@ -35,7 +35,7 @@ public:
 
 private:
     bool openChannels(const AdapterSetup &setup);
-    void passBusEvents();
+    void endReceiver(unsigned channel);
     void tellNotices();
 
     std::unique_ptr<recvThread> receivers_[kChannelCount];

@@ -34,6 +34,12 @@ public:
     void send(unsigned channel, const RawFrame &frame);
     // The same for a frame that was sent another way.
     void count(SendResult result) { counts_.count(result); }
+    // What another sender has sent through this adapter.
+    void addCounts(std::uint64_t sent, std::uint64_t refused)
+    {
+        counts_.sent += sent;
+        counts_.refused += refused;
+    }
     // Whether sending makes sense any more: not after an interrupt, nor without the adapter.
     bool goesOn();
     // Lets what was sent last reach the bus, closes and tells the counts; false when anything was lost or refused.

@@ -55,6 +55,8 @@ void listSendDlg::addCommands()
                &listSendDlg::takeTableRows);
     addCommand(file, "actionPaste", QKeySequence::Paste, {"粘贴CSV行", "貼上CSV列", "Paste CSV rows"},
                &listSendDlg::pasteRows);
+    addCommand(file, "actionMessages", Qt::CTRL + Qt::Key_M, {"取自数据库...", "取自資料庫...", "From database..."},
+               &listSendDlg::takeMessages);
     addCommand(edit, "actionAdd", Qt::Key_Insert, {"添加", "新增", "Add"}, &listSendDlg::addEntry);
     addCommand(edit, "actionCopy", Qt::CTRL + Qt::Key_D, {"复制", "複製", "Copy"}, &listSendDlg::copyEntries);
     addCommand(edit, "actionRemove", QKeySequence::Delete, {"删除", "刪除", "Remove"}, &listSendDlg::removeEntries);
@@ -67,6 +69,8 @@ void listSendDlg::addCommands()
                &listSendDlg::fillCells);
     addCommand(edit, "actionBytes", Qt::CTRL + Qt::Key_B, {"编辑数据...", "編輯資料...", "Edit bytes..."},
                &listSendDlg::editBytes);
+    addCommand(edit, "actionSignals", Qt::CTRL + Qt::Key_E, {"编辑信号", "編輯訊號", "Edit signals"},
+               &listSendDlg::editSignals);
     edit->addSeparator();
     addCommand(edit, "actionSendOnce", Qt::CTRL + Qt::Key_Return, {"发送一次", "發送一次", "Send once"},
                &listSendDlg::sendOnce);

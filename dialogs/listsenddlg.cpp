@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QSettings>
 #include <QShortcut>
 #include <QTimer>
 
@@ -18,6 +19,8 @@ namespace
 {
 constexpr int kRefreshMs = 200;
 constexpr int kDesignDpi = 96;
+const QString kGeometryKey = QStringLiteral("transmit/geometry");
+const QString kSplitterKey = QStringLiteral("transmit/splitter");
 
 // Columns in pixels at 96 DPI; the title widens them where it is longer.
 struct ColumnWidth {
@@ -45,6 +48,7 @@ listSendDlg::listSendDlg(QWidget *parent)
     ui_->tableView->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     ui_->tableView->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     addCommands();
+    addFields();
     connect(document_.model(), &TransmitModel::refused, this, &listSendDlg::hint);
     connect(&document_, &TransmitDocument::listChanged, this, &listSendDlg::showList);
     connect(&document_, &TransmitDocument::stateChanged, this, &listSendDlg::showTitle);
@@ -57,11 +61,17 @@ listSendDlg::listSendDlg(QWidget *parent)
                  .arg(problem));
     finishForm();
     setColumnWidths();
+    const QSettings kept;
+    restoreGeometry(kept.value(kGeometryKey).toByteArray());
+    ui_->splitter->restoreState(kept.value(kSplitterKey).toByteArray());
 }
 
 listSendDlg::~listSendDlg()
 {
+    if (isVisible())
+        keepPlace();
     document_.disconnect(this);
+    ui_->tableView->selectionModel()->disconnect(this);
     document_.model()->disconnect(this);
 }
 
@@ -88,6 +98,8 @@ void listSendDlg::retranslate()
     }
     ui_->hintLabel->clear(); // of another language
     document_.model()->retranslate();
+    fields_.retranslate();
+    showFields();
     setColumnWidths();
     showTitle();
 }
@@ -170,6 +182,7 @@ void listSendDlg::showList(const TransmitList &list)
 {
     engine_.setEntries(list);
     bindKeys();
+    showFields();
 }
 
 // Keys of entries work in the main window as well, as long as this one is open.
@@ -204,12 +217,20 @@ void listSendDlg::keyPressEvent(QKeyEvent *event)
         FormDialog::keyPressEvent(event);
 }
 
+void listSendDlg::keepPlace() const
+{
+    QSettings kept;
+    kept.setValue(kGeometryKey, saveGeometry());
+    kept.setValue(kSplitterKey, ui_->splitter->saveState());
+}
+
 // What cannot be seen does not send.
 void listSendDlg::hideEvent(QHideEvent *event)
 {
     if (!event->spontaneous()) {
         on_pbnStop_clicked();
         refresh_->stop();
+        keepPlace();
         bindKeys();
     }
     FormDialog::hideEvent(event);

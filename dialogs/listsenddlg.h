@@ -1,7 +1,9 @@
 // The transmit list: edits, keeps and sends it, beside the main window.
 #pragma once
 
+#include "dialogs/databaseaccess.h"
 #include "dialogs/transmitdocument.h"
+#include "transmit/signalfields.h"
 #include "transmit/transmitengine.h"
 #include "widgets/formdialog.h"
 
@@ -30,6 +32,10 @@ public:
     TransmitDocument *document() { return &document_; }
     // Where rows of the frame list come from, as CSV rows.
     void setRowSource(std::function<QString()> source) { rowSource_ = std::move(source); }
+    void setDatabases(DatabaseAccess databases);
+
+public slots:
+    void showFields(); // the databases, or what they say, are others
 
 signals:
     void logLine(const QString &text); // for the operation log; also from the sending thread
@@ -54,7 +60,9 @@ private:
     void addCommands();
     void addCommand(QToolBar *bar, const char *name, const QKeySequence &key, const LogText &text,
                     void (listSendDlg::*slot)());
+    void addFields();
     void setColumnWidths();
+    void keepPlace() const;
     void showList(const TransmitList &list);
     void showTitle();
     void showRunning();
@@ -86,8 +94,12 @@ private:
     void takeTableRows();
     void pasteRows();
     void sendOnce();
+    void takeMessages();
+    void editSignals();
 
     const std::unique_ptr<Ui::listSendDlg> ui_;
+    DatabaseAccess databases_;
+    SignalFields fields_;
     TransmitDocument document_;
     TransmitEngine engine_;
     QTimer *refresh_;

@@ -1,14 +1,14 @@
 // Edits the cells of the transmit list: choices as a list, texts as far as they can be meant.
 #pragma once
 
-#include <QStyledItemDelegate>
+#include "widgets/lightgrid.h"
 
-class TransmitDelegate : public QStyledItemDelegate
+class TransmitDelegate : public LightGridDelegate
 {
     Q_OBJECT
 
 public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    using LightGridDelegate::LightGridDelegate;
 
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     void setEditorData(QWidget *editor, const QModelIndex &index) const override;

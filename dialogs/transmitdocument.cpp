@@ -21,6 +21,12 @@ QString unsavedPath()
     return applicationDir() + QStringLiteral("/config/transmit-unsaved.json");
 }
 
+// Where unsaved changes go that cannot be read.
+QString damagedPath()
+{
+    return applicationDir() + QStringLiteral("/config/transmit-unsaved.damaged.json");
+}
+
 // Lists share their entries, so that a step costs a pointer an entry.
 class ListStep : public QUndoCommand
 {
@@ -52,6 +58,7 @@ TransmitDocument::~TransmitDocument()
 {
     undo_.disconnect(this);
     if (isModified()) {
+        rememberPath(); // what is not saved belongs to this file, not to one that could not be opened
         QDir().mkpath(QFileInfo(unsavedPath()).absolutePath());
         writeTransmitFile(unsavedPath(), list());
     } else {
@@ -116,19 +123,23 @@ QString TransmitDocument::save(const QString &path)
 QString TransmitDocument::openLast()
 {
     const QString path = QSettings().value(kPathKey).toString();
+    QString problem;
     if (QFile::exists(unsavedPath())) {
         const TransmitFile unsaved = readTransmitFile(unsavedPath());
         if (unsaved.error.isEmpty()) {
             replace(unsaved.entries, path);
             recovered_ = true;
             emit stateChanged();
+            return {};
         }
-        return unsaved.error;
+        problem = unsaved.error;
+        QFile::remove(damagedPath());
+        QFile::rename(unsavedPath(), damagedPath()); // nothing is overwritten
     }
     if (path.isEmpty())
-        return {};
+        return problem;
     const TransmitFile file = readTransmitFile(path);
     if (file.error.isEmpty())
         replace(file.entries, path);
-    return file.error;
+    return problem.isEmpty() ? file.error : problem;
 }

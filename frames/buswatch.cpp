@@ -57,6 +57,7 @@ BusWatch::BusWatch(unsigned channel, LogSink sink) : channel_(channel), log_(cha
 void BusWatch::begin()
 {
     passes_ = 0;
+    lost_ = 0;
     ask();
 }
 
@@ -84,6 +85,7 @@ void BusWatch::ask()
             frames_.push_back(toRawFrame(event, channel_));
         publishToTap(frames_.data(), frames_.size());
     }
+    lost_ += report.lost;
     log_.add(report, clock_.elapsed());
     keep(channel_, std::move(report));
 }

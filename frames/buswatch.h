@@ -26,6 +26,9 @@ public:
     // The loop ends: asks once more, tells what is left. The state is unknown from now on.
     void end();
 
+    // Error frames that the driver had no room for since begin(); for others than the loop's thread when it has ended.
+    std::uint64_t lost() const { return lost_; }
+
 private:
     void ask();
 
@@ -34,6 +37,7 @@ private:
     QElapsedTimer clock_;
     std::vector<RawFrame> frames_; // of ask()
     int passes_ = 0;
+    std::uint64_t lost_ = 0;
 };
 
 // The controller as its channel's receive loop last heard of it; nothing known while none runs. Any thread; never asks

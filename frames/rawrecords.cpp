@@ -37,6 +37,8 @@ template <typename Record> RawFrame sent(const Record &record, unsigned channel,
 {
     RawFrame frame = convert(record, channel, Direction::Sent);
     frame.time = time;
+    frame.comesBack = record.transmitType == static_cast<std::uint32_t>(TransmitType::SelfReceive) ||
+                      record.transmitType == static_cast<std::uint32_t>(TransmitType::SingleSelfReceive);
     return frame;
 }
 

@@ -31,6 +31,8 @@ public:
     void stopAndWait();
     // Forgets the identifiers that the continuity check compares with. GUI thread, also while running.
     void clearLastIds();
+    // Error frames that the driver had no room for in the last run; to be asked when it has ended.
+    std::uint64_t lostErrorFrames() const { return busWatch_.lost(); }
 
 signals:
     void recvData(QList<ModelItem> modelList, uint channel);

@@ -13,6 +13,8 @@ constexpr std::uint64_t kNanosecondsPerSecond = 1000000000;
 std::uint64_t timeOnWire(const RawFrame &frame, const BusRates &rates)
 {
     const std::uint32_t dataRate = rates.data == 0 ? rates.arbitration : rates.data;
+    if (frame.comesBack)
+        return 0;
     // Of changes of the controller's state, told like error frames, the bus carries nothing.
     constexpr std::uint32_t kStateOnly = buserror::kController | buserror::kBusOff | buserror::kRestarted |
                                          buserror::kCounters | buserror::kTransmitTimeout;
@@ -65,8 +67,8 @@ void ChannelStatistics::advance(std::int64_t time)
     const auto ring = static_cast<std::int64_t>(curve_.size());
     // After a long silence only what the curve still shows is emptied.
     for (std::int64_t fresh = std::max(current_ + 1, number - ring + 1); fresh <= number; ++fresh) {
+        peak_ = std::max(peak_, busyOfSecondBefore(current_)); // frames of the point that ends now may still come
         current_ = fresh;
-        peak_ = std::max(peak_, busyOfLastSecond());
         busyAt(fresh) = 0;
         countersAt(fresh) = Counters();
     }
@@ -84,17 +86,18 @@ void ChannelStatistics::add(const RawFrame &frame)
     ++counted_[index].frames;
     counted_[index].bytes += bytes;
     if (rates_.arbitration != 0)
-        addBusy(last_, timeOnWire(frame, rates_));
+        addBusy(std::clamp(frame.time, first_, last_), timeOnWire(frame, rates_));
 }
 
 void ChannelStatistics::addBusy(std::int64_t end, std::uint64_t duration)
 {
     busy_ += duration;
     std::uint64_t left = duration;
+    const std::int64_t oldestKept = std::max<std::int64_t>(0, current_ + 1 - static_cast<std::int64_t>(curve_.size()));
+    std::int64_t number = std::max(oldestKept, (end - first_) / kPointNanoseconds);
     // A frame is stamped at its end; slow ones began in an earlier point.
-    std::int64_t begin = first_ + current_ * kPointNanoseconds;
-    for (std::int64_t number = current_; left > 0; --number, begin -= kPointNanoseconds) {
-        const bool oldest = number == 0 || number + static_cast<std::int64_t>(curve_.size()) == current_ + 1;
+    for (std::int64_t begin = first_ + number * kPointNanoseconds; left > 0; --number, begin -= kPointNanoseconds) {
+        const bool oldest = number == oldestKept;
         const std::uint64_t here = oldest ? left : std::min(left, static_cast<std::uint64_t>(end - begin));
         busyAt(number) += here;
         left -= here;
@@ -117,26 +120,21 @@ KindCount ChannelStatistics::counted(Direction direction) const
     return sum;
 }
 
-std::int64_t ChannelStatistics::oldestOfLastSecond() const
-{
-    return std::max<std::int64_t>(0, current_ - static_cast<std::int64_t>(kPointsPerSecond));
-}
-
 KindCount ChannelStatistics::lastSecond(Direction direction, FrameKind kind) const
 {
     const std::size_t index = counter(direction, kind);
     KindCount sum;
-    for (std::int64_t number = oldestOfLastSecond(); number < current_; ++number) {
+    for (std::int64_t number = std::max<std::int64_t>(0, current_ - kPointsPerSecond); number < current_; ++number) {
         sum.frames += countersAt(number).frames[index];
         sum.bytes += countersAt(number).bytes[index];
     }
     return sum;
 }
 
-std::uint64_t ChannelStatistics::busyOfLastSecond() const
+std::uint64_t ChannelStatistics::busyOfSecondBefore(std::int64_t end) const
 {
     std::uint64_t sum = 0;
-    for (std::int64_t number = oldestOfLastSecond(); number < current_; ++number)
+    for (std::int64_t number = std::max<std::int64_t>(0, end - kPointsPerSecond); number < end; ++number)
         sum += busyAt(number);
     return sum;
 }
@@ -145,8 +143,8 @@ std::optional<double> ChannelStatistics::loadNow() const
 {
     if (rates_.arbitration == 0 || current_ == 0)
         return std::nullopt;
-    const std::int64_t points = std::min<std::int64_t>(current_, kPointsPerSecond);
-    return static_cast<double>(busyOfLastSecond()) / static_cast<double>(points * kPointNanoseconds);
+    const std::int64_t points = std::min(current_, kPointsPerSecond);
+    return static_cast<double>(busyOfSecondBefore(current_)) / static_cast<double>(points * kPointNanoseconds);
 }
 
 std::optional<double> ChannelStatistics::loadMean() const
@@ -161,9 +159,10 @@ std::optional<double> ChannelStatistics::loadPeak() const
     if (rates_.arbitration == 0 || last_ == first_)
         return std::nullopt;
     // Of a recording shorter than a second there is only the mean.
-    if (current_ < static_cast<std::int64_t>(kPointsPerSecond))
+    if (current_ < kPointsPerSecond)
         return loadMean();
-    return static_cast<double>(std::max(peak_, busyOfLastSecond())) / static_cast<double>(kNanosecondsPerSecond);
+    return static_cast<double>(std::max(peak_, busyOfSecondBefore(current_))) /
+           static_cast<double>(kNanosecondsPerSecond);
 }
 
 std::vector<float> ChannelStatistics::loadCurve() const

@@ -30,7 +30,7 @@ public:
     // The load curve's points: one for each tenth of a second, of the last ten minutes.
     static constexpr std::int64_t kPointNanoseconds = 100000000;
     static constexpr std::size_t kCurvePoints = 6000;
-    static constexpr std::size_t kPointsPerSecond = 10;
+    static constexpr std::int64_t kPointsPerSecond = 10;
 
     explicit ChannelStatistics(const BusRates &rates = {});
 
@@ -38,7 +38,7 @@ public:
     void setRates(const BusRates &rates) { rates_ = rates; }
     const BusRates &rates() const { return rates_; }
 
-    // Its time, where it goes back, counts as the latest seen.
+    // Its time, where it goes back, counts as the latest seen; in the load the frame lies where it was.
     void add(const RawFrame &frame);
     // Time passes without a frame; nanoseconds on the frames' clock.
     void advance(std::int64_t time);
@@ -77,8 +77,7 @@ private:
     {
         return recent_[static_cast<std::size_t>(number) % kRecentPoints];
     }
-    std::int64_t oldestOfLastSecond() const;
-    std::uint64_t busyOfLastSecond() const;
+    std::uint64_t busyOfSecondBefore(std::int64_t end) const; // number of a point
     // Spreads the time on the wire over the points in which it lies.
     void addBusy(std::int64_t end, std::uint64_t duration);
 
@@ -91,5 +90,5 @@ private:
     std::int64_t current_ = 0; // number of the point under way, counted from the first time
     std::array<KindCount, kCounters> counted_{};
     std::uint64_t busy_ = 0;
-    std::uint64_t peak_ = 0; // largest busyOfLastSecond()
+    std::uint64_t peak_ = 0; // largest busyOfSecondBefore()
 };

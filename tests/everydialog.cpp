@@ -19,6 +19,7 @@
 #include "dialogs/datadlg.h"
 #include "dialogs/filedlg.h"
 #include "dialogs/listsenddlg.h"
+#include "dialogs/messagedlg.h"
 #include "dialogs/savefiledlg.h"
 #include "upgrade/updatedlg.h"
 
@@ -28,6 +29,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTableView>
 #include <QTimer>
 #include <QTreeView>
 
@@ -57,7 +59,44 @@ std::unique_ptr<QWidget> makeValueFilter()
     return dialog;
 }
 
-// One entry of every mode.
+// A copy, so that no picture shows where this tree lies.
+QString vehicleDatabaseCopy()
+{
+    const QString copy = QDir::temp().filePath(QStringLiteral("vehicle.dbc"));
+    QFile::copy(QStringLiteral(OSTREL_VEHICLE_DATABASE), copy);
+    return copy;
+}
+
+// Names that are words of no language.
+QString gearbox()
+{
+    const QString path = QDir::temp().filePath(QStringLiteral("gearbox.dbc"));
+    QFile file(path);
+    file.open(QIODevice::WriteOnly);
+    file.write("BO_ 790 GEARBOX: 8 ECU\n"
+               " SG_ COUNTER : 0|8@1+ (1,0) [0|255] \"\" X\n"
+               " SG_ GEAR : 8|4@1- (1,0) [-1|5] \"\" X\n"
+               " SG_ SPEED : 23|16@0+ (0.25,0) [0|8000] \"km/h\" X\n"
+               " SG_ OIL_TEMP : 32|8@1+ (1,-40) [-40|215] \"\xC2\xB0"
+               "C\" X\n"
+               "VAL_ 790 GEAR -1 \"R\" 0 \"N\" 1 \"D\" ;\n"
+               "BA_DEF_ BO_ \"GenMsgCycleTime\" INT 0 10000;\nBA_ \"GenMsgCycleTime\" BO_ 790 50;\n");
+    return path;
+}
+
+std::shared_ptr<DatabaseSet> databaseOf(const QString &path)
+{
+    auto set = std::make_shared<DatabaseSet>();
+    set->add(path, DatabaseChannels::Both);
+    return set;
+}
+
+DatabaseAccess accessTo(const std::shared_ptr<DatabaseSet> &set)
+{
+    return {[set] { return set->entries(); }, [set] { return set->lookup(); }, [](QWidget *) {}};
+}
+
+// One entry of every mode, and one that a database knows.
 std::unique_ptr<QWidget> makeTransmitList()
 {
     TransmitList list;
@@ -72,8 +111,13 @@ std::unique_ptr<QWidget> makeTransmitList()
         entry->frame.length = kClassicDataBytes;
         list << entry;
     }
+    const auto set = databaseOf(gearbox());
+    list << entryOfMessage(set->entries().front().database->content.messages.front(), 0);
     auto dialog = std::make_unique<listSendDlg>();
     dialog->document()->model()->setList(list);
+    dialog->setDatabases(accessTo(set));
+    auto *table = dialog->findChild<QTableView *>(QStringLiteral("tableView"));
+    table->setCurrentIndex(table->model()->index(list.size() - 1, NameColumn));
     return dialog;
 }
 
@@ -120,10 +164,7 @@ std::unique_ptr<SignalHub> makeHub()
 {
     auto hub = std::make_unique<SignalHub>();
     hub->start();
-    // A copy, so that no picture shows where this tree lies.
-    const QString copy = QDir::temp().filePath(QStringLiteral("vehicle.dbc"));
-    QFile::copy(QStringLiteral(OSTREL_VEHICLE_DATABASE), copy);
-    hub->databases()->add(copy, DatabaseChannels::Both);
+    hub->databases()->add(vehicleDatabaseCopy(), DatabaseChannels::Both);
     return hub;
 }
 
@@ -199,6 +240,8 @@ const QVector<WindowMaker> &everyWindow()
         maker<DataDlg>("data-editor", QByteArray::fromHex("0011223344556677"), 8U),
         maker<fileDlg>("file-send"),
         {"list-send", makeTransmitList},
+        {"list-send-messages",
+         [] { return std::make_unique<MessageDlg>(accessTo(databaseOf(vehicleDatabaseCopy()))); }},
         {"capture-file", makeCaptureFile},
         {"display-filter", makeValueFilter},
         maker<UpdateDlg>("firmware-upgrade", QString("V2.10"), QString()),

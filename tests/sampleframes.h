@@ -27,6 +27,15 @@ inline ModelItem sentFrame(std::uint32_t id, std::uint8_t data = 0, unsigned cha
     return batch.first();
 }
 
+// A row per number: its identifier and its data byte.
+inline QList<FrameRow> rows(const QList<std::uint8_t> &numbers)
+{
+    QList<FrameRow> made;
+    for (const std::uint8_t number : numbers)
+        made << toFrameRow(receivedFrame(number, number));
+    return made;
+}
+
 // The texts of one column, row by row.
 inline QStringList columnTexts(const MyTableModel &model, int column)
 {

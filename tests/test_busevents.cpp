@@ -97,6 +97,7 @@ private slots:
         fake->report[1] = reportOf(1);
         fake->report[1].events[0].timeStamp = 1234;
         fake->report[1].state = {ControllerState::ErrorWarning, true, 96, 7};
+        fake->report[1].lost = 3;
         TapReader reader;
         recvThread loop(1);
         QSignalSpy lines(&loop, &recvThread::log);
@@ -105,6 +106,7 @@ private slots:
         TapBatch batch;
         QVERIFY(reader.take(batch, 10s));
         loop.stopAndWait();
+        QVERIFY(loop.lostErrorFrames() >= 6 && loop.lostErrorFrames() % 3 == 0); // of every asking
         QVERIFY(!batch.frames.empty());
         const RawFrame &frame = batch.frames.front();
         QVERIFY(frame.error && frame.channel == 2 && frame.length == 8 && frame.direction == Direction::Received);

@@ -57,6 +57,11 @@ Ended run(const QStringList &arguments, const QByteArray &input = {}, const char
     return end(&process);
 }
 
+QByteArray transmitList(const QByteArray &entries)
+{
+    return "{\"format\":\"ostrel-transmit-list\",\"version\":1,\"entries\":[" + entries + "]}";
+}
+
 // What an adapter can send, on both channels, a millisecond apart.
 std::vector<RawFrame> sendableFrames()
 {
@@ -113,6 +118,7 @@ private slots:
     void baseline();
     void rowsOfFiles();
     void generates();
+    void transmitsAList();
 
 private:
     QString path(const char *name) const { return folder_.filePath(QLatin1String(name)); }
@@ -292,6 +298,20 @@ void TestCli::endsWith_data()
                                              << QByteArray("1 frames were not taken");
     QTest::newRow("mapped channel") << words("replay --linger 0 --map 5=2 -") << QByteArray("(1.0) can4 123#\n") << 0
                                     << QByteArray("1 frames sent");
+    write(path("damaged.json"), transmitList("{\"id\":\"1\"},\n{\"id\":\"800\"}"));
+    write(path("one.json"), transmitList("{\"id\":\"1\",\"mode\":\"counted\"}"));
+    write(path("keys.json"), transmitList("{\"id\":\"1\",\"mode\":\"request\"},{\"id\":\"2\",\"on\":false}"));
+    const QStringList transmit = words("transmit --linger 0");
+    QTest::newRow("no list") << words("transmit") << QByteArray() << 2 << QByteArray("one list");
+    QTest::newRow("list missing") << transmit + words("none.json") << QByteArray() << 1 << QByteArray("none.json");
+    QTest::newRow("damaged list") << transmit + QStringList(path("damaged.json")) << QByteArray() << 1
+                                  << QByteArray("entry 2: the field \"id\"");
+    QTest::newRow("nothing by itself") << transmit + QStringList(path("keys.json")) << QByteArray() << 1
+                                       << QByteArray("nothing to send");
+    QTest::newRow("list that nobody acknowledges") << transmit + words("--only 1") + QStringList(path("one.json"))
+                                                   << QByteArray() << 1 << QByteArray("1 frames were not taken");
+    QTest::newRow("list on another channel") << transmit + words("--only 2") + QStringList(path("one.json"))
+                                             << QByteArray() << 1 << QByteArray("not opened");
 }
 
 void TestCli::endsWith()
@@ -439,6 +459,40 @@ void TestCli::generates()
     const auto once = random();
     QCOMPARE(once.size(), std::size_t(30));
     QCOMPARE(difference(random(), once, 0), QString());
+}
+
+void TestCli::transmitsAList()
+{
+    const QString file = path("transmitted.log");
+    const QString list = path("list.json");
+    write(list, transmitList("{\"id\":\"100\",\"mode\":\"counted\",\"count\":20,\"interval\":5,\"length\":1,"
+                             "\"changes\":\"counter 0:8\"},"
+                             "{\"id\":\"101\",\"channel\":2,\"interval\":10,\"mode\":\"periodic\"},"
+                             "{\"id\":\"102\",\"on\":false}"));
+    const auto transmit = [&](const char *options) {
+        const Ended ended = run(words("transmit --record") << file << words(options) << list << kRates);
+        return ended.code == 0 ? read(file).frames : std::vector<RawFrame>();
+    };
+    // A moment at the end itself is none any more: ten of the periodic one.
+    const auto timed = transmit("--duration 0.1");
+    const auto counted = onlyOf(timed, 1, Direction::Sent);
+    QCOMPARE(counted.size(), std::size_t(20));
+    for (unsigned i = 0; i < counted.size(); ++i)
+        QVERIFY(counted[i].id == 0x100 && counted[i].length == 1 && counted[i].data[0] == i);
+    QCOMPARE(onlyOf(timed, 2, Direction::Sent).size(), std::size_t(10));
+    QCOMPARE(onlyOf(timed, 2, Direction::Received).size(), counted.size());
+
+    const auto limited = transmit("--count 33");
+    QCOMPARE(onlyOf(limited, 1, Direction::Sent).size() + onlyOf(limited, 2, Direction::Sent).size(), std::size_t(33));
+
+    QProcess process; // until it is interrupted
+    start(&process, words("transmit --record - --record-format candump") + kRates + QStringList(list));
+    QTRY_VERIFY_WITH_TIMEOUT(process.bytesAvailable() > 0, kTimeoutMs);
+    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+    const Ended ended = end(&process);
+    QVERIFY2(ended.code == 0, ended.errors.constData());
+    QVERIFY2(ended.errors.contains(QByteArray::number(ended.out.count('\n') / 2) + " frames sent"), // and received
+             ended.errors.constData());
 }
 
 QTEST_GUILESS_MAIN(TestCli)

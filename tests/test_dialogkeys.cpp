@@ -27,7 +27,8 @@ private slots:
             {"device-operations", "pushButton"}, {"parameters", "btnConfirm"},
             {"parameters-view", "btnConfirm"},   {"device-information", "pushButton"},
             {"value-entry", "btnValueOK"},       {"data-editor", "pushButton"},
-            {"capture-file", "okBtn"},           {"display-filter", "confirmBtn"}};
+            {"capture-file", "okBtn"},           {"display-filter", "confirmBtn"},
+            {"list-send-messages", "okButton"}};
         QTest::addColumn<QString>("inFields");
         for (int dialog = 1; dialog < everyWindow().size(); ++dialog) { // the first is the main window
             const QByteArray name = everyWindow().at(dialog).name;

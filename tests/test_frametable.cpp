@@ -12,18 +12,6 @@
 #include <QToolTip>
 #include <QtTest>
 
-namespace
-{
-// One row per number: its identifier and its data byte.
-QList<FrameRow> rows(const QList<std::uint8_t> &numbers)
-{
-    QList<FrameRow> made;
-    for (const std::uint8_t number : numbers)
-        made << toFrameRow(receivedFrame(number, number));
-    return made;
-}
-} // namespace
-
 class TestFrameTable : public QObject
 {
     Q_OBJECT

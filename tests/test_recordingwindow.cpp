@@ -5,10 +5,12 @@
 #include "app/recordingopener.h"
 #include "device/language.h"
 #include "testfolder.h"
+#include "transmit/csventries.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QCompleter>
 #include <QFileDialog>
@@ -57,6 +59,7 @@ private slots:
     void wrongFilterAndCompletion();
     void times();
     void exportsWhatIsShown();
+    void copiesForTheTransmitList();
     void bookmarks();
     void follows();
     void dropped();
@@ -195,6 +198,23 @@ void TestRecordingWindow::exportsWhatIsShown()
     QTRY_VERIFY(QFile::exists(target));
     QCOMPARE(shell(awk.arg(target)), expected);
     QCOMPARE(shell(QStringLiteral("wc -l < ") + target).trimmed().toInt(), expected.count('\n'));
+}
+
+void TestRecordingWindow::copiesForTheTransmitList()
+{
+    enter("recordingFilter", "id 100 or id 107 and channel 2");
+    QTRY_COMPARE(model_->total(), std::uint64_t(2 * (kRows + 47) / 48));
+    view_->setCurrent(2);
+    view_->setCurrent(2 + 799, true);
+    QTest::keyClick(view_, Qt::Key_C, Qt::ControlModifier);
+    const CsvEntries taken = entriesFromCsv(QApplication::clipboard()->text());
+    QCOMPARE(taken.skipped, 1); // the titles
+    QCOMPARE(taken.entries.size(), 2);
+    for (int entry = 0; entry < 2; ++entry) {
+        QCOMPARE(taken.entries[entry]->frame.id, entry == 0 ? 0x100U : 0x107U);
+        QCOMPARE(taken.entries[entry]->channel, unsigned(entry));
+        QCOMPARE(taken.entries[entry]->interval, 1U); // 48 frames, 20 us apart
+    }
 }
 
 void TestRecordingWindow::bookmarks()

@@ -7,6 +7,7 @@
 #include "testfolder.h"
 #include "transmit/csventries.h"
 #include "transmit/framechecks.h"
+#include "transmit/signalfields.h"
 #include "transmit/transmitengine.h"
 #include "transmit/transmitfile.h"
 #include "transmit/transmitmodel.h"
@@ -375,6 +376,82 @@ private slots:
         QVERIFY(many.mode == TransmitMode::Periodic);
         QCOMPARE(many.interval, 100U);
         QVERIFY(taken.entries[1]->mode == TransmitMode::OnRequest);
+    }
+
+    void dataAreEditedAsSignals_data()
+    {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<int>("column");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QByteArray>("data"); // afterwards; empty: refused
+        QTest::addColumn<QString>("shown");   // of the cell
+        QTest::addColumn<QString>("told");    // part of it
+        QTest::newRow("value") << 0 << int(FieldValueColumn) << "12.5" << QByteArray("7d00020000000000") << "12.5"
+                               << "";
+        QTest::newRow("beyond the limits")
+            << 0 << int(FieldValueColumn) << "30" << QByteArray("c800020000000000") << "20"
+            << "limited to 20";
+        QTest::newRow("raw, beyond the limits")
+            << 0 << int(FieldRawColumn) << "0xFA" << QByteArray("fa00020000000000") << "250"
+            << "";
+        QTest::newRow("text") << 1 << int(FieldValueColumn) << "Reverse" << QByteArray("0000010000000000") << "Reverse"
+                              << "";
+        QTest::newRow("number in place of a text")
+            << 1 << int(FieldValueColumn) << "3" << QByteArray("0000030000000000") << "3"
+            << "";
+        QTest::newRow("takes its multiplexer along")
+            << 4 << int(FieldValueColumn) << "-2" << QByteArray("00000200010000fe") << "-2"
+            << "";
+        QTest::newRow("no value") << 0 << int(FieldValueColumn) << "fast" << QByteArray() << "0"
+                                  << "fast";
+        QTest::newRow("no raw value") << 0 << int(FieldRawColumn) << "1.5" << QByteArray() << "0"
+                                      << "1.5";
+        QTest::newRow("no column to edit") << 0 << int(FieldUnitColumn) << "m" << QByteArray() << "bar"
+                                           << "";
+    }
+    void dataAreEditedAsSignals()
+    {
+        QFETCH(int, row);
+        QFETCH(int, column);
+        QFETCH(QString, value);
+        QFETCH(QByteArray, data);
+        QFETCH(QString, shown);
+        QFETCH(QString, told);
+        setLanguageCode(English);
+        const auto database = std::make_shared<const LoadedDatabase>(
+            readDbc("BO_ 800 Gear: 8 Box\n"
+                    " SG_ Pressure : 0|8@1+ (0.1,0) [0|20] \"bar\" X\n SG_ Lever : 16|4@1+ (1,0) [0|0] \"\" X\n"
+                    " SG_ Page M : 32|4@1+ (1,0) [0|0] \"\" X\n SG_ A m0 : 56|8@1- (1,0) [0|0] \"\" X\n"
+                    " SG_ B m1 : 56|8@1- (1,0) [0|0] \"\" X\n"
+                    "VAL_ 800 Lever 1 \"Reverse\" 2 \"Neutral\" ;\n"
+                    "BA_DEF_ BO_ \"GenMsgCycleTime\" INT 0 10000;\nBA_DEF_ SG_ \"GenSigStartValue\" FLOAT 0 10000;\n"
+                    "BA_ \"GenMsgCycleTime\" BO_ 800 40;\nBA_ \"GenSigStartValue\" SG_ 800 Lever 2;\n"));
+        const auto lookup = std::make_shared<const MessageLookup>(
+            std::vector<MessageLookup::Entry>{{database, DatabaseChannels::Second}});
+        const TransmitEntryPointer entry = entryOfMessage(database->content.messages.at(0), 1);
+        QVERIFY(entry->name == "Gear" && entry->mode == TransmitMode::Periodic && entry->interval == 40);
+        QVERIFY(transmitProblem(*entry).isEmpty());
+        SignalFields fields;
+        const auto elsewhere = std::make_shared<TransmitEntry>(*entry);
+        elsewhere->channel = 0;
+        fields.show(elsewhere, lookup);
+        QVERIFY(!fields.isKnown());
+        fields.show(entry, lookup);
+        QCOMPARE(fields.rowCount(), 5);
+        TransmitEntryPointer edited;
+        QString said;
+        connect(&fields, &SignalFields::told, this, [&said](const QString &text) { said = text; });
+        connect(&fields, &SignalFields::edited, this, [&](const TransmitEntryPointer &changed) {
+            edited = changed;
+            fields.show(changed, lookup);
+        });
+        const QModelIndex cell = fields.index(row, column);
+        QCOMPARE(fields.setData(cell, value), !data.isEmpty());
+        if (edited)
+            QCOMPARE(QByteArray(reinterpret_cast<const char *>(edited->frame.data), 8).toHex(), data);
+        QCOMPARE(cell.data().toString(), shown);
+        QVERIFY2(told.isEmpty() ? said.isEmpty() : said.contains(told), qPrintable(said));
+        fields.disconnect(this);
     }
 
     void cellsAreCheckedAsThePanelsAre()

@@ -3,6 +3,7 @@
 #include "device/language.h"
 #include "dialogs/datadlg.h"
 #include "dialogs/listsenddlg.h"
+#include "dialogs/messagedlg.h"
 #include "frames/pendingframes.h"
 #include "modalhelper.h"
 #include "testfolder.h"
@@ -144,6 +145,46 @@ private slots:
         QCOMPARE(user.text(2, IntervalColumn), QString("77"));
     }
 
+    void messagesOfADatabaseAreTakenAndEdited()
+    {
+        DatabaseSet set;
+        QVERIFY(set.add(QStringLiteral(OSTREL_VEHICLE_DATABASE), DatabaseChannels::Second).change ==
+                DatabaseSet::Change::Loaded);
+        const User user;
+        user.trigger("actionMessages"); // without databases: nothing
+        user.window->setDatabases({[&set] { return set.entries(); }, [&set] { return set.lookup(); }, {}});
+        ModalAnswer answer;
+        answer.on<MessageDlg>([](MessageDlg *dialog) {
+            dialog->findChild<QLineEdit *>("searchEdit")->setText("chassis speed 0d1");
+            dialog->findChild<QPushButton *>("okButton")->click();
+        });
+        user.trigger("actionMessages");
+        QCOMPARE(user.ids(), QString("0D1"));
+        QCOMPARE(user.text(0, NameColumn), QString("Speed"));
+        QCOMPARE(user.text(0, EntryChannelColumn), QString("2"));
+        QCOMPARE(user.text(0, IntervalColumn), QString("10"));
+
+        auto *fields = user.window->findChild<QTableView *>("fieldView");
+        QVERIFY(fields->isVisible());
+        user.trigger("actionSignals");
+        QCOMPARE(fields->currentIndex().column(), int(FieldValueColumn));
+        const QModelIndex speed = fields->model()->index(1, FieldValueColumn);
+        fields->setCurrentIndex(speed);
+        QTest::keyClick(fields, Qt::Key_F2);
+        auto *line = fields->viewport()->findChild<QLineEdit *>();
+        QVERIFY(line);
+        QTest::keyClicks(line, "123.45");
+        QTest::keyClick(line, Qt::Key_Return);
+        QTRY_COMPARE(speed.data().toString(), QString("123.45"));
+        QCOMPARE(user.text(0, EntryDataColumn), QString("00 30 39 00 00 00"));
+        user.trigger("actionUndo");
+        QCOMPARE(speed.data().toString(), QString("0"));
+        user.edit(0, EntryIdColumn, "7"); // nobody's message
+        QVERIFY(!fields->isVisible());
+        user.trigger("actionSignals");
+        QVERIFY(!user.hint().isEmpty());
+    }
+
     void theByteEditorChangesTheData()
     {
         const User user;
@@ -218,11 +259,24 @@ private slots:
             QCOMPARE(user.ids(), QString("001 001"));
             QCOMPARE(user.window->document()->save(path), QString());
         }
+        folder_->write("config/transmit-unsaved.json", "{");
+        {
+            const User user;
+            QCOMPARE(user.ids(), QString("001 001"));
+            QVERIFY(user.hint().contains("line 1"));
+            QCOMPARE(folder_->read("config/transmit-unsaved.damaged.json"), QByteArray("{"));
+        }
         folder_->write("my list.json", "{\"format\": ");
+        {
+            const User user;
+            QCOMPARE(user.ids(), QString());
+            QVERIFY(user.hint().contains("line 1"));
+            QCOMPARE(folder_->read("my list.json"), QByteArray("{\"format\": "));
+            user.trigger("actionAdd"); // not of the damaged file
+        }
         const User user;
-        QCOMPARE(user.ids(), QString());
-        QVERIFY(user.hint().contains("line 1"));
-        QCOMPARE(folder_->read("my list.json"), QByteArray("{\"format\": "));
+        QCOMPARE(user.ids(), QString("001"));
+        QVERIFY(user.window->document()->path().isEmpty());
     }
 };
 

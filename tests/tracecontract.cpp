@@ -246,3 +246,21 @@ QString frameText(const RawFrame &frame)
         text += QStringLiteral(" dlc %1").arg(frame.rawDlc);
     return text.trimmed();
 }
+
+QString lossTexts(const std::vector<TraceLoss> &losses)
+{
+    QStringList texts;
+    for (const TraceLoss &loss : losses)
+        texts << loss.what + QStringLiteral(" %1").arg(loss.count);
+    return texts.join(QStringLiteral(", "));
+}
+
+QString textsOf(const ReadTrace &read)
+{
+    QStringList texts;
+    for (const RawFrame &frame : read.frames)
+        texts << frameText(frame);
+    if (read.error)
+        texts << read.error->place;
+    return texts.join(QLatin1Char('\n'));
+}

@@ -53,3 +53,8 @@ ReadTrace readTrace(QIODevice *device, std::optional<TraceFormat> format = {}, c
 QString difference(const std::vector<RawFrame> &actual, const std::vector<RawFrame> &expected, std::int64_t tolerance);
 // A frame in a line, as the tables of the tests have it: "1 rx 123 8 0011..", "2 tx 1F334455x r 4", "1 rx error".
 QString frameText(const RawFrame &frame);
+
+// What was read, a frame a line, and the place of an error at the end.
+QString textsOf(const ReadTrace &read);
+// "error frames 3, remote FD frames 1"
+QString lossTexts(const std::vector<TraceLoss> &losses);

@@ -19,6 +19,7 @@ struct RawFrame {
     bool bitRateSwitch = false;
     bool errorStateIndicator = false;
     bool error = false;      // an error frame; its data are laid out as SocketCAN's when length is 8
+    bool comesBack = false;  // sent, and received by its own sender as well
     std::uint8_t length = 0; // data bytes, 0..8 or 0..64; of a remote frame: the length it asks for
     std::uint8_t rawDlc = 0; // 9..15: the DLC with which a classic frame of 8 bytes was sent; else 0
     std::uint8_t data[kRawDataBytes] = {};

@@ -64,7 +64,7 @@ void TransmitEngine::setEntries(const TransmitList &entries)
     listenIfNeeded();
 }
 
-void TransmitEngine::start()
+void TransmitEngine::start(const TransmitLimits &limits)
 {
     {
         const std::lock_guard<std::mutex> guard(lock_);
@@ -72,6 +72,8 @@ void TransmitEngine::start()
             return;
         stop_.clear();
         running_ = true;
+        limits_ = limits;
+        taken_ = 0;
         startedAt_ = TransmitClock::now();
         nextLook_ = startedAt_;
         std::fill(std::begin(open_), std::end(open_), true); // the first look finds those that are not
@@ -100,7 +102,20 @@ void TransmitEngine::stop()
 bool TransmitEngine::hasWork() const
 {
     const std::lock_guard<std::mutex> guard(lock_);
-    return running_ && std::any_of(runs_.begin(), runs_.end(), [](const TransmitRun &run) { return run.canGoOn(); });
+    if (sending_)
+        return true;
+    return running_ && !isThrough() &&
+           std::any_of(runs_.begin(), runs_.end(), [](const TransmitRun &run) { return run.canGoOn(); });
+}
+
+// Under the lock. Moments before the end are sent at, however late.
+bool TransmitEngine::isThrough() const
+{
+    if (limits_.frames != 0 && taken_ >= limits_.frames)
+        return true;
+    const auto end = startedAt_ + limits_.duration;
+    return limits_.duration.count() != 0 && TransmitClock::now() >= end &&
+           (heap_.empty() || heap_.front().due.at >= end);
 }
 
 void TransmitEngine::request(unsigned serial)
@@ -167,6 +182,8 @@ void TransmitEngine::run()
         const auto now = TransmitClock::now();
         if (running_ && now >= nextLook_)
             lookAtChannels(lock, now);
+        else if (running_ && isThrough())
+            wake_.wait_until(lock, nextLook_);
         else if (!heap_.empty() && heap_.front().due.at <= now)
             sendFirst(lock, now);
         else if (running_)
@@ -214,12 +231,15 @@ void TransmitEngine::sendFirst(Lock &lock, TransmitClock::time_point now)
     const TransmitType type = run.entry().type;
     const unsigned serial = run.entry().serial;
 
+    sending_ = true;
     lock.unlock(); // a driver may let its sender wait
     const bool room = pendingFramesHaveRoom() || waitForPendingRoom(stop_, [this] { return running_.load(); });
     const bool taken = room && sendRaw(channel, frame, type) == SendResult::Taken;
     const std::int64_t time = QDateTime::currentMSecsSinceEpoch();
     lock.lock();
 
+    sending_ = false;
+    taken_ += taken ? 1 : 0;
     const auto place = places_.find(serial);
     if (place != places_.end() && (room || running_))
         runs_[place->second].sent(taken, time);

@@ -18,6 +18,12 @@
 
 class TransmitListener;
 
+// When a list ends by itself.
+struct TransmitLimits {
+    std::uint64_t frames = 0;              // once so many have been taken by the driver; 0: no limit
+    std::chrono::milliseconds duration{0}; // moments so late after the start, or later, are not sent at; 0: no limit
+};
+
 class TransmitEngine
 {
 public:
@@ -30,12 +36,13 @@ public:
     // The owner's thread: setEntries, start and stop.
     // The list as it stands now, also while it runs. Entries are recognised by their serials and keep counts and pace.
     void setEntries(const TransmitList &entries);
-    void start();
+    void start(const TransmitLimits &limits = {});
     // Nothing is sent any more, but for one frame that may be on its way to the driver.
     void stop();
     // From start() to stop(). Any thread.
     bool isRunning() const { return running_; }
-    // Whether the list may yet send by itself: false once counted entries are through, or none is on. Any thread.
+    // Whether the list may yet send by itself, or a frame is on its way to the driver: false once counted entries are
+    // through, a limit is reached, or no entry is on. Any thread.
     bool hasWork() const;
 
     // Sends this entry once, whether the list runs or the entry is on. Any thread.
@@ -62,6 +69,7 @@ private:
     void push(std::size_t index);
     void lookAtChannels(Lock &lock, TransmitClock::time_point now);
     void sendFirst(Lock &lock, TransmitClock::time_point now);
+    bool isThrough() const;
     void heard(const RawFrame *frames, std::size_t count);
     void listenIfNeeded();
 
@@ -77,6 +85,9 @@ private:
     std::vector<std::size_t> answering_;
     std::vector<Moment> heap_;
     bool open_[kChannelCount] = {};
+    TransmitLimits limits_;
+    std::uint64_t taken_ = 0; // since the start
+    bool sending_ = false;    // a frame is on its way to the driver
     TransmitClock::time_point startedAt_;
     TransmitClock::time_point nextLook_;
 

@@ -222,10 +222,19 @@ void TransmitModel::setList(const TransmitList &list)
 
 void TransmitModel::setCounts(const std::vector<TransmitCounts> &counts)
 {
-    for (const TransmitCounts &count : counts)
-        counts_.insert(count.serial, count);
-    if (!list_.isEmpty())
-        emit dataChanged(index(0, SentColumn), index(list_.size() - 1, LastSentColumn), {Qt::DisplayRole});
+    int first = -1;
+    int last = -1;
+    for (int row = 0; row < static_cast<int>(counts.size()); ++row) {
+        const TransmitCounts &count = counts[static_cast<std::size_t>(row)];
+        TransmitCounts &shown = counts_[count.serial];
+        if (shown.sent == count.sent && shown.refused == count.refused && shown.lastSent == count.lastSent)
+            continue;
+        shown = count;
+        first = first < 0 ? row : first;
+        last = row;
+    }
+    if (first >= 0 && last < list_.size())
+        emit dataChanged(index(first, SentColumn), index(last, LastSentColumn), {Qt::DisplayRole});
 }
 
 void TransmitModel::retranslate()

@@ -46,6 +46,7 @@ public:
     const TransmitList &list() const { return list_; }
     // A reset, unless it has the same entries in the same places.
     void setList(const TransmitList &list);
+    // In the list's order.
     void setCounts(const std::vector<TransmitCounts> &counts);
     void retranslate();
 

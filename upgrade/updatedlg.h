@@ -52,7 +52,7 @@ private:
 
     const std::unique_ptr<Ui::UpdateDlg> ui_;
     QProgressBar *progress_; // owned by this dialog; empty until the image is on the drive
-    QTimer *wait_; // owned by this dialog; for the next step
+    QTimer *wait_;           // owned by this dialog; for the next step
     const QString version_;
     const QString sourcePath_;
     unsigned deviceIndex_ = 0;

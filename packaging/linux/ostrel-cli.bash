@@ -4,7 +4,7 @@ _ostrel_cli() {
     local command=${COMP_WORDS[1]}
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W "devices record replay generate convert show statistics --help --version" \
+        mapfile -t COMPREPLY < <(compgen -W "devices record replay generate transmit convert show statistics --help --version" \
             -- "$current")
         return
     fi

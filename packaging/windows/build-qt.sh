@@ -4,6 +4,7 @@
 # Takes about half an hour of one processor; nothing of the system's package configuration is changed.
 # Needs: apt with a reachable Debian archive, dpkg-dev, g++-mingw-w64-i686-posix, make, python3, perl.
 set -euo pipefail
+. "$(dirname "$0")/debian-source.sh"
 
 prefix=$(realpath -m "${1:?usage: build-qt.sh DIR}")
 jobs=${JOBS:-$(nproc)}
@@ -19,17 +20,8 @@ $triple-g++ -v 2>&1 | grep -q '^Thread model: posix' ||
 work=$(mktemp -d "${TMPDIR:-/tmp}/ostrel-qt.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
-# The archive's source index, in a state folder of our own.
-mkdir -p "$work/lists/partial" "$work/cache/archives/partial" "$work/sources.d"
-for file in /etc/apt/sources.list.d/*.sources; do
-    [ -e "$file" ] && sed 's/^Types:.*/Types: deb-src/' "$file" >"$work/sources.d/$(basename "$file")"
-done
-[ -e /etc/apt/sources.list ] && sed -n 's/^deb /deb-src /p' /etc/apt/sources.list >"$work/sources.list"
-apt=(apt-get -qq -o "Dir::Etc::sourcelist=$work/sources.list" -o "Dir::Etc::sourceparts=$work/sources.d"
-     -o "Dir::State::lists=$work/lists" -o "Dir::Cache=$work/cache" -o APT::Sandbox::User=root)
+fetch_debian_source qtbase-opensource-src "$work"
 cd "$work"
-"${apt[@]}" update
-"${apt[@]}" source --download-only qtbase-opensource-src
 dpkg-source -x qtbase-opensource-src_5.15.*.dsc source >/dev/null
 
 # Accessibility and tablet events need headers that Debian leaves out of the source package.
@@ -43,6 +35,4 @@ cd build
     -qt-zlib -qt-pcre -qt-libpng -qt-libjpeg -qt-freetype
 make -s -j"$jobs"
 make -s install
-# For the notice that goes with the libraries: qtbase-opensource-src and the whole version.
-(cd "$work" && sed -n 's/^Source: //p; s/^Version: //p' qtbase-opensource-src_5.15.*.dsc | paste -sd' ') \
-    >"$prefix/debian-source"
+debian_source_version "$work" qtbase-opensource-src >"$prefix/debian-source"

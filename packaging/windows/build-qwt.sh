@@ -4,6 +4,7 @@
 # QT_WINDOWS_ROOT names the Qt that it is for, with its qmake. Nothing of the system's package configuration is changed.
 # Needs: apt with a reachable Debian archive, dpkg-dev, g++-mingw-w64-i686-posix, make.
 set -euo pipefail
+. "$(dirname "$0")/debian-source.sh"
 
 prefix=$(realpath -m "${1:?usage: build-qwt.sh DIR}")
 jobs=${JOBS:-$(nproc)}
@@ -16,17 +17,8 @@ done
 work=$(mktemp -d "${TMPDIR:-/tmp}/ostrel-qwt.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
-# The archive's source index, in a state folder of our own.
-mkdir -p "$work/lists/partial" "$work/cache/archives/partial" "$work/sources.d"
-for file in /etc/apt/sources.list.d/*.sources; do
-    [ -e "$file" ] && sed 's/^Types:.*/Types: deb-src/' "$file" >"$work/sources.d/$(basename "$file")"
-done
-[ -e /etc/apt/sources.list ] && sed -n 's/^deb /deb-src /p' /etc/apt/sources.list >"$work/sources.list"
-apt=(apt-get -qq -o "Dir::Etc::sourcelist=$work/sources.list" -o "Dir::Etc::sourceparts=$work/sources.d"
-     -o "Dir::State::lists=$work/lists" -o "Dir::Cache=$work/cache" -o APT::Sandbox::User=root)
+fetch_debian_source qwt "$work"
 cd "$work"
-"${apt[@]}" update
-"${apt[@]}" source --download-only qwt
 dpkg-source -x qwt_6.1.*.dsc source >/dev/null
 cd source
 
@@ -46,4 +38,4 @@ cp "$(find . -name qwt-qt5.dll | head -1)" "$prefix/bin/"
 cp "$(find . -name libqwt-qt5.dll.a | head -1)" "$prefix/lib/"
 cp src/qwt*.h "$prefix/include/qwt/"
 cp COPYING "$prefix/"
-(cd "$work" && sed -n 's/^Source: //p; s/^Version: //p' qwt_6.1.*.dsc | paste -sd' ') >"$prefix/debian-source"
+debian_source_version "$work" qwt >"$prefix/debian-source"

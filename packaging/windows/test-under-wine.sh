@@ -1,5 +1,6 @@
 #!/bin/bash
-# Runs what build.sh built under Wine: the proof of the library's binding and the test programs without windows.
+# Runs what build.sh built under Wine: the proof of the library's binding, the test programs without windows, and the
+# command line as it is in the portable folder.
 # Environment: OSTREL_WINE32, the runner "RUNNER FOLDER PROGRAM.exe [ARGUMENT...]" of 32-bit Windows programs, which
 # shows the folder to the program and makes it its working folder; ../shared/tools/run-in-wine32.sh when not set.
 # Skips, and says so, when there is no runner.
@@ -44,6 +45,36 @@ for name in "${tests[@]}"; do
         grep -aA4 '^FAIL\|^QFATAL' "$report" 2>/dev/null || tail -5 "$report" 2>/dev/null || true
     fi
 done
+
+# The command line through the simulated library: what was sent is in the recording, and a recording is the same in
+# another format.
+cp -r "$(ls -d $build/Ostrel-*/)" "$stage/cli"
+cp $build/packaging/windows/kestrix-sim/Kestrix.dll "$stage/cli/"
+cat >"$stage/cli/sent.log" <<'FRAMES'
+(1.000000) can0 123#0102030405060708
+(1.001000) can1 12345678#AABB
+(1.002000) can0 7FF##100112233445566778899AABB
+(1.003000) can0 200#R4
+(1.004000) can1 555##0
+FRAMES
+cli() {
+    timeout 120 "$runner" "$stage/cli" ostrel-cli.exe "$@" >"$stage/cli/output" 2>&1 ||
+        { echo "ostrel-cli.exe $1 under Wine: ended with $?"; cat "$stage/cli/output"; failures=1; }
+}
+frames_of() { sed 's/^([^)]*) //; s/ [RT]\r*$//' "$1"; }
+cli replay sent.log --record replayed.blf
+cli convert replayed.blf --filter tx came.log
+cli record --count 500 recorded.blf
+cli convert recorded.blf recorded.asc
+cli convert recorded.asc by-asc.log
+cli convert recorded.blf direct.log
+if cmp <(frames_of "$stage/cli/sent.log") <(frames_of "$stage/cli/came.log") &&
+    [ "$(wc -l <"$stage/cli/direct.log")" = 500 ] && cmp "$stage/cli/direct.log" "$stage/cli/by-asc.log"; then
+    echo "ostrel-cli.exe under Wine: replayed, recorded and converted"
+else
+    echo "ostrel-cli.exe under Wine: frames differ"
+    failures=1
+fi
 
 [ $failures = 0 ] || { echo "under Wine: failed" >&2; exit 1; }
 echo "under Wine: passed"

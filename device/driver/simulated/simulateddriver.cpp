@@ -193,6 +193,12 @@ FrameCounts SimulatedDriver::vehicleCounts() const
     return bus_.vehicleCounts();
 }
 
+BusTime SimulatedDriver::carriedTime() const
+{
+    const Lock lock(state_);
+    return bus_.carriedTime();
+}
+
 std::uint32_t SimulatedDriver::GetDeviceInfo(Handle device, DeviceInfoRecord *record)
 {
     const Lock lock(state_);

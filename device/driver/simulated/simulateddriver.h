@@ -23,6 +23,8 @@ public:
     void replug();
     // What the vehicle has sent since the driver was made, by identifier word. Any thread.
     FrameCounts vehicleCounts() const;
+    // How long the bus has carried frames since the driver was made, nanoseconds. Any thread.
+    BusTime carriedTime() const;
 
     std::vector<std::string> deviceNames() override;
     std::vector<DriverNotice> takeNotices() override;

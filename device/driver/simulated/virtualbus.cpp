@@ -276,6 +276,7 @@ BusTime VirtualBus::advance(BusTime now, std::size_t budget)
         else
             complete(contest.winner, frame, end);
         drawn_ = fails_ = false;
+        carried_ += end - std::min(contest.start, end);
         free_ = end;
     }
     return now;

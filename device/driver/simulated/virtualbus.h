@@ -47,6 +47,8 @@ public:
     BusTime advance(BusTime now, std::size_t budget);
 
     const FrameCounts &vehicleCounts() const { return vehicleCounts_; }
+    // How long it has carried frames, those that were destroyed and their error frames included; also across reset().
+    BusTime carriedTime() const { return carried_; }
 
 private:
     static constexpr unsigned kVehicle = kChannelCount; // the node after the channels
@@ -82,6 +84,7 @@ private:
     BusSettings vehicleSettings_ = defaultBusSettings();
     FrameCounts vehicleCounts_;
     BusTime free_ = 0;              // the end of the last frame
+    BusTime carried_ = 0;
     unsigned lastSender_ = kNobody; // node
     std::minstd_rand chance_;       // the same at every run
     bool drawn_ = false;            // whether the frame on the wire is to fail, and at which part of it

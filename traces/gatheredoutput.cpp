@@ -1,16 +1,16 @@
-#include "traces/textsink.h"
+#include "traces/gatheredoutput.h"
 
 #include <QFileDevice>
 
 #include <algorithm>
 #include <cstring>
 
-void TextSink::grow(std::size_t bytes)
+void GatheredOutput::grow(std::size_t bytes)
 {
     buffer_.resize(std::max(size_ + bytes, 2 * std::max(buffer_.size(), kMuch)));
 }
 
-bool TextSink::flush()
+bool GatheredOutput::flush()
 {
     if (!handOver())
         return false;
@@ -21,29 +21,26 @@ bool TextSink::flush()
     return false;
 }
 
-bool TextSink::handOver()
+bool GatheredOutput::handOver()
 {
     if (size_ == 0)
         return true;
     const qint64 got = device_->write(buffer_.data(), static_cast<qint64>(size_));
-    std::size_t written = static_cast<std::size_t>(std::max<qint64>(got, 0));
-    if (written == size_) {
-        size_ = 0;
-        return true;
+    auto written = static_cast<std::size_t>(std::max<qint64>(got, 0));
+    const bool all = written == size_;
+    if (!all) {
+        errorText_ = device_->errorString();
+        written = backToWhole(written);
+        std::memmove(buffer_.data(), buffer_.data() + written, size_ - written);
     }
-    errorText_ = device_->errorString();
-    written = backToLastLine(written);
-    std::memmove(buffer_.data(), buffer_.data() + written, size_ - written);
     size_ -= written;
-    return false;
+    handedOver(written);
+    return all;
 }
 
-// A file is cut back to its last whole line, so that it can be read as it is; a pipe gets the rest when it takes more.
-std::size_t TextSink::backToLastLine(std::size_t written)
+std::size_t GatheredOutput::backToWhole(std::size_t written)
 {
-    std::size_t whole = written;
-    while (whole > 0 && buffer_[whole - 1] != '\n')
-        --whole;
+    const std::size_t whole = wholeWithin(written);
     auto *file = qobject_cast<QFileDevice *>(device_);
     if (!file || file->isSequential() || whole == written)
         return written;
