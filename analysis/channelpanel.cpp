@@ -20,19 +20,30 @@ constexpr int kDigits = 7;                     // of a number, its margins inclu
 constexpr int kNameMargins = 4;                // of a row's name, in margins of the style
 constexpr std::uint16_t kLongestCounter = 888; // as wide as error counters get
 
+constexpr double kNanosecondsPerSecond = 1e9;
+
+enum class Span { LastSecond, Whole, WholeBySecond };
+
 // Of one kind, or of all when the row is past them.
-KindCount sum(const ChannelStatistics &statistics, Direction direction, int row, bool ofLastSecond)
+KindCount sum(const ChannelStatistics &statistics, Direction direction, int row, Span span)
 {
     KindCount all;
     for (std::size_t kind = 0; kind < kFrameKinds; ++kind) {
         if (row < static_cast<int>(kFrameKinds) && row != static_cast<int>(kind))
             continue;
         const auto of = static_cast<FrameKind>(kind);
-        const KindCount one = ofLastSecond ? statistics.lastSecond(direction, of) : statistics.counted(direction, of);
+        const KindCount one =
+            span == Span::LastSecond ? statistics.lastSecond(direction, of) : statistics.counted(direction, of);
         all.frames += one.frames;
         all.bytes += one.bytes;
     }
-    return all;
+    const double seconds = static_cast<double>(statistics.lastTime() - statistics.firstTime()) / kNanosecondsPerSecond;
+    if (span != Span::WholeBySecond || seconds <= 0)
+        return all;
+    const auto bySecond = [seconds](std::uint64_t count) {
+        return static_cast<std::uint64_t>(static_cast<double>(count) / seconds + 0.5);
+    };
+    return {bySecond(all.frames), bySecond(all.bytes)};
 }
 
 // A label whose text may be wider than its room without widening the window.
@@ -51,6 +62,12 @@ QString loadText(std::optional<double> now, std::optional<double> mean, std::opt
         .arg(percentText(now), percentText(mean), percentText(peak));
 }
 
+QString wholeLoadText(std::optional<double> mean, std::optional<double> peak)
+{
+    return text3("总线负载：平均%1  峰值%2", "匯流排負載：平均%1  峰值%2", "Bus load: mean %1  peak %2")
+        .arg(percentText(mean), percentText(peak));
+}
+
 QString controllerText(const ChannelState &state)
 {
     return text3("控制器：%1", "控制器：%1", "Controller: %1").arg(stateText(state));
@@ -58,19 +75,20 @@ QString controllerText(const ChannelState &state)
 
 } // namespace
 
-void KindModel::show(const ChannelStatistics &statistics)
+void KindModel::show(const ChannelStatistics &statistics, bool ofWhole)
 {
+    const Span rates = ofWhole ? Span::WholeBySecond : Span::LastSecond;
     auto numbers = numbers_;
     for (int row = 0; row < kRows; ++row) {
         auto &line = numbers[static_cast<std::size_t>(row)];
-        const KindCount received = sum(statistics, Direction::Received, row, true);
-        const KindCount sent = sum(statistics, Direction::Sent, row, true);
+        const KindCount received = sum(statistics, Direction::Received, row, rates);
+        const KindCount sent = sum(statistics, Direction::Sent, row, rates);
         line = {received.frames,
                 received.bytes,
                 sent.frames,
                 sent.bytes,
-                sum(statistics, Direction::Received, row, false).frames,
-                sum(statistics, Direction::Sent, row, false).frames};
+                sum(statistics, Direction::Received, row, Span::Whole).frames,
+                sum(statistics, Direction::Sent, row, Span::Whole).frames};
     }
     if (numbers == numbers_)
         return;
@@ -151,7 +169,7 @@ ChannelPanel::ChannelPanel(unsigned channel, QWidget *parent)
     layout->addWidget(curve_, 1);
 }
 
-void ChannelPanel::show(const ChannelStatistics *statistics, const BusReport &report)
+void ChannelPanel::show(const ChannelStatistics *statistics, const BusReport *report)
 {
     static const ChannelStatistics none;
     const ChannelStatistics &shown = statistics ? *statistics : none;
@@ -160,11 +178,10 @@ void ChannelPanel::show(const ChannelStatistics *statistics, const BusReport &re
             .arg(QString::number(channel_ + 1), rateText(shown.rates().arbitration), rateText(shown.rates().data));
     if (title != this->title())
         setTitle(title);
-    load_->setText(
-        text3("总线负载：%1  平均%2  峰值%3", "匯流排負載：%1  平均%2  峰值%3", "Bus load: %1  mean %2  peak %3")
-            .arg(percentText(shown.loadNow()), percentText(shown.loadMean()), percentText(shown.loadPeak())));
-    state_->setText(text3("控制器：%1", "控制器：%1", "Controller: %1").arg(stateText(report.state)));
-    kinds_->show(shown);
+    const QString load = loadText(shown.loadNow(), shown.loadMean(), shown.loadPeak());
+    load_->setText(report ? load : wholeLoadText(shown.loadMean(), shown.loadPeak()));
+    state_->setText(controllerText(report ? report->state : ChannelState()));
+    kinds_->show(shown, report == nullptr);
     curve_->setPoints(shown.loadNow() ? shown.loadCurve() : std::vector<float>());
 }
 

@@ -22,7 +22,8 @@ public:
 
     using QAbstractTableModel::QAbstractTableModel;
 
-    void show(const ChannelStatistics &statistics);
+    // ofWhole: the rates are those of the whole time, not of its last second.
+    void show(const ChannelStatistics &statistics, bool ofWhole);
     void setTexts();
 
     int rowCount(const QModelIndex &parent = {}) const override { return parent.isValid() ? 0 : kRows; }
@@ -41,8 +42,8 @@ class ChannelPanel : public QGroupBox
 public:
     explicit ChannelPanel(unsigned channel, QWidget *parent = nullptr); // from 0
 
-    // statistics: null as long as there are none.
-    void show(const ChannelStatistics *statistics, const BusReport &report);
+    // statistics: null as long as there are none. report: null of a recording, of which there is no present.
+    void show(const ChannelStatistics *statistics, const BusReport *report);
     void setTexts();
 
 private:

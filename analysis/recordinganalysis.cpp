@@ -9,6 +9,7 @@
 #include "analysis/replaybar.h"
 #include "analysis/signaldatabases.h"
 #include "analysis/signalswindow.h"
+#include "analysis/statisticswindow.h"
 #include "device/language.h"
 #include "frames/framefeed.h"
 #include "signals/signalnames.h"
@@ -106,6 +107,8 @@ void RecordingWindow::analyse(Analysis analysis, bool selected)
     // Beside this window, which it may outlast.
     switch (analysis) {
     case Analysis::Statistics:
+        if (const StatisticsWindow *shown = StatisticsWindow::openRecording(part, parentWidget()))
+            connect(shown, &StatisticsWindow::log, this, &RecordingWindow::log);
         break;
     case Analysis::Signals:
         SignalsWindow::openRecording(part, parentWidget());

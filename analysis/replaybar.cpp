@@ -49,8 +49,8 @@ ReplayBar::ReplayBar(std::shared_ptr<const RecordingIndex> index, std::function<
     position_->setPageStep(kPositionSteps / kPages);
     state_ = named(new QLabel(this), "replayState");
     state_->setMinimumWidth(1);
-    second->addWidget(position_, 1);
-    second->addWidget(state_, 1);
+    second->addWidget(position_, 3);
+    second->addWidget(state_, 2);
     lines->addLayout(second);
     connect(position_, &QSlider::valueChanged, this, &ReplayBar::goTo);
     enableButtons();
@@ -220,6 +220,11 @@ void ReplayBar::tellEnd(const RecordingReplay::State &state)
                      "Replay ended: the file cannot be read on");
         break;
     }
+    const std::uint64_t others = state.counts.refused + state.counts.unsendable;
+    state_->setText(
+        line + text3("：已发送 %1 帧，未发送 %2 帧", "：已傳送 %1 幀，未傳送 %2 幀", ": %1 frames sent, %2 not sent")
+                   .arg(state.counts.sent)
+                   .arg(others));
     line += text3("：已发送 %1 帧", "：已傳送 %1 幀", ": %1 frames sent").arg(state.counts.sent);
     if (state.counts.refused > 0)
         line += text3("，%1 帧未被接收（只听、无应答或通道未打开）", "，%1 幀未被接收（只聽、無應答或通道未打開）",
@@ -229,7 +234,6 @@ void ReplayBar::tellEnd(const RecordingReplay::State &state)
         line += text3("，%1 帧不能发送（错误帧，或长度、ID 无效）", "，%1 幀不能傳送（錯誤幀，或長度、ID 無效）",
                       ", %1 cannot be sent (error frames, or no valid length or ID)")
                     .arg(state.counts.unsendable);
-    state_->setText(line);
     emit log(line);
 }
 

@@ -16,11 +16,13 @@
 #include <QClipboard>
 #include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSaveFile>
 #include <QScrollArea>
@@ -39,6 +41,8 @@ namespace
 
 constexpr QSize kDesignSize(1120, 760);
 constexpr int kLargestTolerance = 500; // percent
+constexpr int kProgressSteps = 1000;
+constexpr unsigned kMostPanels = 8; // of a recording with more channels the first ones
 const QString kColumnsKey = QStringLiteral("analysis/statistics/columns");
 const QString kSplitterKey = QStringLiteral("analysis/statistics/splitter");
 const QString kToleranceKey = QStringLiteral("analysis/statistics/tolerance");
@@ -48,22 +52,31 @@ constexpr int kColumnCharacters[IdentifierModel::ColumnCount] = {8, 9, 11, 10, 7
 
 } // namespace
 
-StatisticsWindow::StatisticsWindow(QWidget *parent)
-    : AnalysisWindow(QStringLiteral("statistics"), parent),
+StatisticsWindow::StatisticsWindow(QWidget *parent) : StatisticsWindow(std::nullopt, parent) {}
+
+StatisticsWindow *StatisticsWindow::openRecording(RecordingPart part, QWidget *parent)
+{
+    auto *window = new StatisticsWindow(std::move(part), parent);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->open();
+    return window;
+}
+
+StatisticsWindow::StatisticsWindow(std::optional<RecordingPart> part, QWidget *parent)
+    : AnalysisWindow(part ? QStringLiteral("recordingStatistics") : QStringLiteral("statistics"), parent),
+      part_(std::move(part)),
+      live_(isLive()),
       model_(new IdentifierModel(this)),
       supervision_(new Supervision(live_, this)),
       timer_(new QTimer(this))
 {
     splitter_ = new QSplitter(Qt::Vertical, this);
-    auto *channels = new QWidget(this);
-    auto *row = new QHBoxLayout(channels);
+    panelRow_ = new QWidget(this);
+    auto *row = new QHBoxLayout(panelRow_);
     row->setContentsMargins(0, 0, 0, 0);
-    for (unsigned channel = 0; channel < kChannelCount; ++channel) {
-        panels_.push_back(new ChannelPanel(channel, channels));
-        row->addWidget(panels_.back());
-    }
-    auto *scroller = new QScrollArea(splitter_); // of a screen that is too small for both
-    scroller->setWidget(channels);
+    makePanels(kChannelCount);
+    auto *scroller = new QScrollArea(splitter_); // of a screen that is too small for all
+    scroller->setWidget(panelRow_);
     scroller->setWidgetResizable(true);
     scroller->setFrameShape(QFrame::NoFrame);
     scroller->setFocusPolicy(Qt::NoFocus);
@@ -78,9 +91,16 @@ StatisticsWindow::StatisticsWindow(QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(makeBar());
     layout->addWidget(splitter_, 1);
-    layout->addWidget(status_);
+    progress_ = new QProgressBar(this);
+    progress_->setRange(0, kProgressSteps);
+    progress_->hide();
+    auto *lowest = new QHBoxLayout;
+    lowest->addWidget(status_, 1);
+    lowest->addWidget(progress_);
+    layout->addLayout(lowest);
+    freeze_->setVisible(isLive());
     connect(supervision_, &Supervision::log, this, &StatisticsWindow::log);
-    connect(supervision_, &Supervision::changed, this, &StatisticsWindow::refresh);
+    connect(supervision_, &Supervision::changed, this, &StatisticsWindow::baselineChanged);
     connect(timer_, &QTimer::timeout, this, &StatisticsWindow::refresh);
     timer_->setInterval(kRefreshMs);
     view_->setFocus();
@@ -93,7 +113,29 @@ QSize StatisticsWindow::designSize() const
     return kDesignSize;
 }
 
+QString StatisticsWindow::title() const
+{
+    const QString title = text3("总线统计", "匯流排統計", "Bus statistics");
+    if (isLive())
+        return title;
+    const QString of = title + text3("：", "：", ": ") + QFileInfo(part_->index->path()).fileName();
+    if (part_->first == 0 && part_->end >= part_->index->rows())
+        return of;
+    return of + text3("，第%1至%2帧", "，第%1至%2幀", ", frames %1 to %2")
+                    .arg(QString::number(part_->first + 1), QString::number(part_->end));
+}
+
 // --- arrangement --------------------------------------------------------------------------------------------------
+
+// So many, when there are fewer.
+void StatisticsWindow::makePanels(unsigned channels)
+{
+    for (auto channel = static_cast<unsigned>(panels_.size()); channel < channels; ++channel) {
+        panels_.push_back(new ChannelPanel(channel, panelRow_));
+        panels_.back()->setTexts();
+        panelRow_->layout()->addWidget(panels_.back());
+    }
+}
 
 QWidget *StatisticsWindow::makeBar()
 {
@@ -189,19 +231,20 @@ void StatisticsWindow::arrangeColumns()
 
 void StatisticsWindow::retranslate()
 {
-    setWindowTitle(text3("总线统计", "匯流排統計", "Bus statistics"));
+    setWindowTitle(title());
     searchLabel_->setText(text3("查找(&F)：", "尋找(&F)：", "&Find:"));
     search_->setPlaceholderText(
         text3("ID、通道、方向、类型", "ID、通道、方向、類型", "identifier, channel, direction, kind"));
     freeze_->setText(text3("冻结(&Z)", "凍結(&Z)", "Free&ze"));
-    reset_->setText(text3("清零(&R)", "歸零(&R)", "&Reset"));
+    reset_->setText(isLive() ? text3("清零(&R)", "歸零(&R)", "&Reset")
+                             : text3("重新读取(&R)", "重新讀取(&R)", "&Read again"));
+    supervision_->setTexts();
     export_->setText(text3("导出(&E)…", "匯出(&E)…", "&Export…"));
     supervise_->setText(text3("周期监视(&S)", "週期監視(&S)", "&Supervision"));
     toleranceLabel_->setText(text3("容差(&T)：", "容差(&T)：", "&Tolerance:"));
     bitsTitle_->setText(text3("变化过的位", "變化過的位元", "Bits that moved"));
     tellName(view_, text3("每个ID的统计", "每個ID的統計", "Statistics by identifier"));
     tellName(bits_, bitsTitle_->text());
-    supervision_->setTexts();
     model_->setTexts();
     for (ChannelPanel *panel : panels_)
         panel->setTexts();
@@ -215,19 +258,35 @@ void StatisticsWindow::retranslate()
 void StatisticsWindow::showEvent(QShowEvent *event)
 {
     AnalysisWindow::showEvent(event);
-    if (source_)
-        return;
-    reset();
-    source_ = std::make_unique<LiveSource>(live_);
+    if (!feed_)
+        begin();
+}
+
+void StatisticsWindow::begin()
+{
+    feed_.reset();
+    showRates();
+    live_.clear();
+    feed_ = std::make_unique<FrameFeed>(live_, part_);
     timer_->start();
+    freeze_->setChecked(false);
     refresh();
+}
+
+// A recording that was read is read again to be held against it.
+void StatisticsWindow::baselineChanged()
+{
+    if (!isLive() && feed_)
+        begin();
+    else
+        refresh();
 }
 
 void StatisticsWindow::closeEvent(QCloseEvent *event)
 {
     AnalysisWindow::closeEvent(event);
     timer_->stop();
-    source_.reset();
+    feed_.reset();
     QSettings().setValue(kColumnsKey, view_->horizontalHeader()->saveState());
     QSettings().setValue(kSplitterKey, splitter_->saveState());
 }
@@ -236,7 +295,13 @@ void StatisticsWindow::closeEvent(QCloseEvent *event)
 
 void StatisticsWindow::refresh()
 {
-    showRates();
+    const bool readAll = hasReadAll(); // before the last look
+    if (isLive())
+        showRates();
+    else if (readAll)
+        timer_->stop();
+    progress_->setVisible(!isLive() && feed_ && !readAll);
+    progress_->setValue(feed_ ? static_cast<int>(feed_->progress() * kProgressSteps) : 0);
     supervision_->tell();
     if (freeze_->isChecked())
         return;
@@ -250,17 +315,21 @@ void StatisticsWindow::refresh()
 void StatisticsWindow::showChannels()
 {
     const StatisticsSnapshot &shown = model_->shown();
+    for (const auto &[number, statistics] : shown.channels)
+        if (statistics.hasTime())
+            makePanels(std::min(number, kMostPanels));
     for (unsigned channel = 0; channel < panels_.size(); ++channel) {
         const auto found = shown.channels.find(channel + 1);
-        panels_[channel]->show(found == shown.channels.end() ? nullptr : &found->second, lastBusReport(channel));
+        const BusReport report = isLive() ? lastBusReport(channel) : BusReport();
+        panels_[channel]->show(found == shown.channels.end() ? nullptr : &found->second, isLive() ? &report : nullptr);
     }
 }
 
 void StatisticsWindow::showRates()
 {
-    for (unsigned channel = 0; channel < panels_.size(); ++channel) {
-        const BusReport report = lastBusReport(channel);
-        const ChannelRates stored = channelRates(channel);
+    for (unsigned channel = 0; channel < (isLive() ? kChannelCount : kMostPanels); ++channel) {
+        const BusReport report = isLive() ? lastBusReport(channel) : BusReport();
+        const ChannelRates stored = channelRates(channel < kChannelCount ? channel : 0);
         live_.setRates(channel + 1, report.arbitrationRate != 0 ? BusRates{report.arbitrationRate, report.dataRate}
                                                                 : BusRates{stored.arbitration, stored.data});
     }
@@ -294,6 +363,8 @@ void StatisticsWindow::showStatus()
 
 void StatisticsWindow::reset()
 {
+    if (!isLive())
+        return begin();
     live_.clear();
     freeze_->setChecked(false);
     refresh();

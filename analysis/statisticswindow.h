@@ -1,8 +1,9 @@
-// "Bus statistics": what both channels carry, what every identifier does, and what supervision finds. Counting begins
-// when the window is shown and ends when it is closed.
+// "Bus statistics": what the channels carry, what every identifier does, and what supervision finds. Live, counting
+// begins when the window is shown and ends when it is closed; of a recording a window of its own shows a part.
 #pragma once
 
 #include "analysis/analysiswindow.h"
+#include "frames/framefeed.h"
 #include "statistics/livestatistics.h"
 
 #include <memory>
@@ -12,6 +13,7 @@ class ChannelPanel;
 class IdentifierModel;
 class QLabel;
 class QLineEdit;
+class QProgressBar;
 class QPushButton;
 class QSpinBox;
 class QSplitter;
@@ -26,12 +28,17 @@ class StatisticsWindow : public AnalysisWindow
 public:
     static constexpr int kRefreshMs = 250;
 
-    explicit StatisticsWindow(QWidget *parent);
+    explicit StatisticsWindow(QWidget *parent); // live
+    // Of a part of a recording, by the bit rates that the channels are set to (channel 1's for those above 2). The
+    // window goes when it is closed.
+    static StatisticsWindow *openRecording(RecordingPart part, QWidget *parent);
     ~StatisticsWindow() override;
 
     Supervision &supervision() { return *supervision_; }
     // Shows what is counted by now; the timer's work, nothing while frozen.
     void refresh();
+    // Whether a recording was read to its end; live: never.
+    bool hasReadAll() const { return feed_ && feed_->finished(); }
     // false, told in the log, when the file cannot be written.
     bool exportCsv(const QString &path);
 
@@ -46,6 +53,12 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    StatisticsWindow(std::optional<RecordingPart> part, QWidget *parent);
+    bool isLive() const { return !part_; }
+    void makePanels(unsigned channels);
+    void begin();
+    void baselineChanged();
+    QString title() const;
     QWidget *makeBar();
     QWidget *makeTables();
     void arrangeColumns();
@@ -57,9 +70,10 @@ private:
     void askExport();
     void reset();
 
+    const std::optional<RecordingPart> part_;
     LiveStatistics live_;
-    std::unique_ptr<LiveSource> source_; // while the window is open
-    StatisticsSnapshot spare_;           // refreshed turn about with what is shown
+    std::unique_ptr<FrameFeed> feed_; // while the window is open
+    StatisticsSnapshot spare_;        // refreshed turn about with what is shown
     std::vector<ChannelPanel *> panels_;
     IdentifierModel *model_;
     QTableView *view_;
@@ -74,6 +88,8 @@ private:
     QLabel *toleranceLabel_;
     QSpinBox *tolerance_;
     QLabel *status_;
+    QProgressBar *progress_;
+    QWidget *panelRow_;
     QSplitter *splitter_;
     Supervision *supervision_;
     QTimer *timer_;

@@ -1,7 +1,9 @@
 #include "analysis/supervision.h"
 
+#include "analysis/signalhub.h"
 #include "analysis/statisticstexts.h"
 #include "device/language.h"
+#include "statistics/databasebaseline.h"
 #include "traces/tracereader.h"
 
 #include <QAction>
@@ -60,6 +62,9 @@ void Supervision::fill(QMenu *menu)
                 if (!path.isEmpty())
                     readRecording(path);
             });
+    connect(add("actionDatabaseBaseline", "使用信号数据库的周期(&D)", "使用訊號資料庫的週期(&D)",
+                "Cycle times of the signal &databases"),
+            &QAction::triggered, this, &Supervision::useDatabases);
     connect(add("actionSaveBaseline", "保存基准文件(&S)…", "儲存基準檔案(&S)…", "&Save the baseline…"),
             &QAction::triggered, this, [this, baselines] {
                 const QString path = ask(true, text3("保存基准文件", "儲存基準檔案", "Save the baseline"), baselines);
@@ -86,8 +91,10 @@ QString Supervision::ask(bool save, const QString &title, const QString &filter)
 void Supervision::setTolerance(int percent)
 {
     tolerancePercent_ = percent;
-    if (baseline_)
-        statistics_.supervise(baseline_, percent / kPercent);
+    if (!baseline_)
+        return;
+    statistics_.supervise(baseline_, percent / kPercent);
+    emit changed();
 }
 
 void Supervision::use(std::optional<Baseline> baseline, const QString &from)
@@ -110,6 +117,32 @@ void Supervision::learn()
         return;
     }
     use(std::move(learned), text3("当前统计", "目前統計", "what runs"));
+}
+
+void Supervision::useDatabases()
+{
+    // The signal windows' databases belong to the main window, whichever window this one was opened from.
+    const QObject *top = this;
+    while (top->parent())
+        top = top->parent();
+    auto *hub = top->findChild<SignalHub *>();
+    if (hub)
+        hub->start();
+    StatisticsSnapshot shown;
+    statistics_.snapshot(&shown);
+    std::vector<unsigned> channels; // that carry anything
+    for (const auto &[number, channel] : shown.channels)
+        if (channel.hasTime())
+            channels.push_back(number);
+    Baseline baseline = hub ? databaseBaseline(hub->databases(), channels) : Baseline();
+    if (baseline.messages.empty()) {
+        emit log(text3("监视：没有报文可用——请先加载信号数据库（分析 → 信号），且通道上要有数据",
+                       "監視：沒有報文可用——請先載入訊號資料庫（分析 → 訊號），且通道上要有資料",
+                       "Supervision: no messages - load a signal database first (Analysis → Signals); a channel must "
+                       "have frames"));
+        return;
+    }
+    use(std::move(baseline), text3("信号数据库", "訊號資料庫", "the signal databases"));
 }
 
 void Supervision::stop()

@@ -36,6 +36,7 @@ public:
     void learn();
     bool load(const QString &path);
     bool save(const QString &path);
+    void useDatabases();                     // cycle times of those that the signal windows use
     void readRecording(const QString &path); // in a thread of its own; the log tells its end
     void stop();
     bool isOn() const { return baseline_.has_value(); }
@@ -46,7 +47,7 @@ public:
 
 signals:
     void log(const QString &line);
-    void changed();
+    void changed(); // the baseline, or the tolerance that is allowed to it
 
 private:
     struct Entry {

@@ -28,7 +28,10 @@ AnalysisMenu::AnalysisMenu(QMenu *menu, QWidget *window)
 
 template <typename Window> void AnalysisMenu::open()
 {
-    auto *shown = window_->findChild<Window *>(QString(), Qt::FindDirectChildrenOnly);
+    Window *shown = nullptr;
+    for (Window *window : window_->findChildren<Window *>(QString(), Qt::FindDirectChildrenOnly))
+        if (!window->testAttribute(Qt::WA_DeleteOnClose)) // those belong to a recording
+            shown = window;
     if (!shown) {
         shown = new Window(window_);
         connect(shown, &Window::log, this, &AnalysisMenu::log);

@@ -50,6 +50,8 @@ void statisticsConsume(benchmark::State &state)
         statistics.consume(frames.data(), frames.size());
     }
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * kBatch);
+    state.counters["per_frame"] =
+        benchmark::Counter(kBatch, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(statisticsConsume)->ArgName("supervised")->Arg(0)->Arg(1);
 

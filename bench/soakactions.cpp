@@ -218,7 +218,8 @@ void SoakActions::setFilter()
 
 void SoakActions::clearFilters()
 {
-    user_.click("pushButton_2");
+    if (user_.find<QAbstractButton>("pushButton_2")->isEnabled())
+        user_.click("pushButton_2");
 }
 
 void SoakActions::switchLanguage()

@@ -10,12 +10,14 @@
 #include "cli/statisticstext.h"
 #include "cli/textoutput.h"
 #include "cli/traceinput.h"
+#include "statistics/databasebaseline.h"
 
 #include <QSaveFile>
 
 #include <atomic>
 #include <map>
 #include <mutex>
+#include <set>
 
 namespace
 {
@@ -31,6 +33,7 @@ struct StatisticsPlan {
     std::optional<TraceFormat> inputFormat;
     BusRates rates[kChannelCount];
     std::optional<Baseline> baseline; // to check against
+    bool checkDatabases = false;      // instead: their cycle times, on every channel that has frames
     double tolerance = Supervisor::kDefaultTolerance;
     QString learn; // file to write
     bool json = false;
@@ -46,9 +49,9 @@ public:
         for (unsigned channel = 0; channel < kChannelCount; ++channel)
             if (plan.rates[channel].arbitration > 0)
                 result_.statistics.setRates(channel + 1, plan.rates[channel]);
-        result_.checked = plan.baseline.has_value();
-        if (plan.baseline)
-            supervisor_.emplace(*plan.baseline, plan.tolerance);
+        result_.checked = plan.baseline || plan.checkDatabases;
+        if (result_.checked)
+            supervisor_.emplace(plan.baseline.value_or(Baseline()), plan.tolerance);
     }
 
     void add(RawFrame *frames, int count)
@@ -63,6 +66,8 @@ public:
     // The end: what never came, what is to be learned. false when something failed.
     bool finish(std::string *out)
     {
+        if (plan_.checkDatabases && expected_.empty())
+            expect(1); // not even one channel has frames
         if (supervisor_)
             supervisor_->finish(&result_.violations);
         if (plan_.json)
@@ -78,8 +83,15 @@ public:
     }
 
 private:
+    void expect(unsigned channel)
+    {
+        if (plan_.checkDatabases && expected_.insert(channel).second)
+            supervisor_->expect(databaseBaseline(plan_.databases.entries(), {channel}));
+    }
+
     void supervise(const RawFrame &frame)
     {
+        expect(frame.channel);
         supervisor_->add(frame, &result_.violations);
         if (frame.time < nextLook_)
             return;
@@ -103,6 +115,7 @@ private:
     const StatisticsPlan &plan_;
     StatisticsResult result_;
     std::optional<Supervisor> supervisor_;
+    std::set<unsigned> expected_; // channels whose databases are checked
     std::int64_t nextLook_ = INT64_MIN;
 };
 
@@ -181,6 +194,9 @@ int countLive(const StatisticsPlan &plan, const AdapterSetup &setup, std::option
 void readBaseline(Arguments &arguments, StatisticsPlan *plan)
 {
     plan->tolerance = arguments.number("tolerance", 0, kLargestTolerance).value_or(Supervisor::kDefaultTolerance);
+    plan->checkDatabases = arguments.isSet("check-dbc");
+    if (plan->checkDatabases && (arguments.isSet("check") || plan->databases.isEmpty()))
+        arguments.wrong(QStringLiteral("--check-dbc takes --dbc in place of --check"));
     if (!arguments.isSet("check"))
         return;
     QFile file(arguments.text("check"));
@@ -199,6 +215,7 @@ void addOptions(Arguments &arguments)
     arguments.add("learn", "Write what this one input does as a baseline.", "FILE");
     arguments.add("check", "Tell what is late, early, missing or new against a baseline; the exit code is 1 then.",
                   "FILE");
+    arguments.add("check-dbc", "The same against the cycle times of the databases, for what is received.");
     arguments.add("tolerance", "How far distances may leave the baseline's range, as a share of it; 0.2.", "SHARE");
     arguments.add("duration", "End after so many seconds, live.", "SECONDS");
     addInputOptions(arguments, true);
@@ -227,12 +244,16 @@ int runStatistics(const QStringList &words)
     plan.learn = arguments.text("learn");
     if (!plan.learn.isEmpty() && inputs.size() > 1)
         arguments.wrong(QStringLiteral("--learn takes one input"));
-    readBaseline(arguments, &plan);
     for (unsigned channel = 0; channel < kChannelCount; ++channel)
         plan.rates[channel] =
             inputs.isEmpty() && setup.used[channel] ? ratesOf(setup.channel[channel]) : givenRates(arguments, channel);
     plan.databases.load(arguments);
+<<<<<<< HEAD
     plan.selection.read(arguments, plan.databases.signalSource());
+=======
+    readBaseline(arguments, &plan);
+    plan.selection.read(arguments, plan.databases.isEmpty() ? nullptr : &plan.databases);
+>>>>>>> stat
     if (!arguments.fine())
         return arguments.exitCode();
     return inputs.isEmpty() ? countLive(plan, setup, seconds) : countFiles(plan, inputs, jobs);

@@ -29,6 +29,9 @@ const QString kExtendedKey = QStringLiteral("extended");
 const QString kMeanKey = QStringLiteral("mean_ms");
 const QString kMinimumKey = QStringLiteral("minimum_ms");
 const QString kMaximumKey = QStringLiteral("maximum_ms");
+const QString kOptionalKey = QStringLiteral("optional");
+const QString kGroupKey = QStringLiteral("parameter_group");
+const QString kReceivedOnlyKey = QStringLiteral("received_only");
 const QString kReceived = QStringLiteral("rx");
 const QString kSent = QStringLiteral("tx");
 
@@ -57,6 +60,8 @@ QString readMessage(const QJsonObject &object, BaselineMessage *message)
         return QStringLiteral("\"id\" is no identifier: %1").arg(id);
     message->key.channel = static_cast<std::uint16_t>(channel);
     message->key.direction = direction == kSent ? Direction::Sent : Direction::Received;
+    message->optional = object.value(kOptionalKey).toBool(false);
+    message->group = object.value(kGroupKey).toBool(false) && message->key.extended;
     if (!object.contains(kMeanKey))
         return {};
     double minimum = 0;
@@ -107,9 +112,16 @@ QByteArray toJson(const Baseline &baseline)
             object.insert(kMinimumKey, static_cast<double>(message.minimum) / kNanosecondsPerMillisecond);
             object.insert(kMaximumKey, static_cast<double>(message.maximum) / kNanosecondsPerMillisecond);
         }
+        for (const auto &[key, set] :
+             {std::pair(&kOptionalKey, message.optional), std::pair(&kGroupKey, message.group)})
+            if (set)
+                object.insert(*key, true);
         messages.append(object);
     }
-    return QJsonDocument(QJsonObject{{kVersionKey, kVersion}, {kMessagesKey, messages}}).toJson();
+    QJsonObject root{{kVersionKey, kVersion}, {kMessagesKey, messages}};
+    if (baseline.receivedOnly)
+        root.insert(kReceivedOnlyKey, true);
+    return QJsonDocument(root).toJson();
 }
 
 std::optional<Baseline> baselineFromJson(const QByteArray &json, QString *error)
@@ -125,6 +137,7 @@ std::optional<Baseline> baselineFromJson(const QByteArray &json, QString *error)
         return std::nullopt;
     }
     Baseline baseline;
+    baseline.receivedOnly = root.value(kReceivedOnlyKey).toBool(false);
     const QJsonArray messages = root.value(kMessagesKey).toArray();
     for (const QJsonValue &value : messages) {
         BaselineMessage message;

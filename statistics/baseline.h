@@ -1,5 +1,5 @@
-// What a bus does when all is well: the messages it carries and how far apart they come. Learned from traffic, kept in
-// a JSON file.
+// What a bus does when all is well: the messages it carries and how far apart they come. Learned from traffic or taken
+// from signal databases, kept in a JSON file.
 #pragma once
 
 #include "statistics/identifierstatistics.h"
@@ -16,10 +16,13 @@ struct BaselineMessage {
     double mean = 0;
     std::int64_t minimum = 0;
     std::int64_t maximum = 0;
+    bool optional = false; // may stay away; known when it comes
+    bool group = false;    // J1939: stands for every identifier of its parameter group, each with a period of its own
 };
 
 struct Baseline {
     std::vector<BaselineMessage> messages;
+    bool receivedOnly = false; // says nothing about sent frames
 };
 
 // Every data frame seen; periodic is what was seen five times and whose distances deviate by less than half of their

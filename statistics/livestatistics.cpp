@@ -41,6 +41,14 @@ void LiveStatistics::framesLost(std::uint64_t count)
 
 void LiveStatistics::intervalEnded()
 {
+    if (!live_) {
+        const std::lock_guard<std::mutex> guard(lock_);
+        if (supervisor_) {
+            supervisor_->advance(latest_, &found_);
+            note();
+        }
+        return;
+    }
     if (!isDeviceOpen())
         return;
     const std::int64_t now = adapterNow(0) - kBehindNs;
@@ -58,6 +66,8 @@ void LiveStatistics::intervalEnded()
 
 void LiveStatistics::followOpening()
 {
+    if (!live_)
+        return;
     const std::int64_t opening = deviceOpenedAt();
     if (opening == opening_)
         return;
@@ -97,6 +107,8 @@ void LiveStatistics::clear()
 {
     const std::lock_guard<std::mutex> guard(lock_);
     statistics_.clear();
+    if (!live_)
+        latest_ = 0; // the recording begins anew
     lost_ = 0;
     ++generation_;
     marks_.clear();
@@ -124,7 +136,7 @@ void LiveStatistics::snapshot(StatisticsSnapshot *into) const
     into->absent.clear();
     if (baseline_)
         for (const BaselineMessage &message : baseline_->messages)
-            if (!statistics_.identifiers().find(message.key))
+            if (!message.optional && !message.group && !statistics_.identifiers().find(message.key))
                 into->absent.push_back(message.key);
     into->marks = marks_;
     into->time = latest_;

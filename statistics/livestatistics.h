@@ -1,5 +1,5 @@
-// The statistics of what passes the tap, held against a baseline as wished; kept up to date by a source's thread and
-// read by a window as snapshots.
+// The statistics of what passes the tap or of a recording, held against a baseline as wished; kept up to date by a
+// source's thread and read by a window as snapshots.
 #pragma once
 
 #include "frames/livesource.h"
@@ -39,6 +39,9 @@ public:
     // Violations that wait for takeViolations() at most.
     static constexpr std::size_t kWaitingViolations = 64;
 
+    // Live: the frames' times are the open adapter's, and time goes on without frames. Else they are a recording's.
+    explicit LiveStatistics(bool live = true) : live_(live) {}
+
     // The source's thread.
     void consume(const RawFrame *frames, std::size_t count) override;
     void framesLost(std::uint64_t count) override;
@@ -59,6 +62,7 @@ private:
     void restartSupervision();
     void note(); // moves found_ to marks and waiting violations
 
+    const bool live_;
     mutable std::mutex lock_; // guards everything below
     BusStatistics statistics_;
     std::uint64_t lost_ = 0;

@@ -26,6 +26,9 @@ public:
 
     explicit Supervisor(const Baseline &baseline, double tolerance = kDefaultTolerance);
 
+    // Messages that are expected from now on as well, such as those of a channel that has turned up.
+    void expect(const Baseline &baseline);
+
     // Appends what is wrong. A message that was told missing and comes again is not told late as well. A new message is
     // told once. Remote and error frames are not looked at.
     void add(const RawFrame &frame, std::vector<Violation> *violations);
@@ -40,17 +43,20 @@ private:
         BaselineMessage message;
         std::int64_t earliest; // allowed distances, tolerance included
         std::int64_t latest;
-        std::int64_t last = 0;
+        std::int64_t last = 0; // when it came, or when it began to be expected
         bool seen = false;
         bool missing = false;
     };
 
     bool periodic(const Watched &watched) const { return watched.message.mean > 0; }
+    Watched *find(const IdentifierKey &key);
 
+    const double tolerance_;
+    bool receivedOnly_ = false;
     std::vector<Watched> watched_;
     std::unordered_map<std::uint64_t, std::size_t> places_; // packed key to place in watched_
+    std::unordered_map<std::uint64_t, std::size_t> groups_; // the same by parameter group
     std::unordered_set<std::uint64_t> newOnes_;
     bool begun_ = false;
-    std::int64_t begin_ = 0;
     std::int64_t now_ = 0;
 };

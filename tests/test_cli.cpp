@@ -412,6 +412,21 @@ void TestCli::baseline()
     const Ended lacking = run(words("statistics - --id 123 --check") << path("baseline.json"), log);
     QCOMPARE(lacking.code, 1);
     QVERIFY2(lacking.out.contains("124 missing"), lacking.out.constData());
+    // What a database says of both; only the channel with frames is held against it.
+    QFile database(path("cycles.dbc"));
+    QVERIFY(database.open(QIODevice::WriteOnly));
+    database.write("BU_: A\nBO_ 291 One: 8 A\nBO_ 292 Two: 8 A\nBA_DEF_ BO_ \"GenMsgCycleTime\" INT 0 9000;\n"
+                   "BA_DEF_DEF_ \"GenMsgCycleTime\" 200;\n");
+    database.close();
+    const QStringList check = words("statistics - --check-dbc --dbc") << path("cycles.dbc");
+    const Ended kept = run(check, log);
+    QVERIFY2(kept.code == 0, (kept.out + kept.errors).constData());
+    const Ended early = run(check, log + "(4.9) can0 123#\n(5.0) can0 7FF#\n");
+    QCOMPARE(early.code, 1);
+    QVERIFY2(early.out.contains("123 One early") && early.out.contains("7FF new"), early.out.constData());
+    const Ended silent = run(check + words("--id 7FF"), log);
+    QVERIFY2(silent.code == 1 && silent.out.contains("124 Two missing"), silent.out.constData());
+    QCOMPARE(run(words("statistics - --check-dbc"), log).code, 2);
     const Ended slower = run(words("statistics - --json --tolerance 5 --check") << path("baseline.json"),
                              "(1.0) can0 123#\n(1.0) can0 124#\n(1.4) can0 123#\n(1.4) can0 124#\n(1.4) can0 125#\n");
     QCOMPARE(slower.code, 1);

@@ -315,11 +315,11 @@ void TestRecordingUse::analyses()
     click(window, "recordingMark");
     enter(window, "recordingGoTo", QStringLiteral("60"));
     find<QAction>(window, "actionSelectFromMarked")->trigger();
-    for (const char *action : {"actionSignalsOfAll", "actionPlotOfAll"}) {
+    for (const char *action : {"actionStatisticsOfAll", "actionSignalsOfAll", "actionPlotOfAll"}) {
         const QString title = titles(action);
         QVERIFY2(title.contains(QLatin1String("parts.log")) && !title.contains(QLatin1String("31")), qPrintable(title));
     }
-    for (const char *action : {"actionSignalsOfSelected", "actionPlotOfSelected"}) {
+    for (const char *action : {"actionStatisticsOfSelected", "actionSignalsOfSelected", "actionPlotOfSelected"}) {
         const QString title = titles(action);
         QVERIFY2(title.contains(QLatin1String("31")) && title.contains(QLatin1String("60")), qPrintable(title));
     }
