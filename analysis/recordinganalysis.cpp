@@ -107,8 +107,7 @@ void RecordingWindow::analyse(Analysis analysis, bool selected)
     // Beside this window, which it may outlast.
     switch (analysis) {
     case Analysis::Statistics:
-        if (const StatisticsWindow *shown = StatisticsWindow::openRecording(part, parentWidget()))
-            connect(shown, &StatisticsWindow::log, this, &RecordingWindow::log);
+        emit statisticsOpened(StatisticsWindow::openRecording(part, parentWidget()));
         break;
     case Analysis::Signals:
         SignalsWindow::openRecording(part, parentWidget());

@@ -26,6 +26,7 @@ class QToolButton;
 class RecordingExporter;
 class RecordingView;
 class SignalDatabases;
+class StatisticsWindow;
 
 class RecordingWindow : public AnalysisWindow
 {
@@ -43,6 +44,7 @@ public:
 
 signals:
     void log(const QString &line); // for the operation log
+    void statisticsOpened(const StatisticsWindow *window);
 
 protected:
     void retranslate() override;
