@@ -100,6 +100,11 @@ StatisticsWindow::StatisticsWindow(std::optional<RecordingPart> part, QWidget *p
     layout->addLayout(lowest);
     freeze_->setVisible(isLive());
     connect(supervision_, &Supervision::log, this, &StatisticsWindow::log);
+    if (!isLive()) // the operation log is another window's affair
+        connect(this, &StatisticsWindow::log, status_, [this](const QString &line) {
+            lastLine_ = line;
+            showStatus();
+        });
     connect(supervision_, &Supervision::changed, this, &StatisticsWindow::baselineChanged);
     connect(timer_, &QTimer::timeout, this, &StatisticsWindow::refresh);
     timer_->setInterval(kRefreshMs);
@@ -238,13 +243,13 @@ void StatisticsWindow::retranslate()
     freeze_->setText(text3("冻结(&Z)", "凍結(&Z)", "Free&ze"));
     reset_->setText(isLive() ? text3("清零(&R)", "歸零(&R)", "&Reset")
                              : text3("重新读取(&R)", "重新讀取(&R)", "&Read again"));
-    supervision_->setTexts();
     export_->setText(text3("导出(&E)…", "匯出(&E)…", "&Export…"));
     supervise_->setText(text3("周期监视(&S)", "週期監視(&S)", "&Supervision"));
     toleranceLabel_->setText(text3("容差(&T)：", "容差(&T)：", "&Tolerance:"));
     bitsTitle_->setText(text3("变化过的位", "變化過的位元", "Bits that moved"));
     tellName(view_, text3("每个ID的统计", "每個ID的統計", "Statistics by identifier"));
     tellName(bits_, bitsTitle_->text());
+    supervision_->setTexts();
     model_->setTexts();
     for (ChannelPanel *panel : panels_)
         panel->setTexts();
@@ -357,6 +362,8 @@ void StatisticsWindow::showStatus()
                     .arg(QString::number(supervision_->messages()), QString::number(shown.marks.size()));
     if (freeze_->isChecked())
         text += text3("　（显示已冻结）", "　（顯示已凍結）", "   (frozen)");
+    if (!lastLine_.isEmpty())
+        text += text3("　", "　", "   ") + lastLine_;
     if (text != status_->text())
         status_->setText(text);
 }

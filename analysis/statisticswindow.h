@@ -88,6 +88,7 @@ private:
     QLabel *toleranceLabel_;
     QSpinBox *tolerance_;
     QLabel *status_;
+    QString lastLine_; // told about a recording
     QProgressBar *progress_;
     QWidget *panelRow_;
     QSplitter *splitter_;

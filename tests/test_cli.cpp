@@ -3,6 +3,7 @@
 
 #include "frames/rawrecords.h"
 
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
