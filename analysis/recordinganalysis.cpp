@@ -107,7 +107,7 @@ void RecordingWindow::analyse(Analysis analysis, bool selected)
     // Beside this window, which it may outlast.
     switch (analysis) {
     case Analysis::Statistics:
-        emit statisticsOpened(StatisticsWindow::openRecording(part, parentWidget()));
+        StatisticsWindow::openRecording(part, parentWidget());
         break;
     case Analysis::Signals:
         SignalsWindow::openRecording(part, parentWidget());

@@ -26,7 +26,6 @@ class QToolButton;
 class RecordingExporter;
 class RecordingView;
 class SignalDatabases;
-class StatisticsWindow;
 
 class RecordingWindow : public AnalysisWindow
 {
@@ -44,7 +43,6 @@ public:
 
 signals:
     void log(const QString &line); // for the operation log
-    void statisticsOpened(const StatisticsWindow *window);
 
 protected:
     void retranslate() override;

@@ -1,7 +1,6 @@
 #include "app/recordingopener.h"
 
 #include "analysis/recordingwindow.h"
-#include "analysis/statisticswindow.h"
 #include "device/language.h"
 #include "traces/traceformats.h"
 #include "widgets/messages.h"
@@ -55,9 +54,6 @@ void RecordingOpener::open(const QString &path)
     QString error;
     if (const RecordingWindow *shown = RecordingWindow::openFile(path, window_, &error)) {
         connect(shown, &RecordingWindow::log, this, &RecordingOpener::log);
-        connect(shown, &RecordingWindow::statisticsOpened, this, [this](const StatisticsWindow *window) {
-            connect(window, &StatisticsWindow::log, this, &RecordingOpener::log); // which outlasts the recording's
-        });
         QSettings().setValue(QLatin1String(kFolderKey), QFileInfo(path).absolutePath());
         return;
     }
