@@ -8,6 +8,7 @@
 #include "analysis/signaldatabases.h"
 #include "app/analysismenu.h"
 #include "bench/trialscene.h"
+#include "frames/pendingframes.h"
 #include "frames/tap.h"
 #include "traces/recordingexport.h"
 
@@ -156,6 +157,7 @@ void TestRecordingUse::clockKeepsThePace()
 
 void TestRecordingUse::replays()
 {
+    takePendingFrames(); // of another test
     Scene scene(quiet());
     RecordingWindow *window = open(scene, QStringLiteral("drive.log"), log());
     click(window, "recordingReplay");
