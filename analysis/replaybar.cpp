@@ -108,7 +108,7 @@ bool ReplayBar::start(bool paused)
     if (!channels)
         refusal = text3("通道映射应如 1=2,2=1", "通道對應應如 1=2,2=1", "Channels: a mapping such as 1=2,2=1");
     else if (rows.first >= rows.end)
-        refusal = text3("没有要发送的行", "沒有要傳送的列", "There are no rows to send");
+        refusal = text3("没有要发送的行", "沒有要發送的列", "There are no rows to send");
     else if (!isChannelOpen(0) && !isChannelOpen(1))
         refusal = text3("没有打开的通道！", "沒有打開的通道！", "No channel is open!");
     state_->setText(refusal);
@@ -181,12 +181,12 @@ void ReplayBar::showState(const RecordingReplay::State &state)
         position_->setValue(static_cast<int>(part * kPositionSteps));
     }
     QString text =
-        text3("第 %1 行，%2 秒；已发送 %3 帧", "第 %1 列，%2 秒；已傳送 %3 幀", "row %1, %2 s; %3 frames sent")
+        text3("第 %1 行，%2 秒；已发送 %3 帧", "第 %1 列，%2 秒；已發送 %3 幀", "row %1, %2 s; %3 frames sent")
             .arg(QString::number(std::min(state.row + 1, end_)), recordingSeconds(state.time))
             .arg(state.counts.sent);
     const std::uint64_t others = state.counts.refused + state.counts.unsendable;
     if (others > 0)
-        text += text3("，未发送 %1 帧", "，未傳送 %1 幀", ", %1 not sent").arg(others);
+        text += text3("，未发送 %1 帧", "，未發送 %1 幀", ", %1 not sent").arg(others);
     state_->setText(text);
 }
 
@@ -222,16 +222,16 @@ void ReplayBar::tellEnd(const RecordingReplay::State &state)
     }
     const std::uint64_t others = state.counts.refused + state.counts.unsendable;
     state_->setText(
-        line + text3("：已发送 %1 帧，未发送 %2 帧", "：已傳送 %1 幀，未傳送 %2 幀", ": %1 frames sent, %2 not sent")
+        line + text3("：已发送 %1 帧，未发送 %2 帧", "：已發送 %1 幀，未發送 %2 幀", ": %1 frames sent, %2 not sent")
                    .arg(state.counts.sent)
                    .arg(others));
-    line += text3("：已发送 %1 帧", "：已傳送 %1 幀", ": %1 frames sent").arg(state.counts.sent);
+    line += text3("：已发送 %1 帧", "：已發送 %1 幀", ": %1 frames sent").arg(state.counts.sent);
     if (state.counts.refused > 0)
         line += text3("，%1 帧未被接收（只听、无应答或通道未打开）", "，%1 幀未被接收（只聽、無應答或通道未打開）",
                       ", %1 not taken (listen-only, no acknowledge or channel not open)")
                     .arg(state.counts.refused);
     if (state.counts.unsendable > 0)
-        line += text3("，%1 帧不能发送（错误帧，或长度、ID 无效）", "，%1 幀不能傳送（錯誤幀，或長度、ID 無效）",
+        line += text3("，%1 帧不能发送（错误帧，或长度、ID 无效）", "，%1 幀不能發送（錯誤幀，或長度、ID 無效）",
                       ", %1 cannot be sent (error frames, or no valid length or ID)")
                     .arg(state.counts.unsendable);
     emit log(line);
@@ -239,7 +239,7 @@ void ReplayBar::tellEnd(const RecordingReplay::State &state)
 
 void ReplayBar::retranslate()
 {
-    choiceLabel_->setText(text3("发送：", "傳送：", "Send:"));
+    choiceLabel_->setText(text3("发送：", "發送：", "Send:"));
     const QStringList choices = {text3("所有行", "所有列", "All rows"), text3("显示的行", "顯示的列", "Shown rows"),
                                  text3("选中的行", "選取的列", "Selected rows")};
     for (int i = 0; i < choices.size(); ++i)
@@ -250,7 +250,7 @@ void ReplayBar::retranslate()
                                 "The recording's channel = the adapter's; others stay as they are"));
     start_->setText(text3("开始", "開始", "Start"));
     step_->setText(text3("单步", "單步", "Step"));
-    step_->setToolTip(text3("发送下一帧，然后暂停", "傳送下一幀，然後暫停", "Sends the next frame, then pauses"));
+    step_->setToolTip(text3("发送下一帧，然后暂停", "發送下一幀，然後暫停", "Sends the next frame, then pauses"));
     stop_->setText(text3("停止", "停止", "Stop"));
     enableButtons();
 }
