@@ -74,8 +74,9 @@ QStringList expectedLines(const std::vector<RawFrame> (&all)[2], const std::uint
             if (const RawFrame &frame = all[side][row]; !frame.error)
                 identifiers[line(IdentifierKey::of(frame), channels)][side].emplace_back(row, frame);
     QStringList lines;
-    for (const auto &[name, sides] : identifiers) {
-        QString text = name;
+    for (const auto &identifier : identifiers) {
+        const std::array<Rows, 2> &sides = identifier.second;
+        QString text = identifier.first;
         for (const Rows &rows : sides) {
             std::vector<std::int64_t> distances;
             for (std::size_t i = 1; i < rows.size(); ++i)
