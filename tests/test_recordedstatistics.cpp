@@ -58,16 +58,13 @@ private:
 
 private slots:
     void initTestCase() { QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings_.path()); }
-    void init()
-    {
-        QSettings().clear();
-        setLanguageCode(English);
-    }
+    void init() { QSettings().clear(); }
     void cleanup() { takePendingFrames(); }
 
     void countsWhatIsRecorded()
     {
         TestFolder folder;
+        setLanguageCode(English);
         RecordingPart part = recording(folder);
         QCOMPARE(part.end, std::uint64_t(160));
         const QPointer<StatisticsWindow> window = StatisticsWindow::openRecording(part, nullptr);
@@ -109,6 +106,7 @@ private slots:
     void databasesAreTheBaseline()
     {
         Scene scene(SimulatorOptions{});
+        scene.user->trigger("actionEnglish");
         QStringList lines;
         StatisticsWindow *window = StatisticsWindow::openRecording(recording(scene.folder), scene.window.get());
         connect(window, &StatisticsWindow::log, this, [&](const QString &line) { lines << line; });

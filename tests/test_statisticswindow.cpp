@@ -98,7 +98,7 @@ private slots:
         QTRY_COMPARE(counted(*model, "Tx"), scene.user->transmitted() - before[1]);
         QVERIFY(model->shown().channels.at(1).loadPeak().value() < 1.01);
         QCOMPARE(model->shown().lost, std::uint64_t(0));
-        QVERIFY(window->findChild<QLabel *>("stateLabel")->text().contains("unknown")); // nothing is open
+        QTRY_VERIFY(window->findChild<QLabel *>("stateLabel")->text().contains("unknown")); // nothing is open
     }
 
     void rowsAreSortedFoundCopiedAndFrozen()

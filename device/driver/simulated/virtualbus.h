@@ -83,7 +83,7 @@ private:
     bool vehicleHeard_ = false;   // it speaks only while a channel understands it
     BusSettings vehicleSettings_ = defaultBusSettings();
     FrameCounts vehicleCounts_;
-    BusTime free_ = 0;              // the end of the last frame
+    BusTime free_ = 0; // the end of the last frame
     BusTime carried_ = 0;
     unsigned lastSender_ = kNobody; // node
     std::minstd_rand chance_;       // the same at every run
