@@ -11,7 +11,7 @@ void CurveData::append(CurvePoint point)
             chunks_.pop_front();
             size_ -= kChunk;
         }
-        chunks_.push_back(std::make_unique<Chunk>());
+        chunks_.push_back(std::make_shared<Chunk>());
     }
     Chunk &chunk = *chunks_.back();
     const std::size_t index = size_++ % kChunk;
@@ -33,6 +33,38 @@ std::size_t CurveData::firstAt(std::int64_t time) const
     const auto *end = points + std::min(kChunk, size_ - number * kChunk);
     const auto *found = std::partition_point(points, end, [&](const CurvePoint &point) { return point.time < time; });
     return number * kChunk + std::size_t(found - points);
+}
+
+std::size_t CurveData::firstAt(std::int64_t time, std::size_t near) const
+{
+    std::size_t low = 0; // every point before it is earlier
+    std::size_t high = size_;
+    std::size_t probe = std::min(near, size_);
+    // Steps that double, away from the guess, until the place is between two of them.
+    if (probe < size_ && at(probe).time < time) {
+        for (std::size_t step = 1; probe < size_ && at(probe).time < time; step *= 2) {
+            low = probe + 1;
+            probe += step;
+        }
+        high = std::min(probe, size_);
+    } else {
+        for (std::size_t step = 1; probe > 0; step *= 2) {
+            high = probe;
+            probe -= std::min(step, probe);
+            if (at(probe).time < time) {
+                low = probe + 1;
+                break;
+            }
+        }
+    }
+    while (low < high) {
+        const std::size_t middle = low + (high - low) / 2;
+        if (at(middle).time < time)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low;
 }
 
 ValueRange CurveData::range(std::size_t begin, std::size_t end) const

@@ -5,7 +5,7 @@
 
 namespace
 {
-constexpr std::size_t kPointsPerPixel = 4; // up to which every point is drawn
+constexpr std::size_t kPointsPerPixel = 2; // up to which every point is drawn
 
 void addPoint(std::vector<QPointF> &stroke, double x, double value, bool stepped)
 {
@@ -15,11 +15,11 @@ void addPoint(std::vector<QPointF> &stroke, double x, double value, bool stepped
 }
 } // namespace
 
-void strokeOf(const CurveData &curve, const TimeWindow &window, bool stepped, std::vector<QPointF> &stroke)
+bool strokeOf(const CurveData &curve, const TimeWindow &window, bool stepped, std::vector<QPointF> &stroke)
 {
     stroke.clear();
     if (curve.isEmpty() || window.to <= window.from || window.pixels < 1)
-        return;
+        return false;
     const double span = double(window.to) - double(window.from);
     std::size_t begin = curve.firstAt(window.from);
     const std::size_t end = curve.firstAt(window.to);
@@ -32,16 +32,19 @@ void strokeOf(const CurveData &curve, const TimeWindow &window, bool stepped, st
     if (end - begin <= kPointsPerPixel * std::size_t(window.pixels)) {
         for (std::size_t index = before; index < after; ++index)
             addPoint(stroke, pixel(index), curve.at(index).value, stepped);
-        return;
+        return false;
     }
     if (before < begin)
         addPoint(stroke, pixel(before), curve.at(before).value, stepped);
+    std::size_t inColumn = 0;
     for (int column = 0; column < window.pixels; ++column) {
         const double until = double(window.from) + span * (column + 1) / window.pixels;
-        const std::size_t next =
-            column + 1 == window.pixels ? end : std::clamp(curve.firstAt(std::int64_t(until)), begin, end);
+        const std::size_t next = column + 1 == window.pixels
+                                     ? end
+                                     : std::clamp(curve.firstAt(std::int64_t(until), begin + inColumn), begin, end);
         if (next == begin)
             continue;
+        inColumn = next - begin;
         const ValueRange range = curve.range(begin, next);
         const double first = curve.at(begin).value;
         const double last = curve.at(next - 1).value;
@@ -55,4 +58,5 @@ void strokeOf(const CurveData &curve, const TimeWindow &window, bool stepped, st
     }
     if (end < after)
         addPoint(stroke, pixel(end), curve.at(end).value, stepped);
+    return true;
 }

@@ -8,68 +8,13 @@
 #include <QPdfWriter>
 #include <QSaveFile>
 
-#include <cmath>
 #include <qwt_plot_renderer.h>
 
 namespace
 {
-constexpr int kTimeDecimals = 9;
-constexpr int kValueDigits = 15;
 constexpr int kMargin = 8; // pixels around and between
 constexpr int kPdfDpi = 300;
 constexpr qreal kPdfMargin = 12; // millimetres
-constexpr int kFlushBytes = 1 << 20;
-
-QString quoted(QString text)
-{
-    return QLatin1Char('"') + text.replace('"', QLatin1String("\"\"")) + QLatin1Char('"');
-}
-
-QString title(const PlotSignal &signal)
-{
-    return signal.unit.isEmpty() ? signal.name() : QStringLiteral("%1 [%2]").arg(signal.name(), signal.unit);
-}
-
-// One row for each time at which any of the curves has a point; nothing where a curve has none then.
-bool writeCsv(const PlotView &view, const QVector<const PlotSignal *> &curves, QIODevice *file)
-{
-    QByteArray text("\xEF\xBB\xBFTime [s]");
-    QVector<std::size_t> next;
-    QVector<std::size_t> end;
-    for (const PlotSignal *signal : curves) {
-        text += ',' + quoted(title(*signal)).toUtf8();
-        next.append(signal->data.firstAt(toNanoseconds(view.from())));
-        end.append(signal->data.firstAt(toNanoseconds(view.to()) + 1));
-    }
-    text += "\r\n";
-    for (;;) {
-        std::int64_t time = std::numeric_limits<std::int64_t>::max();
-        bool any = false;
-        for (int i = 0; i < curves.size(); ++i)
-            if (next[i] < end[i]) {
-                time = qMin(time, curves[i]->data.at(next[i]).time);
-                any = true;
-            }
-        if (!any)
-            break;
-        text += QByteArray::number(double(time) / kNsPerSecond, 'f', kTimeDecimals);
-        for (int i = 0; i < curves.size(); ++i) {
-            text += ',';
-            if (next[i] >= end[i] || curves[i]->data.at(next[i]).time != time)
-                continue;
-            const double value = curves[i]->data.at(next[i]++).value;
-            if (!std::isnan(value))
-                text += QByteArray::number(value, 'g', kValueDigits);
-        }
-        text += "\r\n";
-        if (text.size() > kFlushBytes) {
-            if (file->write(text) != text.size())
-                return false;
-            text.clear();
-        }
-    }
-    return file->write(text) == text.size();
-}
 
 // The names of the curves, one line each; answers the height that they take.
 int drawNames(QPainter *painter, const QVector<const PlotSignal *> &curves, QPoint place)
@@ -79,7 +24,7 @@ int drawNames(QPainter *painter, const QVector<const PlotSignal *> &curves, QPoi
     for (const PlotSignal *signal : curves) {
         painter->setPen(signal->colour);
         painter->drawText(place.x(), y + painter->fontMetrics().ascent(),
-                          QStringLiteral("%1  %2").arg(signal->number).arg(title(*signal)));
+                          QStringLiteral("%1  %2").arg(signal->number).arg(signal->title()));
         y += line;
     }
     return y - place.y();
@@ -142,9 +87,7 @@ bool exportPlot(const PlotView &view, const QVector<const PlotSignal *> &curves,
         return false;
     }
     bool written = false;
-    if (path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive))
-        written = writeCsv(view, curves, &file);
-    else if (path.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
+    if (path.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
         written = writePdf(view, curves, &file);
     else
         written = writePng(view, curves, &file);

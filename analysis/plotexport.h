@@ -1,4 +1,4 @@
-// A plot as a file: PNG and PDF as it is on the screen, CSV with every point of its time window.
+// A plot as a picture, as it is on the screen.
 #pragma once
 
 #include "analysis/plotsignal.h"
@@ -7,5 +7,5 @@
 
 class PlotView;
 
-// By the name's ending, PNG when it has none of the three. false: `error` says why.
+// PDF when the name ends so, else PNG. false: `error` says why.
 bool exportPlot(const PlotView &view, const QVector<const PlotSignal *> &curves, const QString &path, QString *error);

@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QPushButton>
 #include <QSettings>
 
 namespace
@@ -15,8 +16,13 @@ namespace
 const QString kFolderKey = QStringLiteral("plots/folder");
 } // namespace
 
+// Pressed again while a table is written: gives it up.
 void PlotWindow::exportFile()
 {
+    if (csv_) {
+        csv_->cancel();
+        return;
+    }
     QSettings settings;
     QFileDialog dialog(this, text3("导出曲线", "匯出曲線", "Export plot"), settings.value(kFolderKey).toString(),
                        QStringLiteral("PNG (*.png);;PDF (*.pdf);;CSV (*.csv)"));
@@ -32,9 +38,40 @@ void PlotWindow::exportFile()
     for (const auto &signal : curves_)
         if (signal->shown)
             shown.append(signal.get());
-    const QString name = QDir::toNativeSeparators(path);
+    if (path.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive)) {
+        std::vector<CsvExport::Column> columns;
+        for (const PlotSignal *signal : qAsConst(shown))
+            columns.push_back({signal->title(), signal->data.snapshot()});
+        csv_ = std::make_unique<CsvExport>(path, std::move(columns), toNanoseconds(view_->from()),
+                                           toNanoseconds(view_->to()));
+        setExportText();
+        return;
+    }
     QString error;
-    if (exportPlot(*view_, shown, path, &error))
+    exportPlot(*view_, shown, path, &error);
+    tellExported(path, error);
+}
+
+void PlotWindow::lookAtExport()
+{
+    if (!csv_ || !csv_->finished())
+        return;
+    const std::unique_ptr<CsvExport> done = std::move(csv_);
+    setExportText();
+    if (!done->isCancelled())
+        tellExported(done->path(), done->error());
+}
+
+void PlotWindow::setExportText()
+{
+    export_->setText(csv_ ? text3("取消导出(&E)", "取消匯出(&E)", "Cancel &export")
+                          : text3("导出(&E)…", "匯出(&E)…", "&Export…"));
+}
+
+void PlotWindow::tellExported(const QString &path, const QString &error)
+{
+    const QString name = QDir::toNativeSeparators(path);
+    if (error.isEmpty())
         emit log(text3("曲线已导出：%1", "曲線已匯出：%1", "Plot exported: %1").arg(name));
     else
         showWarning(this, warningTitle(),

@@ -1,10 +1,12 @@
 #include "analysis/plotlane.h"
 
+#include "analysis/columnpicture.h"
 #include "analysis/curvestroke.h"
 #include "analysis/signaltreemodel.h"
 
 #include <QEvent>
 #include <QLocale>
+#include <QPaintEngine>
 #include <QPainter>
 
 #include <algorithm>
@@ -29,66 +31,101 @@ constexpr int kMajorSteps = 6;
 constexpr int kMinorSteps = 4;
 constexpr int kLabelDigits = 12;
 
-class CurveItem : public QwtPlotItem
+// All curves of a lane: those with few points as lines, the others, on a screen, as one picture.
+class CurvesItem : public QwtPlotItem
 {
 public:
-    CurveItem(const LaneLook *look, const PlotSignal *signal) : look_(look), signal_(signal) { setZ(10); }
+    CurvesItem(const LaneLook *look, const QVector<const PlotSignal *> &curves) : look_(look), curves_(curves)
+    {
+        setZ(10);
+    }
 
     void draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap, const QRectF &canvas) const override;
 
 private:
-    void drawNumber(QPainter *painter, QPointF end, const QRectF &canvas) const;
-
     const LaneLook *look_;
-    const PlotSignal *signal_;
-    mutable std::vector<QPointF> stroke_; // kept from one drawing to the next
+    const QVector<const PlotSignal *> curves_;
+    // Kept from one drawing to the next:
+    mutable std::vector<QPointF> stroke_;
+    mutable ColumnPicture picture_;
 };
 
-void CurveItem::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap, const QRectF &canvas) const
+// A printer and a document get lines, which stay lines at every scale.
+bool isScreen(const QPainter &painter)
 {
-    if (!signal_->shown || signal_->scale.isEmpty())
-        return;
-    TimeWindow window;
-    window.from = toNanoseconds(xMap.s1());
-    window.to = toNanoseconds(xMap.s2());
-    window.pixels = qMax(1, int(std::ceil(xMap.pDist())));
-    strokeOf(signal_->data, window, look_->stepped || signal_->isEnumeration(), stroke_);
-    // Every signal by its own scale, whichever the axis shows.
-    const double perPixel = (xMap.p2() - xMap.p1()) / window.pixels;
-    const double perValue = (yMap.p2() - yMap.p1()) / (signal_->scale.maximum - signal_->scale.minimum);
-    for (QPointF &point : stroke_) {
-        point.setX(std::clamp(xMap.p1() + point.x() * perPixel, -kFarthest, kFarthest));
-        if (!std::isnan(point.y()))
-            point.setY(std::clamp(yMap.p1() + (point.y() - signal_->scale.minimum) * perValue, -kFarthest, kFarthest));
-    }
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing, false);
-    painter->setPen(QPen(signal_->colour, 0));
+    return painter.paintEngine()->type() == QPaintEngine::Raster &&
+           painter.deviceTransform().type() <= QTransform::TxTranslate;
+}
+
+void drawLines(QPainter *painter, const std::vector<QPointF> &stroke)
+{
     const auto isBreak = [](const QPointF &point) { return std::isnan(point.y()); };
-    QPointF end(-1, -1);
-    for (auto begin = stroke_.begin(); begin != stroke_.end();) {
-        const auto stop = std::find_if(begin, stroke_.end(), isBreak);
+    for (auto begin = stroke.begin(); begin != stroke.end();) {
+        const auto stop = std::find_if(begin, stroke.end(), isBreak);
         const int count = int(stop - begin);
         if (count > 1)
             painter->drawPolyline(&*begin, count);
         else if (count == 1)
             painter->drawPoint(*begin);
-        if (count > 0)
-            end = *(stop - 1);
-        begin = std::find_if_not(stop, stroke_.end(), isBreak);
+        begin = std::find_if_not(stop, stroke.end(), isBreak);
     }
-    if (end.x() >= 0)
-        drawNumber(painter, end, canvas);
-    painter->restore();
 }
 
-void CurveItem::drawNumber(QPainter *painter, QPointF end, const QRectF &canvas) const
+void drawNumber(QPainter *painter, const PlotSignal &signal, QPointF end, const QRectF &canvas)
 {
-    const QString text = QString::number(signal_->number);
+    const QString text = QString::number(signal.number);
     const QFontMetricsF metrics(painter->font());
     const double x = qMin(end.x() + kNumberGap, canvas.right() - metrics.horizontalAdvance(text) - kNumberGap);
     const double y = std::clamp(end.y() - kNumberGap, canvas.top() + metrics.ascent(), canvas.bottom() - kNumberGap);
+    painter->setPen(signal.colour);
     painter->drawText(QPointF(x, y), text);
+}
+
+void CurvesItem::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap, const QRectF &canvas) const
+{
+    TimeWindow window;
+    window.from = toNanoseconds(xMap.s1());
+    window.to = toNanoseconds(xMap.s2());
+    window.pixels = qMax(1, int(std::ceil(xMap.pDist())));
+    const double perPixel = (xMap.p2() - xMap.p1()) / window.pixels;
+    const bool screen = isScreen(*painter);
+    const QRect area = canvas.toAlignedRect();
+    if (screen)
+        picture_.begin(area.size());
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing, false);
+    QVector<QPair<const PlotSignal *, QPointF>> ends;
+    for (const PlotSignal *signal : curves_) {
+        if (!signal->shown || signal->scale.isEmpty())
+            continue;
+        const bool full = strokeOf(signal->data, window, look_->stepped || signal->isEnumeration(), stroke_);
+        // Every signal by its own scale, whichever the axis shows.
+        const double perValue = (yMap.p2() - yMap.p1()) / (signal->scale.maximum - signal->scale.minimum);
+        const QPointF origin = screen && full ? area.topLeft() : QPointF();
+        const QPointF *end = nullptr;
+        for (QPointF &point : stroke_) {
+            const double x = xMap.p1() + point.x() * perPixel - origin.x();
+            point.setX(std::clamp(x, -kFarthest, kFarthest));
+            if (std::isnan(point.y()))
+                continue;
+            const double y = yMap.p1() + (point.y() - signal->scale.minimum) * perValue - origin.y();
+            point.setY(std::clamp(y, -kFarthest, kFarthest));
+            end = &point;
+        }
+        if (end && end->x() + origin.x() >= 0)
+            ends.append({signal, *end + origin});
+        if (screen && full) {
+            picture_.add(stroke_, signal->colour.rgba());
+        } else {
+            painter->setPen(QPen(signal->colour, 0));
+            drawLines(painter, stroke_);
+        }
+    }
+    if (screen && !picture_.isEmpty())
+        picture_.draw(painter, area.topLeft());
+    for (const auto &[signal, end] : qAsConst(ends))
+        drawNumber(painter, *signal, end, canvas);
+    painter->restore();
 }
 
 // Labels of a signal's values: the states' texts where it has them.
@@ -136,8 +173,7 @@ PlotLane::PlotLane(const LaneLook *look, const QVector<const PlotSignal *> &curv
     auto *grid = new QwtPlotGrid;
     grid->setMajorPen(QPen(QColor(0xDD, 0xDD, 0xDD), 0));
     grid->attach(this);
-    for (const PlotSignal *signal : curves)
-        (new CurveItem(look, signal))->attach(this);
+    (new CurvesItem(look, curves))->attach(this);
     const Qt::PenStyle styles[] = {Qt::SolidLine, Qt::DashLine};
     for (int i = 0; i < 2; ++i) {
         cursors_[i] = new QwtPlotMarker;
@@ -187,7 +223,8 @@ void PlotLane::showAxis()
         palette.setColor(QPalette::WindowText, axisSignal_->colour);
     }
     // As much of it as there is room for; the number, which is in the list too, comes first.
-    title = QwtText(fontMetrics().elidedText(title.text(), Qt::ElideRight, canvas()->height()), QwtText::PlainText);
+    const int room = canvas()->height() - fontMetrics().height(); // the scale is that much shorter, at most
+    title = QwtText(fontMetrics().elidedText(title.text(), Qt::ElideRight, room), QwtText::PlainText);
     title.setFont(font());
     if (title.text() != axisTitle(yLeft).text())
         setAxisTitle(yLeft, title);

@@ -5,6 +5,8 @@
 
 #include <QVector>
 
+#include <algorithm>
+
 #include <qwt_plot.h>
 
 class QwtPlotMarker;
@@ -19,9 +21,10 @@ struct LaneLook {
 };
 
 constexpr double kNsPerSecond = 1e9;
+constexpr double kMostNs = 9.2e18; // that 64 bits hold
 inline std::int64_t toNanoseconds(double seconds)
 {
-    return std::int64_t(seconds * kNsPerSecond);
+    return std::int64_t(std::clamp(seconds * kNsPerSecond, -kMostNs, kMostNs));
 }
 
 class PlotLane : public QwtPlot

@@ -53,6 +53,11 @@ QString PlotSignal::name() const
     return owner + QLatin1Char('.') + id.signal;
 }
 
+QString PlotSignal::title() const
+{
+    return unit.isEmpty() ? name() : QStringLiteral("%1 [%2]").arg(name(), unit);
+}
+
 QString PlotSignal::stateText(double physical) const
 {
     const double raw = (physical - offset) / factor;

@@ -31,7 +31,8 @@ struct PlotSignal {
     double offset = 0;
 
     void describe(const MessageLookup &lookup);
-    QString name() const; // "Message.Signal"
+    QString name() const;  // "Message.Signal"
+    QString title() const; // and its unit
     // Whether its values are states, which have texts.
     bool isEnumeration() const { return !texts.isEmpty(); }
     // The text of a state, empty when this value has none.

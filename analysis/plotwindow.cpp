@@ -96,7 +96,8 @@ void PlotWindow::feed(const std::vector<PlotSignal *> &curves)
         curve->feed = reading->store().feed(curve->id);
         curve->data.clear();
     }
-    if (!hub_->isLive())
+    reading_ = !hub_->isLive();
+    if (reading_)
         reading->start();
 }
 
@@ -184,9 +185,11 @@ void PlotWindow::takePoints()
 void PlotWindow::refresh()
 {
     const bool wasReading = reading_;
-    if (!hub_->isLive())
-        showReading(); // before the points: after the last look there are none
+    const double progress = lookAtReading(); // before the points: after the last look there are none
     takePoints();
+    lookAtExport();
+    progress_->setVisible(reading_ || csv_);
+    progress_->setValue(int((csv_ ? csv_->progress() : progress) * kProgressSteps));
     if (isMinimized())
         return;
     if (reading_ || wasReading) {
@@ -223,7 +226,7 @@ void PlotWindow::showWhole()
         view_->setTimes(double(end) / kNsPerSecond - kMomentsSpan / 2, double(end) / kNsPerSecond + kMomentsSpan / 2);
 }
 
-void PlotWindow::showReading()
+double PlotWindow::lookAtReading()
 {
     reading_ = false;
     double progress = 1;
@@ -231,8 +234,7 @@ void PlotWindow::showReading()
         reading_ = reading_ || signal->reading->isReading();
         progress = std::min(progress, signal->reading->progress());
     }
-    progress_->setVisible(reading_);
-    progress_->setValue(int(progress * kProgressSteps));
+    return progress;
 }
 
 void PlotWindow::showValues()

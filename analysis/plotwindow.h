@@ -2,6 +2,7 @@
 #pragma once
 
 #include "analysis/analysiswindow.h"
+#include "analysis/csvexport.h"
 #include "analysis/plotsignal.h"
 #include "frames/framefeed.h"
 
@@ -72,8 +73,11 @@ private:
     void optionChanged(Option option);
     void applyTimes();
     void showWhole();
-    void showReading();
+    double lookAtReading(); // how far, 0..1
     void exportFile();
+    void lookAtExport();
+    void setExportText();
+    void tellExported(const QString &path, const QString &error); // error: the reason, else empty
     QString key(const char *what) const;
     void keep() const;
     void restore();
@@ -93,6 +97,7 @@ private:
     QLabel *times_;
     QProgressBar *progress_;
     QTimer timer_;
+    std::unique_ptr<CsvExport> csv_; // while a table is written
     int rounds_ = 0;
     std::vector<CurvePoint> points_; // room for takePoints()
     bool wanting_ = false;           // live frames of the hub

@@ -84,7 +84,11 @@ void PlotWindow::connectAll()
     connect(fit_, &QPushButton::clicked, this, [this] {
         options_[Follow]->setChecked(false);
         view_->fit();
-        whole_ = false;
+        whole_ = !hub_->isLive();
+        if (whole_) {
+            showWhole();
+            view_->showAll();
+        }
     });
     connect(export_, &QPushButton::clicked, this, &PlotWindow::exportFile);
     connect(remove_, &QPushButton::clicked, this, &PlotWindow::removeSelected);
@@ -116,7 +120,7 @@ void PlotWindow::retranslate()
     options_[Steps]->setText(text3("阶梯(&T)", "階梯(&T)", "S&teps"));
     options_[Cursors]->setText(text3("游标(&U)", "游標(&U)", "C&ursors"));
     fit_->setText(text3("全部(&A)", "全部(&A)", "Fit &all"));
-    export_->setText(text3("导出(&E)…", "匯出(&E)…", "&Export…"));
+    setExportText();
     remove_->setText(text3("移除(&R)", "移除(&R)", "&Remove"));
     signals_->setText(text3("信号(&G)…", "訊號(&G)…", "Si&gnals…"));
     new_->setText(text3("新曲线窗口(&N)", "新曲線視窗(&N)", "&New plot"));

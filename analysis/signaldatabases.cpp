@@ -53,6 +53,11 @@ void SignalDatabases::start()
     emit changed();
 }
 
+bool SignalDatabases::isEmpty() const
+{
+    return started_ ? set_.entries().empty() : QSettings().value(kDatabasesKey + QStringLiteral("/size")).toInt() == 0;
+}
+
 void SignalDatabases::add(const QString &path, DatabaseChannels channels)
 {
     tell(set_.add(QFileInfo(path).absoluteFilePath(), channels));

@@ -21,6 +21,8 @@ public:
 
     const std::vector<DatabaseSet::Entry> &entries() const { return set_.entries(); }
     std::shared_ptr<const MessageLookup> lookup() const { return set_.lookup(); }
+    // Neither in use nor, before start(), remembered.
+    bool isEmpty() const;
     void add(const QString &path, DatabaseChannels channels);
     void remove(const QString &path);
     void setChannels(const QString &path, DatabaseChannels channels);

@@ -78,7 +78,8 @@ void SignalWindows::setUp(QWidget *window)
     if (hub_->isLive())
         return;
     window->setAttribute(Qt::WA_DeleteOnClose);
-    connect(window, &QObject::destroyed, this, &SignalWindows::windowGone);
+    // Later, when no pointer leads there any more.
+    connect(window, &QObject::destroyed, this, &SignalWindows::windowGone, Qt::QueuedConnection);
 }
 
 void SignalWindows::windowGone()

@@ -1,6 +1,7 @@
 #include "app/analysismenu.h"
 
 #include "analysis/recordwindow.h"
+#include "analysis/signaldatabases.h"
 #include "analysis/signalhub.h"
 #include "analysis/signalwindows.h"
 #include "analysis/statisticswindow.h"
@@ -37,6 +38,12 @@ template <typename Window> void AnalysisMenu::open()
         connect(shown, &Window::log, this, &AnalysisMenu::log);
     }
     shown->open();
+}
+
+bool AnalysisMenu::lacksDatabases()
+{
+    const auto databases = SignalDatabases::shared();
+    return databases->isEmpty() && !databases->unusedVehicleDatabase().isEmpty();
 }
 
 void AnalysisMenu::openRecording(const QString &path)

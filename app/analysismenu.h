@@ -25,6 +25,8 @@ public:
     void openRecording(const QString &path);
     // Gives the transmit list the signal databases.
     void joinTransmitList(listSendDlg *list);
+    // Whether a hint at the built-in vehicle's signals is of use: no signal database is in use, and that one is there.
+    static bool lacksDatabases();
     // Title and entries in the current language.
     void setTexts();
 

@@ -270,7 +270,7 @@ void MainWindow::logDriverNotices()
     for (const DriverNotice &notice : takeDriverNotices()) {
         if (notice.kind == DriverNotice::Kind::FramesLost)
             lossReport_.add(notice);
-        else
+        else if (notice.kind != DriverNotice::Kind::BuiltInVehicle || AnalysisMenu::lacksDatabases())
             logLine(noticeText(notice));
     }
 }

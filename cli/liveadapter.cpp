@@ -104,6 +104,8 @@ void LiveAdapter::endReceiver(unsigned channel)
 void LiveAdapter::tellNotices()
 {
     for (const DriverNotice &notice : takeDriverNotices()) {
+        if (notice.kind == DriverNotice::Kind::BuiltInVehicle)
+            continue; // a hint for who has windows
         tell(noticeText(notice));
         if (notice.kind == DriverNotice::Kind::FramesLost)
             lost_ += notice.count;

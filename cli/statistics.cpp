@@ -248,12 +248,8 @@ int runStatistics(const QStringList &words)
         plan.rates[channel] =
             inputs.isEmpty() && setup.used[channel] ? ratesOf(setup.channel[channel]) : givenRates(arguments, channel);
     plan.databases.load(arguments);
-<<<<<<< HEAD
-    plan.selection.read(arguments, plan.databases.signalSource());
-=======
     readBaseline(arguments, &plan);
-    plan.selection.read(arguments, plan.databases.isEmpty() ? nullptr : &plan.databases);
->>>>>>> stat
+    plan.selection.read(arguments, plan.databases.signalSource());
     if (!arguments.fine())
         return arguments.exitCode();
     return inputs.isEmpty() ? countLive(plan, setup, seconds) : countFiles(plan, inputs, jobs);

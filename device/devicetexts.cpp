@@ -49,6 +49,11 @@ QString noticeText(const DriverNotice &notice)
         return text3("数据并非来自Halden-D2，而是来自：%1", "數據並非來自Halden-D2，而是來自：%1",
                      "Frames do not come from a Halden-D2 but from: %1")
             .arg(detail);
+    case DriverNotice::Kind::BuiltInVehicle:
+        return text3(
+            "查看车速、转速和车门：分析 → 信号 (Ctrl+G)，按“使用内置车辆”",
+            "檢視車速、轉速和車門：分析 → 訊號 (Ctrl+G)，按「使用內建車輛」",
+            "To see speed, revolutions and doors: Analysis → Signals (Ctrl+G), then “Use the built-in vehicle”");
     case DriverNotice::Kind::TraceUnreadable:
         return text3("无法读取记录文件：%1", "無法讀取記錄檔案：%1", "Recorded log cannot be read: %1").arg(detail);
     case DriverNotice::Kind::InterfaceMissing:

@@ -1,6 +1,10 @@
 // A curve's pyramid and the line drawn from it, against the plain list of its points.
+#include "analysis/columnpicture.h"
+#include "analysis/csvexport.h"
 #include "analysis/curvestroke.h"
 
+#include <QPainter>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <cmath>
@@ -74,6 +78,7 @@ private slots:
             const auto at = std::partition_point(made.points.begin(), made.points.end(),
                                                  [&](const CurvePoint &point) { return point.time < time; });
             QCOMPARE(curve.firstAt(time), std::size_t(at - made.points.begin()));
+            QCOMPARE(curve.firstAt(time, a), curve.firstAt(time));
         }
         if (curve.size() > 20000)
             QVERIFY(double(curve.bytes()) / double(curve.size()) < 24);
@@ -113,6 +118,71 @@ private slots:
             }
             QVERIFY(stroke.size() < std::size_t(window.pixels) * 6);
         }
+    }
+
+    // A table is written beside what goes on with the curves, and a file is replaced by a whole one or not at all.
+    void tableOfCurves()
+    {
+        constexpr int kPoints = 50000;
+        const QTemporaryDir folder;
+        const QString path = folder.filePath("curves.csv");
+        CurveData curves[2];
+        for (int i = 0; i < kPoints; ++i) {
+            curves[0].append({i * 1000, i == 7 ? kNothing : i * 0.5});
+            if (i % 2)
+                curves[1].append({i * 1000, double(i)});
+        }
+        const auto content = [&path] {
+            QFile file(path);
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        };
+        const auto write = [&](std::int64_t from, std::int64_t to) {
+            return std::make_unique<CsvExport>(
+                path, std::vector<CsvExport::Column>{{"a \"b\"", curves[0].snapshot()}, {"c", curves[1].snapshot()}},
+                from, to);
+        };
+        const auto whole = write(0, kPoints * 1000);
+        for (int i = 0; i < kPoints; ++i)
+            curves[0].append({(kPoints + i) * 1000, 1}); // not of the table
+        QTRY_VERIFY_WITH_TIMEOUT(whole->finished(), 20000);
+        QCOMPARE(whole->error(), QString());
+        const QList<QByteArray> lines = content().split('\n');
+        QCOMPARE(lines.size(), kPoints + 2);
+        QCOMPARE(lines[0], QByteArray("\xEF\xBB\xBFTime [s],\"a \"\"b\"\"\",\"c\"\r"));
+        QCOMPARE(lines[7], QByteArray("0.000006000,3,\r"));
+        QCOMPARE(lines[8], QByteArray("0.000007000,,7\r"));
+        QCOMPARE(lines[kPoints], QByteArray("0.049999000,24999.5,49999\r"));
+
+        const QByteArray before = content();
+        const auto givenUp = write(0, kPoints * 2000);
+        givenUp->cancel();
+        QTRY_VERIFY_WITH_TIMEOUT(givenUp->finished(), 20000);
+        QVERIFY(content() == before);
+        const auto part = write(7000, 8000);
+        QTRY_VERIFY_WITH_TIMEOUT(part->finished(), 20000);
+        QCOMPARE(content().split('\n').size(), 4);
+    }
+
+    // The picture of a dense line shows in every column what the line's points span, joined to the column before.
+    void pictureOfColumns()
+    {
+        ColumnPicture picture;
+        picture.begin({6, 8});
+        picture.add({{-3, 1}, {0, 1}, {0, 3}, {1, 6}, {3, 6}, {3, kNothing}, {4, 100}, {4, -100}, {9, 2}}, 0xFF112233);
+        picture.add({{5, 7}}, 0xFFAABBCC);
+        QImage canvas(7, 9, QImage::Format_RGB32);
+        canvas.fill(Qt::white);
+        QPainter painter(&canvas);
+        picture.draw(&painter, {1, 1});
+        painter.end();
+        QStringList rows;
+        for (int y = 0; y < canvas.height(); ++y) {
+            QString row;
+            for (int x = 0; x < canvas.width(); ++x)
+                row += canvas.pixel(x, y) == 0xFF112233 ? '#' : canvas.pixel(x, y) == 0xFFAABBCC ? 'o' : '.';
+            rows.append(row);
+        }
+        QCOMPARE(rows.join(' '), QString("....... .....#. .#...#. .#...#. .##..#. ..#..#. ..#..#. ..####. .....#o"));
     }
 
     void fewPointsAreDrawnAsTheyAre()

@@ -5,9 +5,11 @@
 #include "analysis/signalstore.h"
 #include "analysis/signalswindow.h"
 #include "analysis/signaltreemodel.h"
+#include "analysis/signalwindows.h"
 #include "app/mainwindow.h"
 #include "device/devicelayer.h"
 #include "device/driver/driverfactory.h"
+#include "device/language.h"
 #include "testfolder.h"
 #include "windowdriver.h"
 
@@ -213,8 +215,11 @@ private slots:
         QVERIFY(qAbs(number(0, 3) - number(0, 2) - number(0, 4)) < 0.01);
 
         // What is exported is what the window shows.
-        for (const char *name : {"plot.csv", "plot.png", "plot.pdf"})
+        for (const char *name : {"plot.csv", "plot.png", "plot.pdf"}) {
             exportTo(plot, folder_.path(name));
+            QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(folder_.path(name)), kLong);
+            QTRY_VERIFY(in<QPushButton>(plot, "exportButton")->text().endsWith("…"));
+        }
         const QStringList lines = QString::fromUtf8(folder_.read("plot.csv")).split("\r\n");
         QVERIFY(lines[0].endsWith(
             QString("Time [s],\"Engine.EngineSpeed [1/min]\",\"Engine.EngineRunning\",\"Speed.VehicleSpeed [km/h]\"")));
@@ -225,7 +230,9 @@ private slots:
         QVERIFY(QImage(folder_.path("plot.png")).width() >= view->width());
         QVERIFY(folder_.read("plot.pdf").startsWith("%PDF") && folder_.read("plot.pdf").contains("%%EOF"));
         exportTo(plot, folder_.path("nowhere/plot.csv"));
-        QCOMPARE(user_->modal().takeMessages().size(), 1);
+        QStringList told;
+        QTRY_VERIFY_WITH_TIMEOUT(!(told += user_->modal().takeMessages()).isEmpty(), kLong);
+        QCOMPARE(told.size(), 1);
 
         // Windows close and open while frames come; databases go while curves are fed.
         in<QPushButton>(plot, "newPlotButton")->click();
@@ -323,11 +330,40 @@ private slots:
         in<QPushButton>(plot, "signalsButton")->click();
         QCOMPARE(window_->findChildren<SignalsWindow *>().size(), 2);
         plot->close();
-        QTRY_VERIFY(!plot);
+        window = window_->findChildren<SignalsWindow *>().last();
+        window->close();
+        QTRY_VERIFY(!plot && !window);
+        QTRY_COMPARE(window_->findChildren<SignalWindows *>().size(), 1); // the live ones
         plot = PlotWindow::openRecording({index, first, end}, window_.get());
         QTRY_VERIFY_WITH_TIMEOUT(in<QTreeWidget>(plot, "curveList")->topLevelItem(0)->text(1).startsWith(last), kLong);
         PlotWindow::openRecording({index, first, end}, window_.get()); // ends with the main window while it reads
         QCOMPARE(user_->modal().unexpected(), QStringList());
+    }
+
+    // The operation log leads who has no hardware to the vehicle's signals, until a database is in use.
+    void hintAtTheVehicle()
+    {
+        const QPair<Language, QString> hints[] = {{SimplifiedChinese, "“使用内置车辆”"},
+                                                  {TraditionalChinese, "「使用內建車輛」"},
+                                                  {English, "“Use the built-in vehicle”"}};
+        for (const auto &[language, hint] : hints) {
+            setLanguageCode(language);
+            QVERIFY(!user_->log().contains(hint));
+            QVERIFY(user_->openEverything());
+            QCOMPARE(user_->log().count(hint), 1);
+            user_->closeDevice();
+        }
+        in<QPushButton>(shown<SignalsWindow>(), "vehicleButton")->click();
+        QVERIFY(user_->openEverything());
+        QCOMPARE(user_->log().count(hints[2].second), 1);
+        user_->closeDevice();
+        setLanguageCode(SimplifiedChinese);
+
+        user_.reset(); // known from the last time, though no window of signals was open yet
+        window_ = std::make_unique<MainWindow>();
+        user_ = std::make_unique<WindowDriver>(*window_);
+        QVERIFY(user_->openEverything());
+        QVERIFY(!user_->log().contains(hints[0].second));
     }
 
     void databasesOnTheDisk()

@@ -27,6 +27,7 @@ struct DriverNotice {
         LibraryUnusable,  // detail: file name and the system's reason (wrong kind, broken)
         OrdinalMissing,   // detail: ordinal and operation
         NotHardware,      // detail: what the frames come from instead of a Halden-D2
+        BuiltInVehicle,   // on the bus is the simulated adapter's own vehicle, which has a signal database
         TraceUnreadable,  // detail: file name of the recorded log that cannot be played
         InterfaceMissing, // detail: kernel interface
         InterfaceDown,    // detail: kernel interface

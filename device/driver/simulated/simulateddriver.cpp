@@ -125,6 +125,8 @@ Driver::Handle SimulatedDriver::OpenDevice(std::uint32_t deviceType, std::uint32
         return 0;
     bus_.setTraffic(makeTraffic());
     notice(DriverNotice::Kind::NotHardware, kSimulatedName);
+    if (options_.traffic == SimulatorOptions::Traffic::BuiltIn)
+        notice(DriverNotice::Kind::BuiltInVehicle, {});
     device_ = newHandle();
     gone_ = false;
     stop_ = false;
