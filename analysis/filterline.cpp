@@ -33,7 +33,7 @@ FilterLine::FilterLine(QWidget *parent)
 std::optional<FrameFilter> FilterLine::filter()
 {
     FilterError error;
-    std::optional<FrameFilter> filter = FrameFilter::parse(text(), &error);
+    std::optional<FrameFilter> filter = FrameFilter::parse(text(), &error, signalSource());
     if (filter)
         mark(0, 0);
     else
@@ -43,10 +43,16 @@ std::optional<FrameFilter> FilterLine::filter()
     return filter;
 }
 
+std::shared_ptr<const SignalSource> FilterLine::signalSource() const
+{
+    const bool asked = text().contains(QLatin1String("signal"), Qt::CaseInsensitive);
+    return asked && signalQuery_ ? signalQuery_() : nullptr;
+}
+
 void FilterLine::offer()
 {
     const int begin = wordBegin(text(), cursorPosition());
-    const QStringList words = FrameFilter::completions(text(), cursorPosition());
+    const QStringList words = FrameFilter::completions(text(), cursorPosition(), signalSource());
     if (begin == cursorPosition() || words.isEmpty() ||
         words == QStringList(text().mid(begin, cursorPosition() - begin))) {
         completer_->popup()->hide();

@@ -6,6 +6,8 @@
 
 #include <QLineEdit>
 
+#include <functional>
+
 class QCompleter;
 class QStringListModel;
 
@@ -16,6 +18,9 @@ class FilterLine : public QLineEdit
 public:
     explicit FilterLine(QWidget *parent = nullptr);
 
+    // Where the databases' signals come from; asked when the text has a signal in it. May answer null.
+    using SignalQuery = std::function<std::shared_ptr<const SignalSource>()>;
+    void setSignals(SignalQuery query) { signalQuery_ = std::move(query); }
     // The filter of the text; nothing when it is none: the place is marked then and the tool tip says what is wrong.
     std::optional<FrameFilter> filter();
 
@@ -27,6 +32,9 @@ private:
     void take(const QString &word);
     void mark(int position, int length);
 
+    std::shared_ptr<const SignalSource> signalSource() const;
+
+    SignalQuery signalQuery_;
     QStringListModel *words_;
     QCompleter *completer_;
 };

@@ -38,6 +38,7 @@ public:
 
     void setTimes(RecordingTimes times);
     void setMarked(std::uint64_t row); // of the recording
+    std::uint64_t marked() const { return marked_; }
     void setBookmarks(const QSet<quint64> &rows);
     // Characters of the longest data text that was ever in sight.
     int longestData() const { return longestData_; }

@@ -76,6 +76,12 @@ std::uint64_t RecordingView::lastTop() const
     return model_->total() - std::min(model_->total(), page);
 }
 
+void RecordingView::selectFrom(std::uint64_t position)
+{
+    anchor_ = std::min(position, model_->total() - std::min<std::uint64_t>(model_->total(), 1));
+    showSelection();
+}
+
 bool RecordingView::isAtEnd() const
 {
     return bar_->value() == bar_->maximum();

@@ -23,6 +23,8 @@ public:
     // The selected positions, first and the one behind the last.
     std::uint64_t selectionBegin() const { return qMin(anchor_, current_); }
     std::uint64_t selectionEnd() const { return qMax(anchor_, current_) + 1; }
+    // From there to the current position.
+    void selectFrom(std::uint64_t position);
     bool isAtEnd() const;
     void scrollToEnd();
     // The model shows more rows, others, or has other titles.

@@ -3,6 +3,7 @@
 #include "analysis/filterline.h"
 #include "analysis/recordingexporter.h"
 #include "analysis/recordingview.h"
+#include "analysis/replaybar.h"
 #include "device/language.h"
 
 #include <QFileInfo>
@@ -40,6 +41,7 @@ RecordingWindow *RecordingWindow::openFile(const QString &path, QWidget *parent,
 RecordingWindow::~RecordingWindow()
 {
     timer_->stop();
+    replay_->giveUp();
     exporter_->giveUp();
     model_->setFilter(nullptr);
 }
@@ -54,6 +56,7 @@ void RecordingWindow::look()
         tell(found ? QString() : text3("没有找到", "沒有找到", "Not found"));
     }
     exporter_->look();
+    replay_->look();
     const std::uint64_t total = model_->total();
     if (total != totalShown_) {
         const bool wasAtEnd = follow_->isChecked() && view_->isAtEnd();
@@ -263,15 +266,12 @@ void RecordingWindow::fillBookmarks()
 
 void RecordingWindow::exportRows(bool selected)
 {
-    const std::uint64_t total = model_->total();
-    if (total == 0)
+    if (model_->total() == 0)
         return;
     std::uint64_t first = 0;
     std::uint64_t end = index_->rows();
-    if (selected) {
-        first = model_->rowOf(std::min(view_->selectionBegin(), total - 1));
-        end = model_->rowOf(std::min(view_->selectionEnd() - 1, total - 1)) + 1;
-    }
+    if (selected)
+        std::tie(first, end) = selectedRows();
     exporter_->start(filter_.get(), first, end);
     look();
 }

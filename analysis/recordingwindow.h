@@ -5,10 +5,12 @@
 #include "analysis/analysiswindow.h"
 #include "analysis/recordingbookmarks.h"
 #include "analysis/recordingmodel.h"
+#include "analysis/replaybar.h"
 #include "traces/recordingsearch.h"
 
 #include <memory>
 
+class ComparisonWindow;
 class FilterLine;
 class QAction;
 class QBoxLayout;
@@ -23,6 +25,7 @@ class QTimer;
 class QToolButton;
 class RecordingExporter;
 class RecordingView;
+class SignalDatabases;
 
 class RecordingWindow : public AnalysisWindow
 {
@@ -34,14 +37,23 @@ public:
     ~RecordingWindow() override;
 
     const RecordingIndex &index() const { return *index_; }
+    // Compares it with another one, from the row that is selected here and the other's first row on; null with the
+    // reason in *error when that cannot be opened.
+    ComparisonWindow *compareWith(const QString &path, QString *error);
+
+signals:
+    void log(const QString &line); // for the operation log
 
 protected:
     void retranslate() override;
     QSize designSize() const override { return {1180, 640}; }
 
 private:
+    enum class Analysis { Statistics, Signals, Plot };
+
     RecordingWindow(std::unique_ptr<RecordingIndex> index, QWidget *parent);
     void makeTools(QBoxLayout *rows);
+    void makeAnalyses(QBoxLayout *tools);
     void makeLines(QBoxLayout *rows);
     void makeStatus(QBoxLayout *rows);
     void makeKeys();
@@ -60,6 +72,12 @@ private:
     void toggleBookmark();
     void fillBookmarks();
     void exportRows(bool selected);
+    void analyse(Analysis analysis, bool selected);
+    void chooseComparison();
+    std::pair<std::uint64_t, std::uint64_t> selectedRows() const; // the first, and the one behind the last
+    ReplayBar::Rows rowsToReplay(ReplayBar::Choice choice) const;
+    void findSignals();
+    void retranslateAnalyses();
     void copyRows(); // the selected ones
     void tell(const QString &message);
 
@@ -83,6 +101,14 @@ private:
     QToolButton *exportButton_;
     QAction *exportShown_;
     QAction *exportSelected_;
+    QToolButton *analyseButton_;
+    QAction *analyses_[2][3]; // of everything, of the selected rows; by Analysis
+    QAction *selectFromMarked_;
+    QAction *compareWith_;
+    QPushButton *replayButton_;
+    ReplayBar *replay_;
+    const std::shared_ptr<SignalDatabases> databases_;
+    std::shared_ptr<const SignalSource> signalNames_; // of the databases, once a filter has asked
     QAction *copySelected_;
     QLabel *filterLabel_;
     FilterLine *filterLine_;

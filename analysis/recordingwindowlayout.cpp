@@ -4,6 +4,7 @@
 #include "analysis/filterline.h"
 #include "analysis/recordingexporter.h"
 #include "analysis/recordingview.h"
+#include "analysis/signaldatabases.h"
 #include "device/language.h"
 
 #include <QFileInfo>
@@ -34,7 +35,10 @@ template <typename Widget> Widget *named(Widget *widget, const char *name)
 } // namespace
 
 RecordingWindow::RecordingWindow(std::unique_ptr<RecordingIndex> index, QWidget *parent)
-    : AnalysisWindow(QStringLiteral("recording"), parent), index_(std::move(index)), bookmarks_(index_->path())
+    : AnalysisWindow(QStringLiteral("recording"), parent),
+      index_(std::move(index)),
+      bookmarks_(index_->path()),
+      databases_(SignalDatabases::shared())
 {
     model_ = new RecordingModel(*index_, this);
     auto *bar = new QScrollBar(Qt::Vertical, this);
@@ -48,8 +52,10 @@ RecordingWindow::RecordingWindow(std::unique_ptr<RecordingIndex> index, QWidget 
     table->addWidget(view_);
     table->addWidget(bar);
     rows->addLayout(table, 1);
+    rows->addWidget(replay_);
     makeStatus(rows);
     makeKeys();
+    findSignals();
     connect(exporter_, &RecordingExporter::told, this, &RecordingWindow::tell);
     connect(view_, &RecordingView::currentChangedTo, this, [this] { status_->setText(stateText()); });
     model_->setBookmarks(bookmarks_.rows());
@@ -96,6 +102,7 @@ void RecordingWindow::makeTools(QBoxLayout *rows)
     tools->addStretch(1);
     tools->addWidget(bookmarkButton_);
     tools->addWidget(exportButton_);
+    makeAnalyses(tools);
     rows->addLayout(tools);
 
     connect(times_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &RecordingWindow::setTimes);
@@ -212,6 +219,7 @@ void RecordingWindow::retranslate()
     previous_->setToolTip(QStringLiteral("Shift+F3"));
     next_->setToolTip(QStringLiteral("F3"));
     cancel_->setText(text3("取消", "取消", "Cancel"));
+    retranslateAnalyses();
     view_->fitColumns();
     model_->refresh();
     emit model_->headerDataChanged(Qt::Horizontal, 0, FrameColumnCount - 1);

@@ -1,6 +1,6 @@
 #include "analysis/supervision.h"
 
-#include "analysis/signalhub.h"
+#include "analysis/signaldatabases.h"
 #include "analysis/statisticstexts.h"
 #include "device/language.h"
 #include "statistics/databasebaseline.h"
@@ -121,20 +121,15 @@ void Supervision::learn()
 
 void Supervision::useDatabases()
 {
-    // The signal windows' databases belong to the main window, whichever window this one was opened from.
-    const QObject *top = this;
-    while (top->parent())
-        top = top->parent();
-    auto *hub = top->findChild<SignalHub *>();
-    if (hub)
-        hub->start();
+    const std::shared_ptr<SignalDatabases> databases = SignalDatabases::shared();
+    databases->start();
     StatisticsSnapshot shown;
     statistics_.snapshot(&shown);
     std::vector<unsigned> channels; // that carry anything
     for (const auto &[number, channel] : shown.channels)
         if (channel.hasTime())
             channels.push_back(number);
-    Baseline baseline = hub ? databaseBaseline(hub->databases(), channels) : Baseline();
+    Baseline baseline = databaseBaseline(databases->entries(), channels);
     if (baseline.messages.empty()) {
         emit log(text3("监视：没有报文可用——请先加载信号数据库（分析 → 信号），且通道上要有数据",
                        "監視：沒有報文可用——請先載入訊號資料庫（分析 → 訊號），且通道上要有資料",

@@ -20,6 +20,7 @@ AnalysisMenu::AnalysisMenu(QMenu *menu, QWidget *window)
     add("actionOpenRecording", "Ctrl+Shift+O", "打开记录(&O)…", "開啟記錄(&O)…", "&Open recording…",
         [this] { recordings_->choose(); });
     add("actionRecord", "Ctrl+R", "记录(&R)…", "記錄(&R)…", "&Record…", [this] { open<RecordWindow>(); });
+    connect(recordings_, &RecordingOpener::log, this, &AnalysisMenu::log);
     SignalWindows *values = values_ = new SignalWindows(window);
     connect(values, &SignalWindows::log, this, &AnalysisMenu::log);
     add("actionSignals", "Ctrl+G", "信号(&G)", "訊號(&G)", "Si&gnals", [values] { values->openSignals(); });

@@ -52,7 +52,8 @@ void RecordingOpener::choose()
 void RecordingOpener::open(const QString &path)
 {
     QString error;
-    if (RecordingWindow::openFile(path, window_, &error)) {
+    if (const RecordingWindow *shown = RecordingWindow::openFile(path, window_, &error)) {
+        connect(shown, &RecordingWindow::log, this, &RecordingOpener::log);
         QSettings().setValue(QLatin1String(kFolderKey), QFileInfo(path).absolutePath());
         return;
     }

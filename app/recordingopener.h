@@ -18,6 +18,9 @@ public:
     // Tells in a box why it cannot be opened.
     void open(const QString &path);
 
+signals:
+    void log(const QString &line); // of the windows, for the operation log
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 

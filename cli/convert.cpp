@@ -113,7 +113,7 @@ void readPlan(Arguments &arguments, ConversionPlan *plan)
         if (!plan->start)
             arguments.wrongValue("start", QStringLiteral("is no time"));
     }
-    plan->selection.read(arguments, plan->databases.isEmpty() ? nullptr : &plan->databases);
+    plan->selection.read(arguments, plan->databases.signalSource());
     if (arguments.isSet("signals")) {
         plan->columns.choose(arguments, arguments.text("signals"), plan->databases);
         if (plan->format != TraceFormat::Csv)

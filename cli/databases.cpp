@@ -20,7 +20,7 @@ void Databases::load(Arguments &arguments)
     addAll("dbc2", DatabaseChannels::Second);
     addAll("dbc", DatabaseChannels::Both);
     lookup_ = set_.lookup();
-    indexSignals();
+    signalSource_ = SignalNames::of(set_);
 }
 
 void Databases::add(Arguments &arguments, const QString &path, DatabaseChannels channels)
@@ -34,53 +34,4 @@ void Databases::add(Arguments &arguments, const QString &path, DatabaseChannels 
     }
     for (const DbcProblem &problem : outcome.problems)
         tell(path + QStringLiteral(": ") + problemText(problem));
-}
-
-void Databases::indexSignals()
-{
-    const auto note = [this](const QString &name, const MessageDefinition *message, int place) {
-        int number = numbers_.value(name, -1);
-        if (number < 0) {
-            number = static_cast<int>(named_.size());
-            numbers_.insert(name, number);
-            named_.emplace_back();
-        }
-        auto &places = named_[static_cast<std::size_t>(number)].places;
-        if (!places.contains(message))
-            places.insert(message, place);
-    };
-    for (const DatabaseSet::Entry &entry : set_.entries()) {
-        for (const MessageDefinition &message : entry.database->content.messages) {
-            for (int place = 0; place < message.signalList.size(); ++place) {
-                const QString &name = message.signalList[place].name;
-                note(message.name + QLatin1Char('.') + name, &message, place);
-                note(name, &message, place);
-            }
-        }
-    }
-}
-
-int Databases::signalNumber(const QString &name) const
-{
-    return numbers_.value(name, -1);
-}
-
-std::optional<double> Databases::signalValue(int number, const RawFrame &frame) const
-{
-    const KnownMessage *message = lookup_->find(frame);
-    if (!message)
-        return std::nullopt;
-    const int place = named_[static_cast<std::size_t>(number)].places.value(message->definition, -1);
-    if (place < 0)
-        return std::nullopt;
-    thread_local std::vector<SignalValue> values;
-    values.resize(static_cast<std::size_t>(message->decoder.signalCount()));
-    message->decoder.decode(frame, values.data());
-    const SignalValue &value = values[static_cast<std::size_t>(place)];
-    return value.state == SignalState::Valid ? std::optional<double>(value.physical) : std::nullopt;
-}
-
-QStringList Databases::signalNames() const
-{
-    return numbers_.keys();
 }

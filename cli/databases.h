@@ -1,12 +1,11 @@
 // The signal databases that a command line names: for filters, names and values.
 #pragma once
 
-#include "signals/databaseset.h"
-#include "traces/framefilter.h"
+#include "signals/signalnames.h"
 
 class Arguments;
 
-class Databases : public SignalSource
+class Databases
 {
 public:
     static void addOptions(Arguments &arguments);
@@ -17,20 +16,13 @@ public:
     const std::vector<DatabaseSet::Entry> &entries() const { return set_.entries(); }
     const MessageLookup &lookup() const { return *lookup_; }
 
-    int signalNumber(const QString &name) const override;
-    std::optional<double> signalValue(int number, const RawFrame &frame) const override;
-    QStringList signalNames() const override;
+    // For filters; null when there are no databases.
+    const std::shared_ptr<const SignalSource> &signalSource() const { return signalSource_; }
 
 private:
     void add(Arguments &arguments, const QString &path, DatabaseChannels channels);
-    void indexSignals();
 
     DatabaseSet set_;
     std::shared_ptr<const MessageLookup> lookup_ = std::make_shared<MessageLookup>();
-    // Where the signals of a name are: their places in the messages that have one.
-    struct NamedSignal {
-        QHash<const MessageDefinition *, int> places;
-    };
-    QHash<QString, int> numbers_;
-    std::vector<NamedSignal> named_;
+    std::shared_ptr<const SignalSource> signalSource_;
 };

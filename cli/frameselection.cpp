@@ -29,7 +29,7 @@ void FrameSelection::addOptions(Arguments &arguments)
 }
 
 void FrameSelection::add(Arguments &arguments, const char *option, const QString &condition, int prefix,
-                         const SignalSource *signalSource)
+                         const std::shared_ptr<const SignalSource> &signalSource)
 {
     FilterError error;
     const auto filter = FrameFilter::parse(condition, &error, signalSource);
@@ -42,7 +42,7 @@ void FrameSelection::add(Arguments &arguments, const char *option, const QString
                         error.message);
 }
 
-void FrameSelection::read(Arguments &arguments, const SignalSource *signalSource)
+void FrameSelection::read(Arguments &arguments, const std::shared_ptr<const SignalSource> &signalSource)
 {
     const QLatin1String id("id ");
     const QLatin1String channel("channel ");

@@ -9,8 +9,8 @@ class FrameSelection
 {
 public:
     static void addOptions(Arguments &arguments);
-    // signalSource: outlives the selection; null: the filter's condition "signal" is an error.
-    void read(Arguments &arguments, const SignalSource *signalSource);
+    // signalSource: null: the filter's condition "signal" is an error.
+    void read(Arguments &arguments, const std::shared_ptr<const SignalSource> &signalSource);
 
     bool isEverything() const { return filters_.empty(); }
     bool matches(const RawFrame &frame) const;
@@ -19,7 +19,7 @@ public:
 
 private:
     void add(Arguments &arguments, const char *option, const QString &condition, int prefix,
-             const SignalSource *signalSource = nullptr);
+             const std::shared_ptr<const SignalSource> &signalSource = nullptr);
 
     std::vector<FrameFilter> filters_; // all of them must match
 };

@@ -104,17 +104,7 @@ bool LiveSender::waitUntil(Clock::time_point due)
 
 void LiveSender::send(unsigned channel, const RawFrame &frame)
 {
-    switch (sendRaw(channel, frame, TransmitType::Normal)) {
-    case SendResult::Taken:
-        ++sent_;
-        break;
-    case SendResult::Refused:
-        ++refused_;
-        break;
-    case SendResult::Unsendable:
-        ++unsendable_;
-        break;
-    }
+    counts_.count(sendRaw(channel, frame, TransmitType::Normal));
 }
 
 bool LiveSender::close()
@@ -126,12 +116,12 @@ bool LiveSender::close()
     }
     adapter_.close();
     const bool recorded = !recording_ || recording_->end();
-    tell(QStringLiteral("%1 frames sent").arg(sent_));
-    if (refused_ > 0)
+    tell(QStringLiteral("%1 frames sent").arg(counts_.sent));
+    if (counts_.refused > 0)
         tell(QStringLiteral("%1 frames were not taken (listen-only, nobody acknowledges, or the channel is not open)")
-                 .arg(refused_));
-    if (unsendable_ > 0)
+                 .arg(counts_.refused));
+    if (counts_.unsendable > 0)
         tell(QStringLiteral("%1 frames cannot be sent: error frames, or of no valid length or identifier")
-                 .arg(unsendable_));
-    return recorded && refused_ == 0 && unsendable_ == 0 && adapter_.lost() == 0 && !adapter_.gone();
+                 .arg(counts_.unsendable));
+    return recorded && counts_.refused == 0 && counts_.unsendable == 0 && adapter_.lost() == 0 && !adapter_.gone();
 }

@@ -4,8 +4,8 @@
 #include "cli/liveadapter.h"
 #include "cli/recordtarget.h"
 #include "frames/finetimers.h"
-#include "frames/framesender.h"
 #include "frames/livesource.h"
+#include "frames/replay.h"
 
 #include <chrono>
 #include <optional>
@@ -32,20 +32,20 @@ public:
     bool waitUntil(Clock::time_point due);
     // channel: 0-based. Waits as long as the driver does; what is not taken is counted.
     void send(unsigned channel, const RawFrame &frame);
-    // A frame for which there is no channel.
-    void countRefused() { ++refused_; }
+    // The same for a frame that was sent another way.
+    void count(SendResult result) { counts_.count(result); }
     // What another sender has sent through this adapter.
     void addCounts(std::uint64_t sent, std::uint64_t refused)
     {
-        sent_ += sent;
-        refused_ += refused;
+        counts_.sent += sent;
+        counts_.refused += refused;
     }
     // Whether sending makes sense any more: not after an interrupt, nor without the adapter.
     bool goesOn();
     // Lets what was sent last reach the bus, closes and tells the counts; false when anything was lost or refused.
     bool close();
 
-    std::uint64_t sent() const { return sent_; }
+    std::uint64_t sent() const { return counts_.sent; }
 
 private:
     class Recording;
@@ -56,7 +56,5 @@ private:
     std::optional<RecorderSettings> recordSettings_;
     std::chrono::milliseconds linger_{0};
     Clock::time_point nextPoll_{};
-    std::uint64_t sent_ = 0;
-    std::uint64_t refused_ = 0;
-    std::uint64_t unsendable_ = 0;
+    SendCounts counts_;
 };

@@ -39,7 +39,7 @@ int runRecord(const QStringList &words)
     Databases databases;
     databases.load(arguments);
     FrameSelection selection;
-    selection.read(arguments, databases.isEmpty() ? nullptr : &databases);
+    selection.read(arguments, databases.signalSource());
     if (!arguments.fine())
         return arguments.exitCode();
 

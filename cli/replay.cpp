@@ -1,3 +1,4 @@
+#include "frames/replay.h"
 #include "cli/arguments.h"
 #include "cli/commands.h"
 #include "cli/databases.h"
@@ -9,15 +10,10 @@
 #include "cli/progress.h"
 #include "cli/traceinput.h"
 
-#include <algorithm>
-#include <map>
-#include <utility>
-
 namespace
 {
 
 constexpr int kBatch = 256;
-constexpr double kLargestSpeed = 1e6;
 constexpr double kLongestIntervalMs = 86'400'000;
 constexpr qint64 kMostRepeats = 1'000'000'000;
 constexpr std::chrono::minutes kLongWait{1};
@@ -26,66 +22,18 @@ struct ReplayPlan {
     QStringList inputs;
     std::optional<TraceFormat> inputFormat;
     FrameSelection selection;
-    std::map<unsigned, unsigned> channels; // of the recording to the adapter's, both from 1; others stay as they are
+    ReplayChannels channels;
     double speed = 1;
     std::optional<double> intervalMs;
     qint64 repeats = 1; // 0: without end
 };
 
-// When each frame is due: at its recorded time after the pass's first one, or one interval after the frame before.
-// Absolute, so that what sending costs does not add up.
-class ReplayClock
-{
-public:
-    using Clock = LiveSender::Clock;
-
-    ReplayClock(double speed, std::optional<double> intervalMs) : speed_(speed), intervalMs_(intervalMs) {}
-
-    // The frames that follow begin anew, behind what was due last.
-    void beginPass() { first_.reset(); }
-
-    Clock::time_point due(const RawFrame &frame)
-    {
-        if (!begun_)
-            last_ = Clock::now();
-        const bool isFirst = !std::exchange(begun_, true);
-        if (intervalMs_)
-            return last_ = isFirst ? last_ : last_ + clockTime(*intervalMs_ / 1e3);
-        if (!first_) {
-            first_ = frame.time;
-            begin_ = last_;
-        }
-        const auto moment = begin_ + clockTime(static_cast<double>(frame.time - *first_) / 1e9 / speed_);
-        last_ = std::max(last_, moment);
-        return moment;
-    }
-
-private:
-    static Clock::duration clockTime(double seconds)
-    {
-        return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
-    }
-
-    const double speed_;
-    const std::optional<double> intervalMs_;
-    Clock::time_point begin_{}; // of the pass
-    Clock::time_point last_{};  // due so far
-    std::optional<std::int64_t> first_;
-    bool begun_ = false;
-};
-
 void readChannelMap(Arguments &arguments, ReplayPlan *plan)
 {
-    const QString text = arguments.text("map");
-    for (const QString &pair : text.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
-        bool fromIsNumber = false;
-        bool toIsNumber = false;
-        const uint from = pair.section(QLatin1Char('='), 0, 0).toUInt(&fromIsNumber);
-        const uint to = pair.section(QLatin1Char('='), 1).toUInt(&toIsNumber);
-        if (!fromIsNumber || !toIsNumber || from < 1 || to < 1 || to > kChannelCount)
-            arguments.wrongValue("map", QStringLiteral("is no mapping such as 1=2,2=1"));
-        plan->channels[from] = to;
-    }
+    if (const auto channels = replayChannelsFromText(arguments.text("map")))
+        plan->channels = *channels;
+    else
+        arguments.wrongValue("map", QStringLiteral("is no mapping such as 1=2,2=1"));
 }
 
 void readPlan(Arguments &arguments, const Databases &databases, ReplayPlan *plan)
@@ -94,7 +42,7 @@ void readPlan(Arguments &arguments, const Databases &databases, ReplayPlan *plan
     if (plan->inputs.isEmpty())
         arguments.wrong(QStringLiteral("there is no input"));
     plan->inputFormat = inputFormat(arguments);
-    plan->speed = arguments.number("speed", 1 / kLargestSpeed, kLargestSpeed).value_or(1);
+    plan->speed = arguments.number("speed", 1 / kLargestReplaySpeed, kLargestReplaySpeed).value_or(1);
     plan->intervalMs = arguments.number("interval", 0, kLongestIntervalMs);
     plan->repeats = arguments.integer("repeat", 0, kMostRepeats).value_or(1);
     if (plan->repeats != 1 && plan->inputs.contains(QStringLiteral("-")))
@@ -102,7 +50,7 @@ void readPlan(Arguments &arguments, const Databases &databases, ReplayPlan *plan
     if (plan->intervalMs && arguments.isSet("speed"))
         arguments.wrong(QStringLiteral("--speed and --interval exclude each other"));
     readChannelMap(arguments, plan);
-    plan->selection.read(arguments, databases.isEmpty() ? nullptr : &databases);
+    plan->selection.read(arguments, databases.signalSource());
 }
 
 class Replay
@@ -161,12 +109,7 @@ private:
         if (!sender_.waitUntil(due))
             return false;
         sentInPass_ = true;
-        const auto mapped = plan_.channels.find(frame.channel);
-        const unsigned channel = mapped == plan_.channels.end() ? frame.channel : mapped->second;
-        if (channel >= 1 && channel <= kChannelCount)
-            sender_.send(channel - 1, frame);
-        else
-            sender_.countRefused();
+        sender_.count(sendReplayed(frame, plan_.channels));
         return true;
     }
 

@@ -118,7 +118,7 @@ int runShow(const QStringList &words)
                      {},
                      arguments.isSet("json"),
                      arguments.integer("count", 1, INT64_MAX)};
-    shower.selection.read(arguments, databases.isEmpty() ? nullptr : &databases);
+    shower.selection.read(arguments, databases.signalSource());
     if (!arguments.fine())
         return arguments.exitCode();
 

@@ -249,7 +249,7 @@ int runStatistics(const QStringList &words)
             inputs.isEmpty() && setup.used[channel] ? ratesOf(setup.channel[channel]) : givenRates(arguments, channel);
     plan.databases.load(arguments);
     readBaseline(arguments, &plan);
-    plan.selection.read(arguments, plan.databases.isEmpty() ? nullptr : &plan.databases);
+    plan.selection.read(arguments, plan.databases.signalSource());
     if (!arguments.fine())
         return arguments.exitCode();
     return inputs.isEmpty() ? countLive(plan, setup, seconds) : countFiles(plan, inputs, jobs);

@@ -116,9 +116,9 @@ void TestFrameFilter::letsThrough()
 
     if (text == QLatin1String("not signal Engine.Speed != 253"))
         frames[4].data[0] = 253;
-    const FirstByte source;
+    const auto source = std::make_shared<const FirstByte>();
     FilterError error;
-    const auto filter = FrameFilter::parse(text, &error, &source);
+    const auto filter = FrameFilter::parse(text, &error, source);
     QVERIFY2(filter, qPrintable(error.message));
     QString passed;
     for (std::size_t i = 0; i < frames.size(); ++i) {
@@ -167,8 +167,8 @@ void TestFrameFilter::tellsWhereItIsWrong()
 
 void TestFrameFilter::completes()
 {
-    const FirstByte source;
-    const auto words = [&source](const QString &text) { return FrameFilter::completions(text, text.size(), &source); };
+    const auto source = std::make_shared<const FirstByte>();
+    const auto words = [&source](const QString &text) { return FrameFilter::completions(text, text.size(), source); };
     QVERIFY(words(QString()).contains(QStringLiteral("id")));
     QCOMPARE(words(QStringLiteral("rx a")), QStringList{QStringLiteral("and")});
     QCOMPARE(words(QStringLiteral("not re")), QStringList{QStringLiteral("remote")});

@@ -3,7 +3,7 @@
 #include "analysis/channelpanel.h"
 #include "analysis/identifiermodel.h"
 #include "analysis/liverecording.h"
-#include "analysis/signalhub.h"
+#include "analysis/signaldatabases.h"
 #include "analysis/statisticswindow.h"
 #include "analysis/supervision.h"
 #include "bench/trialscene.h"
@@ -123,7 +123,7 @@ private slots:
                            "BA_ \"GenMsgCycleTime\" BO_ 291 10;\nBA_ \"GenMsgCycleTime\" BO_ 512 50;\n"
                            "BA_ \"GenMsgCycleTime\" BO_ 2566848766 50;\nBA_ \"VFrameFormat\" BO_ "
                            "2566848766 3;\n");
-        scene.window->findChild<SignalHub *>()->add(scene.folder.path("cycles.dbc"), DatabaseChannels::Both);
+        SignalDatabases::shared()->add(scene.folder.path("cycles.dbc"), DatabaseChannels::Both);
         window->supervision().useDatabases();
         QCOMPARE(window->supervision().messages(), std::size_t(8)); // four, on both channels
         QTRY_VERIFY(window->hasReadAll());

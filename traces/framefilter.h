@@ -14,6 +14,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -40,12 +41,13 @@ class FrameFilter
 {
 public:
     FrameFilter() = default; // lets everything through
-    // Nothing, with *error filled, when the text is no filter. An empty text lets everything through. signals: kept by
-    // the filter, outlives it; without it the condition "signal" is an error.
+    // Nothing, with *error filled, when the text is no filter. An empty text lets everything through. signalSource:
+    // kept with the filter; without it the condition "signal" is an error.
     static std::optional<FrameFilter> parse(const QString &text, FilterError *error,
-                                            const SignalSource *signalSource = nullptr);
+                                            std::shared_ptr<const SignalSource> signalSource = nullptr);
     // The words that may stand at this place of the text, the one under way completed.
-    static QStringList completions(const QString &text, int position, const SignalSource *signalSource = nullptr);
+    static QStringList completions(const QString &text, int position,
+                                   std::shared_ptr<const SignalSource> signalSource = nullptr);
 
     bool matches(const RawFrame &frame) const { return nodes_.empty() || matches(root_, frame); }
     bool isEmpty() const { return nodes_.empty(); }
@@ -90,5 +92,5 @@ private:
     std::vector<Node> nodes_;
     std::vector<PatternByte> bytes_;
     int root_ = -1;
-    const SignalSource *signals_ = nullptr;
+    std::shared_ptr<const SignalSource> signals_;
 };

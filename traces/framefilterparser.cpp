@@ -7,6 +7,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace
 {
@@ -70,10 +71,10 @@ bool isPattern(const QString &text)
 
 } // namespace
 
-FrameFilterParser::FrameFilterParser(const QString &text, const SignalSource *signalSource)
-    : textLength_(text.size()), signals_(signalSource)
+FrameFilterParser::FrameFilterParser(const QString &text, std::shared_ptr<const SignalSource> signalSource)
+    : textLength_(text.size()), signals_(std::move(signalSource))
 {
-    filter_.signals_ = signalSource;
+    filter_.signals_ = signals_;
     tokenize(text);
 }
 
@@ -397,19 +398,21 @@ int FrameFilterParser::parseSignal()
     return fail(text3("此处应为 < <= = != >= >", "此處應為 < <= = != >= >", "one of < <= = != >= > is expected here"));
 }
 
-std::optional<FrameFilter> FrameFilter::parse(const QString &text, FilterError *error, const SignalSource *signalSource)
+std::optional<FrameFilter> FrameFilter::parse(const QString &text, FilterError *error,
+                                              std::shared_ptr<const SignalSource> signalSource)
 {
-    return FrameFilterParser(text, signalSource).parse(error);
+    return FrameFilterParser(text, std::move(signalSource)).parse(error);
 }
 
-QStringList FrameFilter::completions(const QString &text, int position, const SignalSource *signalSource)
+QStringList FrameFilter::completions(const QString &text, int position,
+                                     std::shared_ptr<const SignalSource> signalSource)
 {
     int begin = position;
     while (begin > 0 && isWordCharacter(text, begin - 1))
         --begin;
     const QString begun = text.mid(begin, position - begin);
     QStringList words;
-    for (const QString &word : FrameFilterParser(text.left(begin), signalSource).expected()) {
+    for (const QString &word : FrameFilterParser(text.left(begin), std::move(signalSource)).expected()) {
         if (word.startsWith(begun, Qt::CaseInsensitive))
             words.append(word);
     }

@@ -8,7 +8,7 @@
 class FrameFilterParser
 {
 public:
-    FrameFilterParser(const QString &text, const SignalSource *signalSource);
+    FrameFilterParser(const QString &text, std::shared_ptr<const SignalSource> signalSource);
 
     std::optional<FrameFilter> parse(FilterError *error);
     // What could stand where the text ends.
@@ -46,7 +46,7 @@ private:
     int failWord();
 
     const int textLength_;
-    const SignalSource *signals_;
+    std::shared_ptr<const SignalSource> signals_;
     QVector<Token> tokens_;
     int next_ = 0;
     int depth_ = 0;
