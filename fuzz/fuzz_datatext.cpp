@@ -1,6 +1,6 @@
 // The text of the data fields: normalising twice changes nothing more, and the bytes of the text stay the same.
-#include "dialogs/datatext.h"
 #include "fuzz/require.h"
+#include "transmit/datatext.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
