@@ -3,6 +3,7 @@
 #include "analysis/loadcurve.h"
 #include "analysis/plaincell.h"
 #include "analysis/statisticstexts.h"
+#include "device/driver/timeunits.h"
 #include "device/language.h"
 #include "widgets/accessibletexts.h"
 
@@ -15,12 +16,9 @@
 
 namespace
 {
-
 constexpr int kDigits = 7;                     // of a number, its margins included
 constexpr int kNameMargins = 4;                // of a row's name, in margins of the style
 constexpr std::uint16_t kLongestCounter = 888; // as wide as error counters get
-
-constexpr double kNanosecondsPerSecond = 1e9;
 
 enum class Span { LastSecond, Whole, WholeBySecond };
 

@@ -1,13 +1,13 @@
 #include "analysis/comparisonmodel.h"
 
 #include "analysis/statisticstexts.h"
+#include "device/driver/timeunits.h"
 #include "device/language.h"
 
 #include <algorithm>
 
 namespace
 {
-constexpr double kMillisecond = 1e6; // nanoseconds
 
 QString findingText(ComparisonModel::Finding finding)
 {
@@ -26,7 +26,7 @@ QString findingText(ComparisonModel::Finding finding)
 
 QString periodText(const ComparedSide &side)
 {
-    return side.period.count == 0 ? QString() : QString::number(side.period.mean / kMillisecond, 'f', 3);
+    return side.period.count == 0 ? QString() : QString::number(side.period.mean / kNanosecondsPerMillisecond, 'f', 3);
 }
 
 // Shortest and longest distance.
@@ -34,7 +34,9 @@ QString periodTip(const ComparedSide &side)
 {
     if (side.period.count == 0)
         return {};
-    const auto ms = [](std::int64_t time) { return QString::number(static_cast<double>(time) / kMillisecond, 'f', 3); };
+    const auto ms = [](std::int64_t time) {
+        return QString::number(static_cast<double>(time) / kNanosecondsPerMillisecond, 'f', 3);
+    };
     return text3("%1 至 %2 毫秒", "%1 至 %2 毫秒", "%1 to %2 ms").arg(ms(side.period.minimum), ms(side.period.maximum));
 }
 } // namespace

@@ -1,5 +1,7 @@
 #include "analysis/csvexport.h"
 
+#include "device/driver/timeunits.h"
+
 #include <QSaveFile>
 
 #include <cmath>
@@ -8,7 +10,6 @@
 namespace
 {
 constexpr int kTimeDecimals = 9;
-constexpr double kNsPerSecond = 1e9;
 constexpr int kValueDigits = 15;
 constexpr int kFlushBytes = 1 << 18;
 
@@ -63,7 +64,7 @@ bool CsvExport::write(QIODevice *file)
             }
         if (!any)
             return file->write(text) == text.size();
-        text += QByteArray::number(double(time) / kNsPerSecond, 'f', kTimeDecimals);
+        text += QByteArray::number(double(time) / kNanosecondsPerSecond, 'f', kTimeDecimals);
         for (std::size_t i = 0; i < columns_.size(); ++i) {
             text += ',';
             if (next[i] >= end[i] || columns_[i].points->at(next[i]).time != time)

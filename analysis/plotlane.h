@@ -2,6 +2,7 @@
 #pragma once
 
 #include "analysis/plotsignal.h"
+#include "device/driver/timeunits.h"
 
 #include <QVector>
 
@@ -20,11 +21,10 @@ struct LaneLook {
     double cursors[2] = {0, 0}; // seconds
 };
 
-constexpr double kNsPerSecond = 1e9;
 constexpr double kMostNs = 9.2e18; // that 64 bits hold
 inline std::int64_t toNanoseconds(double seconds)
 {
-    return std::int64_t(std::clamp(seconds * kNsPerSecond, -kMostNs, kMostNs));
+    return std::int64_t(std::clamp(seconds * kNanosecondsPerSecond, -kMostNs, kMostNs));
 }
 
 class PlotLane : public QwtPlot

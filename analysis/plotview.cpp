@@ -186,7 +186,7 @@ void PlotView::fit()
         last = qMax(last, signal->data.at(signal->data.size() - 1).time);
     }
     if (first < last)
-        setTimes(double(first) / kNsPerSecond, double(last) / kNsPerSecond);
+        setTimes(double(first) / kNanosecondsPerSecond, double(last) / kNanosecondsPerSecond);
     showAll();
 }
 

@@ -207,7 +207,7 @@ void PlotWindow::refresh()
 void PlotWindow::applyTimes()
 {
     const double span = view_->to() - view_->from();
-    const double now = double(hub_->store().now()) / kNsPerSecond;
+    const double now = double(hub_->store().now()) / kNanosecondsPerSecond;
     view_->setTimes(now - span, now);
 }
 
@@ -221,9 +221,10 @@ void PlotWindow::showWhole()
     for (const auto &signal : curves_)
         end = std::max(end, signal->reading->store().now());
     if (end > times->first)
-        view_->setTimes(double(times->first) / kNsPerSecond, double(end) / kNsPerSecond);
+        view_->setTimes(double(times->first) / kNanosecondsPerSecond, double(end) / kNanosecondsPerSecond);
     else
-        view_->setTimes(double(end) / kNsPerSecond - kMomentsSpan / 2, double(end) / kNsPerSecond + kMomentsSpan / 2);
+        view_->setTimes(double(end) / kNanosecondsPerSecond - kMomentsSpan / 2,
+                        double(end) / kNanosecondsPerSecond + kMomentsSpan / 2);
 }
 
 double PlotWindow::lookAtReading()

@@ -1,5 +1,6 @@
 #include "analysis/recordingmodel.h"
 
+#include "device/driver/timeunits.h"
 #include "frames/rawframetexts.h"
 #include "traces/columntitles.h"
 
@@ -12,14 +13,12 @@ namespace
 constexpr std::uint64_t kBlock = RecordingIndex::kBlockRows;
 constexpr int kKeptBlocks = 96;
 constexpr std::uint64_t kLookBackBlocks = 64; // for an identifier's row before; some 65,000 rows
-constexpr std::int64_t kMicrosecond = 1000;
-constexpr std::int64_t kMillisecond = 1000000;
-constexpr std::int64_t kSecond = 1000000000;
 
 QDateTime dateOf(std::int64_t utc)
 {
-    const std::int64_t rest = (utc % kMillisecond + kMillisecond) % kMillisecond;
-    return QDateTime::fromMSecsSinceEpoch((utc - rest) / kMillisecond);
+    const std::int64_t rest =
+        (utc % kNanosecondsPerMillisecond + kNanosecondsPerMillisecond) % kNanosecondsPerMillisecond;
+    return QDateTime::fromMSecsSinceEpoch((utc - rest) / kNanosecondsPerMillisecond);
 }
 } // namespace
 
@@ -27,15 +26,17 @@ QString recordingSeconds(std::int64_t nanoseconds)
 {
     const auto size =
         nanoseconds < 0 ? 0 - static_cast<std::uint64_t>(nanoseconds) : static_cast<std::uint64_t>(nanoseconds);
-    const std::uint64_t microseconds = size / kMicrosecond;
-    constexpr std::uint64_t unit = kSecond / kMicrosecond;
+    const std::uint64_t microseconds = size / kNanosecondsPerMicrosecond;
+    constexpr std::uint64_t unit = kNanosecondsPerSecond / kNanosecondsPerMicrosecond;
     return (nanoseconds < 0 ? QStringLiteral("-") : QString()) + QString::number(microseconds / unit) +
            QLatin1Char('.') + QString::number(microseconds % unit).rightJustified(6, QLatin1Char('0'));
 }
 
 QString recordingDate(std::int64_t utc)
 {
-    const std::int64_t microseconds = ((utc % kMillisecond + kMillisecond) % kMillisecond) / kMicrosecond;
+    const std::int64_t microseconds =
+        ((utc % kNanosecondsPerMillisecond + kNanosecondsPerMillisecond) % kNanosecondsPerMillisecond) /
+        kNanosecondsPerMicrosecond;
     return dateOf(utc).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz")) +
            QString::number(microseconds).rightJustified(3, QLatin1Char('0'));
 }

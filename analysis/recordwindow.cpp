@@ -3,6 +3,7 @@
 #include "analysis/liverecording.h"
 #include "analysis/triggeredit.h"
 #include "device/devicelayer.h"
+#include "device/driver/timeunits.h"
 #include "device/language.h"
 #include "frames/adapterclock.h"
 #include "traces/traceformats.h"
@@ -31,7 +32,6 @@ constexpr int kLookMs = 250;
 constexpr std::uint64_t kMegabyte = 1000000;
 constexpr int kSecondsPerMinute = 60;
 constexpr int kMsPerSecond = 1000;
-constexpr std::int64_t kNsPerMs = 1000000;
 constexpr int kLargestMegabytes = 100000;
 constexpr int kLargestMinutes = 7 * 24 * 60;
 constexpr int kMostFiles = 10000;
@@ -279,7 +279,7 @@ std::optional<RecorderSettings> RecordWindow::settings()
     settings.stop = *stop;
     settings.preTriggerFrames = beforeFrames_->value();
     settings.preTriggerMilliseconds = beforeSeconds_->value() * kMsPerSecond;
-    const std::int64_t now = QDateTime::currentMSecsSinceEpoch() * kNsPerMs;
+    const std::int64_t now = QDateTime::currentMSecsSinceEpoch() * kNanosecondsPerMillisecond;
     settings.options.startUtc = isDeviceOpen() ? now - adapterNow(0) : now;
     return settings;
 }

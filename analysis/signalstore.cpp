@@ -1,10 +1,11 @@
 #include "analysis/signalstore.h"
 
+#include "device/driver/timeunits.h"
+
 #include <algorithm>
 
 namespace
 {
-constexpr std::int64_t kSecond = 1'000'000'000;
 constexpr std::size_t kFramesPerLock = 512;                // a window that reads waits for no more
 constexpr std::size_t kMostWaiting = std::size_t(1) << 20; // points of one feed that nobody takes
 constexpr int kMostIds = 1 << 16;                          // unknown ones included
@@ -30,9 +31,9 @@ std::int64_t SignalStore::storeTime(std::int64_t adapterTime)
     if (!started_) {
         started_ = true;
         now_ = time;
-    } else if (time < now_ - kSecond) {
+    } else if (time < now_ - kNanosecondsPerSecond) {
         interruptCurves(now_);
-        offset_ = now_ + kSecond - adapterTime;
+        offset_ = now_ + kNanosecondsPerSecond - adapterTime;
         return now_ = adapterTime + offset_;
     }
     now_ = std::max(now_, time);

@@ -1,5 +1,6 @@
 #include "analysis/signaltreemodel.h"
 
+#include "device/driver/timeunits.h"
 #include "device/language.h"
 
 #include <QGuiApplication>
@@ -12,7 +13,6 @@ namespace
 {
 constexpr int kValueDigits = 9;
 constexpr int kTimeDecimals = 3;
-constexpr double kNsPerSecond = 1e9;
 
 // An index's internal id: 0 of a channel, else the channel and, of a signal, the message.
 constexpr quintptr kChannelBits = 2;
@@ -51,7 +51,7 @@ QString rawText(const SignalDefinition &signal, std::int64_t raw)
 
 QString changeText(std::int64_t nanoseconds)
 {
-    return QString::number(double(nanoseconds) / kNsPerSecond, 'f', kTimeDecimals);
+    return QString::number(double(nanoseconds) / kNanosecondsPerSecond, 'f', kTimeDecimals);
 }
 } // namespace
 

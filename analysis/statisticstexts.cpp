@@ -1,12 +1,10 @@
 #include "analysis/statisticstexts.h"
 
+#include "device/driver/timeunits.h"
 #include "device/language.h"
 
 namespace
 {
-
-constexpr double kNsPerMs = 1e6;
-constexpr double kNsPerSecond = 1e9;
 constexpr int kDecimals = 3;
 constexpr int kStandardDigits = 3;
 constexpr int kExtendedDigits = 8;
@@ -109,12 +107,12 @@ QString stateText(const ChannelState &state)
 
 QString millisecondsText(double nanoseconds)
 {
-    return QString::number(nanoseconds / kNsPerMs, 'f', kDecimals);
+    return QString::number(nanoseconds / kNanosecondsPerMillisecond, 'f', kDecimals);
 }
 
 QString secondsText(std::int64_t nanoseconds)
 {
-    return QString::number(static_cast<double>(nanoseconds) / kNsPerSecond, 'f', kDecimals);
+    return QString::number(static_cast<double>(nanoseconds) / kNanosecondsPerSecond, 'f', kDecimals);
 }
 
 QString violationName(Violation::Kind kind)

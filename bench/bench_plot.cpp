@@ -43,7 +43,7 @@ void plotRepaint(benchmark::State &state)
     view.show();
     view.fit();
     QCoreApplication::processEvents();
-    const double whole = double(kPoints) * double(kStep) / kNsPerSecond;
+    const double whole = double(kPoints) * double(kStep) / kNanosecondsPerSecond;
     int round = 0;
     for (auto _ : state) {
         const double span = whole / (1 + round++ % 8);

@@ -2,13 +2,13 @@
 
 #include "cli/databases.h"
 #include "cli/valuetexts.h"
+#include "device/driver/timeunits.h"
 
 #include <algorithm>
 
 namespace
 {
 
-constexpr double kNanosecondsPerMillisecond = 1e6;
 constexpr const char *kKindNames[kFrameKinds] = {"standard", "extended", "fd", "fd_brs", "remote", "error"};
 
 QString messageName(const IdentifierKey &key, const Databases &databases)

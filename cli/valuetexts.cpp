@@ -1,5 +1,6 @@
 #include "cli/valuetexts.h"
 
+#include "device/driver/timeunits.h"
 #include "traces/textput.h"
 
 #include <QDateTime>
@@ -11,7 +12,6 @@ namespace
 {
 
 constexpr std::uint32_t kLargestIdentifier = 0x1FFFFFFF;
-constexpr std::int64_t kNanosecondsPerMillisecond = 1'000'000;
 constexpr double kLatestSeconds = 9e9; // whose nanoseconds fit 64 bits
 constexpr int kMostDecimals = 9;
 

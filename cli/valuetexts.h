@@ -1,13 +1,13 @@
 // Values as words of a command line and as texts of its output.
 #pragma once
 
+#include "device/driver/timeunits.h"
+
 #include <QString>
 
 #include <cstdint>
 #include <optional>
 #include <string>
-
-constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 
 // "4096", "100k", "20M", "2G" as bytes; steps of 1024.
 std::optional<std::uint64_t> bytesFromText(const QString &text);

@@ -1,5 +1,6 @@
 #include "dialogs/datadlg.h"
 
+#include "device/driver/numbertext.h"
 #include "ui_datadlg.h"
 
 #include <QColor>
@@ -11,7 +12,6 @@ namespace
 {
 enum ByteColumn { HexColumn, DecimalColumn, FirstBitColumn, LastBitColumn = FirstBitColumn + 7 };
 
-constexpr int kHexBase = 16;
 constexpr int kDecimalBase = 10;
 const QColor kBitColour(128, 128, 255);
 const QColor kSetBitText(Qt::white);

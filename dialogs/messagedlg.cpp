@@ -1,5 +1,6 @@
 #include "dialogs/messagedlg.h"
 
+#include "device/driver/numbertext.h"
 #include "device/language.h"
 #include "transmit/signalfields.h"
 
@@ -18,7 +19,6 @@ enum Column { Name, Id, Length, CycleTime, Senders, File, Comment, ColumnCount }
 enum Role { FileIndexRole = Qt::UserRole, MessageIndexRole };
 constexpr QSize kDesignSize(760, 420);
 constexpr int kWidestChars = 32; // average characters of a column
-constexpr int kHexBase = 16;
 constexpr int kStandardDigits = 3;
 constexpr int kExtendedDigits = 8;
 

@@ -1,6 +1,7 @@
 #include "frames/adapterclock.h"
 
 #include "device/devicelayer.h"
+#include "device/driver/timeunits.h"
 
 #include <algorithm>
 #include <chrono>
@@ -10,7 +11,6 @@ namespace
 {
 
 constexpr std::int64_t kWindowNs = 10'000'000'000;
-constexpr std::int64_t kNsPerMicrosecond = 1000;
 
 AdapterClock &clockOf(unsigned channel)
 {
@@ -49,9 +49,9 @@ bool AdapterClock::isKnown(std::int64_t opening) const
 std::int64_t nanoseconds(std::uint64_t microseconds)
 {
     constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
-    return microseconds > std::uint64_t(largest / kNsPerMicrosecond)
+    return microseconds > std::uint64_t(largest / kNanosecondsPerMicrosecond)
                ? largest
-               : static_cast<std::int64_t>(microseconds) * kNsPerMicrosecond;
+               : static_cast<std::int64_t>(microseconds) * kNanosecondsPerMicrosecond;
 }
 
 void noteAdapterTime(unsigned channel, std::uint64_t microseconds)

@@ -9,7 +9,7 @@
 namespace
 {
 
-constexpr int kChunk = 256 * 1024;
+constexpr int kBytesAtATime = 256 * 1024;
 constexpr char kMark[] = "\xEF\xBB\xBF";
 constexpr int kMarkSize = 3;
 
@@ -47,7 +47,7 @@ bool CsvReader::open(const QString &path)
     file_.setFileName(path);
     if (!file_.open(QIODevice::ReadOnly))
         return false;
-    buffer_.resize(kChunk);
+    buffer_.resize(kBytesAtATime);
     return rewind();
 }
 

@@ -3,6 +3,7 @@
 #include "device/devicelayer.h"
 #include "frames/finetimers.h"
 #include "frames/pendingframes.h"
+#include "traces/tracereader.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,7 +11,6 @@
 namespace
 {
 
-constexpr std::size_t kChunk = 512; // frames
 constexpr std::chrono::milliseconds kChannelLook{100};
 
 bool anyChannelOpen()
@@ -123,7 +123,7 @@ bool RecordingReplay::fetch(Lock &lock)
     bool readable = true;
     for (; !found && row < plan_.end && !stop_.isSet(); row += !found) {
         if (row < chunkFirst_ || row >= chunkFirst_ + chunk_.size()) {
-            chunk_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kChunk, plan_.end - row)));
+            chunk_.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kFramesAtATime, plan_.end - row)));
             const int got = rows_.read(row, static_cast<int>(chunk_.size()), chunk_.data());
             chunk_.resize(static_cast<std::size_t>(got));
             chunkFirst_ = row;

@@ -1,10 +1,11 @@
 #include "frames/recordingsource.h"
 
+#include "traces/tracereader.h"
+
 #include <algorithm>
 
 namespace
 {
-constexpr int kChunk = 512; // frames
 constexpr std::int64_t kIntervalNs = std::chrono::nanoseconds(LiveSource::kInterval).count();
 } // namespace
 
@@ -24,11 +25,11 @@ RecordingSource::~RecordingSource()
 void RecordingSource::run()
 {
     RecordingRows rows(index_);
-    RawFrame frames[kChunk];
+    RawFrame frames[kFramesAtATime];
     std::optional<std::int64_t> interval; // its end
     auto wall = std::chrono::steady_clock::now() + LiveSource::kInterval;
     for (std::uint64_t row = first_; row < end_ && !stop_;) {
-        const int count = rows.read(row, static_cast<int>(std::min<std::uint64_t>(kChunk, end_ - row)), frames);
+        const int count = rows.read(row, static_cast<int>(std::min<std::uint64_t>(kFramesAtATime, end_ - row)), frames);
         if (count == 0)
             break; // the file is no longer what it was
         for (int begin = 0, i = 0; i <= count; ++i) {

@@ -1,10 +1,11 @@
 #include "frames/rowclock.h"
 
+#include "device/driver/timeunits.h"
+
 #include <atomic>
 
 namespace
 {
-constexpr quint64 kDayMs = 86400000;
 std::atomic<quint64> previousRowTime{0}; // milliseconds since the first row's midnight, 0 = none
 } // namespace
 
@@ -18,7 +19,7 @@ RowClock::Clock::time_point RowClock::nextDue(quint64 timeOfDay)
     const quint64 previous = previousRowTime;
     quint64 time = timeOfDay;
     if (time < previous)
-        time += (previous - time + kDayMs - 1) / kDayMs * kDayMs;
+        time += (previous - time + kMillisecondsPerDay - 1) / kMillisecondsPerDay * kMillisecondsPerDay;
     previousRowTime = time;
     if (previous == 0 || time < firstTime_) {
         firstTime_ = time;

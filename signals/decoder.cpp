@@ -9,8 +9,6 @@ namespace
 {
 
 constexpr unsigned kWordBytes = 8;
-constexpr unsigned kWordBits = 64;
-constexpr unsigned kByteBits = 8;
 constexpr std::uint8_t kNeverThere = kRawDataBytes + 1;
 
 double floatOf(std::uint32_t bits)

@@ -6,6 +6,9 @@
 
 #include <vector>
 
+constexpr unsigned kByteBits = 8;
+constexpr unsigned kWordBits = 64; // of the words that values are taken from
+
 enum class SignalState : std::uint8_t {
     Valid,
     NotSelected, // its multiplexer has another value, or is not valid itself

@@ -12,9 +12,6 @@
 namespace
 {
 
-constexpr unsigned kByteBits = 8;
-constexpr unsigned kWordBits = 64;
-
 // Bit after bit, as the format is defined: what the decoder does with words is checked against it.
 void writeBits(const SignalDefinition &signal, std::uint64_t raw, std::uint8_t *payload)
 {

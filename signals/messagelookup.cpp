@@ -3,7 +3,7 @@
 namespace
 {
 
-constexpr std::uint32_t kExtendedKey = 0x80000000;
+constexpr std::uint32_t kExtendedBit = 0x80000000;
 constexpr unsigned kSourceBits = 8;
 constexpr std::uint32_t kGroupMask = 0x3FFFF; // both data pages, PDU format, PDU specific
 constexpr std::uint32_t kDestinationMask = 0xFF;
@@ -11,7 +11,7 @@ constexpr std::uint32_t kFirstBroadcastFormat = 240;
 
 std::uint32_t keyOf(std::uint32_t id, bool extended)
 {
-    return extended ? id | kExtendedKey : id;
+    return extended ? id | kExtendedBit : id;
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "statistics/baseline.h"
 
+#include "device/driver/timeunits.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -13,7 +15,6 @@ namespace
 constexpr int kVersion = 1;
 constexpr std::uint64_t kPeriodicFrom = 5; // frames
 constexpr double kPeriodicDeviation = 0.5; // of the mean
-constexpr double kNanosecondsPerMillisecond = 1e6;
 constexpr double kLongestMilliseconds = 1e12;
 constexpr std::uint32_t kMaxStandardId = 0x7FF;
 constexpr std::uint32_t kMaxExtendedId = 0x1FFFFFFF;

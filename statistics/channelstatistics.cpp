@@ -2,13 +2,12 @@
 
 #include "device/driver/busevent.h"
 #include "device/driver/framelength.h"
+#include "device/driver/timeunits.h"
 
 #include <algorithm>
 
 namespace
 {
-
-constexpr std::uint64_t kNanosecondsPerSecond = 1000000000;
 
 std::uint64_t timeOnWire(const RawFrame &frame, const BusRates &rates)
 {

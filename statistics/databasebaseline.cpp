@@ -1,11 +1,11 @@
 #include "statistics/databasebaseline.h"
 
+#include "device/driver/timeunits.h"
+
 #include <unordered_set>
 
 namespace
 {
-
-constexpr std::int64_t kNanosecondsPerMs = 1'000'000;
 
 bool isFor(DatabaseChannels channels, unsigned channel)
 {
@@ -32,7 +32,7 @@ Baseline databaseBaseline(const std::vector<DatabaseSet::Entry> &databases, cons
                 message.key.extended = definition.extended;
                 if (!known.insert(message.key.packed()).second)
                     continue;
-                message.minimum = message.maximum = definition.cycleTimeMs * kNanosecondsPerMs;
+                message.minimum = message.maximum = definition.cycleTimeMs * kNanosecondsPerMillisecond;
                 message.mean = static_cast<double>(message.minimum);
                 message.optional = definition.cycleTimeMs == 0;
                 message.group = definition.j1939;

@@ -1,13 +1,13 @@
 #include "statistics/recordingcomparison.h"
 
+#include "traces/tracereader.h"
+
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
 namespace
 {
-
-constexpr int kChunk = 512; // frames
 
 bool sameData(const RawFrame &a, const RawFrame &b)
 {
@@ -20,7 +20,7 @@ RecordingComparison::RecordingComparison(Side left, Side right, bool sameChannel
     : sides_{std::move(left), std::move(right)},
       ends_{sides_[0].index->rows(), sides_[1].index->rows()},
       sameChannels_(sameChannels),
-      mostWaiting_(std::max<std::size_t>(mostWaiting, 2 * kChunk))
+      mostWaiting_(std::max<std::size_t>(mostWaiting, 2 * kFramesAtATime))
 {
     thread_ = std::thread(&RecordingComparison::run, this);
 }
@@ -79,11 +79,11 @@ void RecordingComparison::readRound(bool first)
         const std::lock_guard<std::mutex> lock(guard_);
         state_.total += ended_[side] ? 0 : ends_[side] - at[side];
     }
-    std::vector<RawFrame> frames(kChunk);
+    std::vector<RawFrame> frames(kFramesAtATime);
     while (!stop_ && !(ended_[0] && ended_[1])) {
         const int behind = waiting_[1] < waiting_[0] ? 1 : 0;
         const int side = ended_[behind] ? 1 - behind : behind;
-        const int wanted = static_cast<int>(std::min<std::uint64_t>(kChunk, ends_[side] - at[side]));
+        const int wanted = static_cast<int>(std::min<std::uint64_t>(kFramesAtATime, ends_[side] - at[side]));
         const int got = rows[side].read(at[side], wanted, frames.data());
         for (int i = 0; i < got; ++i)
             take(side, at[side] + static_cast<std::uint64_t>(i), frames[static_cast<std::size_t>(i)], first);

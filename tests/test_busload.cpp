@@ -20,6 +20,7 @@ namespace
 {
 
 constexpr double kTolerance = 0.001;
+constexpr double kMoments = 0.005; // of a second's load: frames lie across its ends, clocks of a loaded machine jump
 constexpr BusRates kRates{1'000'000, 5'000'000};
 constexpr std::uint32_t kBaseIds = 0x600;
 constexpr std::uint32_t kLastId = 0x6FF;      // what each channel sends last
@@ -170,7 +171,7 @@ private slots:
             QTRY_VERIFY2(traffic.error(channel) < kTolerance, qPrintable(QString::number(traffic.error(channel))));
             qInfo("channel %u: the bus %.3f ms, the statistics %.3f ms", channel + 1,
                   double(traffic.adapter->carriedTime()) / 1e6, double(traffic.of(channel).busyTime()) / 1e6);
-            if (vehicle == Vehicle::Flood)
+            if (vehicle != Vehicle::Off)
                 break; // channel 2 was deaf before the vehicle was silent
         }
     }
@@ -184,7 +185,7 @@ private slots:
         Traffic traffic(options);
         QTRY_VERIFY(traffic.heard(1, options.flood.back().id & kIdMask));
         traffic.statistics.clear();
-        const auto whole = [](std::optional<double> load) { return load && std::abs(*load - 1) < kTolerance; };
+        const auto whole = [](std::optional<double> load) { return load && std::abs(*load - 1) < kMoments; };
         for (const unsigned channel : {0U, 1U, 0U, 1U, 0U, 1U}) {
             QTest::qWait(500);
             QTRY_VERIFY(whole(traffic.of(channel).loadNow()));

@@ -1,3 +1,4 @@
+#include "device/driver/timeunits.h"
 #include "traces/asctrace.h"
 #include "traces/textscan.h"
 
@@ -10,8 +11,6 @@
 
 namespace
 {
-
-constexpr std::int64_t kMillisecond = 1000000; // nanoseconds
 
 // 1..12; 0 for what is no month. The umlaut of March is one byte or two, by the file's encoding.
 int monthOf(std::string_view word)
@@ -81,12 +80,12 @@ std::optional<std::int64_t> parseAscDate(std::string_view text)
     if (!time || !date.isValid())
         return std::nullopt;
     const QTime hour = time->addSecs(hoursAdded * 3600);
-    return QDateTime(date, hour).toMSecsSinceEpoch() * kMillisecond;
+    return QDateTime(date, hour).toMSecsSinceEpoch() * kNanosecondsPerMillisecond;
 }
 
 std::string ascDateText(std::int64_t utc)
 {
-    const std::int64_t ms = utc / kMillisecond - (utc % kMillisecond < 0 ? 1 : 0);
+    const std::int64_t ms = utc / kNanosecondsPerMillisecond - (utc % kNanosecondsPerMillisecond < 0 ? 1 : 0);
     return QLocale::c()
         .toString(QDateTime::fromMSecsSinceEpoch(ms), QStringLiteral("ddd MMM dd hh:mm:ss.zzz yyyy"))
         .toStdString();

@@ -1,3 +1,5 @@
+#include "device/driver/timeunits.h"
+#include "traces/asclayout.h"
 #include "traces/asctrace.h"
 #include "traces/textscan.h"
 #include "traces/texttrace.h"
@@ -6,14 +8,10 @@
 
 namespace
 {
-
 using Text = std::string_view;
 
-constexpr std::uint64_t kNanosecondsPerSecond = 1000000000;
 constexpr std::uint64_t kMaxSeconds = std::uint64_t(1) << 32;
 constexpr std::uint64_t kLargestDlc = 15;
-constexpr std::uint32_t kFlagRemote = 0x10;
-constexpr std::uint32_t kFlagFd = 0x1000;
 
 bool startsWithAnyCase(Text text, Text lower)
 {
@@ -238,10 +236,10 @@ TextTraceReader::LineKind AscReader::readFd(Text rest, RawFrame *frame) const
     frame->errorStateIndicator = errorState == "1";
     scan::word(&rest); // duration
     scan::word(&rest); // bits
-    std::uint64_t flags = kFlagFd;
+    std::uint64_t flags = asc::kFd;
     scan::number(scan::word(&rest), 16, UINT32_MAX, &flags);
-    frame->fd = (flags & kFlagFd) != 0 || frame->bitRateSwitch || frame->errorStateIndicator || length > kClassicBytes;
-    frame->remote = (flags & kFlagRemote) != 0;
+    frame->fd = (flags & asc::kFd) != 0 || frame->bitRateSwitch || frame->errorStateIndicator || length > kClassicBytes;
+    frame->remote = (flags & asc::kRemote) != 0;
     frame->length =
         frame->remote ? lengthOfDlc(static_cast<unsigned>(dlc), frame->fd) : static_cast<std::uint8_t>(length);
     if (!frame->fd && dlc > kClassicBytes && frame->length == kClassicBytes)

@@ -1,3 +1,5 @@
+#include "device/driver/timeunits.h"
+#include "traces/asclayout.h"
 #include "traces/asctrace.h"
 #include "traces/textput.h"
 #include "traces/texttrace.h"
@@ -5,9 +7,6 @@
 namespace
 {
 
-constexpr std::int64_t kSecond = 1000000000; // nanoseconds
-constexpr std::int64_t kMillisecond = 1000000;
-constexpr std::int64_t kMicrosecond = 1000;
 constexpr std::size_t kLongestLine = 512;
 constexpr std::size_t kLongestHead = 512;
 constexpr int kSecondsWidth = 4;
@@ -15,16 +14,12 @@ constexpr int kIdWidth = 15;
 constexpr int kFdIdWidth = 10;
 constexpr int kNameWidth = 33; // blanks: there is no name
 constexpr char kLowerHexDigits[] = "0123456789abcdef";
-constexpr std::uint32_t kFlagRemote = 0x10;
-constexpr std::uint32_t kFlagFd = 0x1000;
-constexpr std::uint32_t kFlagBitRateSwitch = 0x2000;
-constexpr std::uint32_t kFlagErrorState = 0x4000;
 
 // The part of the start that the date cannot hold; the times carry it.
 std::int64_t belowMillisecond(std::optional<std::int64_t> start)
 {
-    const std::int64_t rest = start.value_or(0) % kMillisecond;
-    return rest < 0 ? rest + kMillisecond : rest;
+    const std::int64_t rest = start.value_or(0) % kNanosecondsPerMillisecond;
+    return rest < 0 ? rest + kNanosecondsPerMillisecond : rest;
 }
 
 class AscWriter final : public TextTraceWriter
@@ -82,10 +77,10 @@ void AscWriter::writeLines(const RawFrame *frames, int count)
 
 char *AscWriter::writeTime(char *out, std::int64_t time) const
 {
-    const auto rest = static_cast<std::uint64_t>(time % kSecond);
-    out = put::decimalRight(out, static_cast<std::uint64_t>(time / kSecond), kSecondsWidth);
+    const auto rest = static_cast<std::uint64_t>(time % kNanosecondsPerSecond);
+    out = put::decimalRight(out, static_cast<std::uint64_t>(time / kNanosecondsPerSecond), kSecondsWidth);
     *out++ = '.';
-    return options_.nanoseconds ? put::decimal(out, rest, 9) : put::decimal(out, rest / kMicrosecond, 6);
+    return options_.nanoseconds ? put::decimal(out, rest, 9) : put::decimal(out, rest / kNanosecondsPerMicrosecond, 6);
 }
 
 char *writeId(char *out, const RawFrame &frame, int width)
@@ -148,9 +143,9 @@ char *AscWriter::writeClassic(char *out, const RawFrame &frame)
 char *AscWriter::writeFd(char *out, const RawFrame &frame)
 {
     const unsigned length = lengthOnFile(frame);
-    const std::uint32_t flags = kFlagFd | (frame.remote ? kFlagRemote : 0) |
-                                (frame.bitRateSwitch ? kFlagBitRateSwitch : 0) |
-                                (frame.errorStateIndicator ? kFlagErrorState : 0);
+    const std::uint32_t flags = asc::kFd | (frame.remote ? asc::kRemote : 0) |
+                                (frame.bitRateSwitch ? asc::kBitRateSwitch : 0) |
+                                (frame.errorStateIndicator ? asc::kErrorState : 0);
     out = put::text(out, "CANFD ");
     out = put::decimalRight(out, frame.channel, 3);
     out = put::text(out, directionText(frame));

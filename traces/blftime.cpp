@@ -13,14 +13,14 @@ namespace
 constexpr int kFirstYear = 1970;
 constexpr int kLastYear = 2261;
 
-enum Field { Year, Month, DayOfWeek, Day, Hour, Minute, Second, Millisecond };
+enum DateField { Year, Month, DayOfWeek, Day, Hour, Minute, Second, Millisecond };
 
-int get(const std::uint8_t *bytes, Field field)
+int get(const std::uint8_t *bytes, DateField field)
 {
     return qFromLittleEndian<std::uint16_t>(bytes + 2 * field);
 }
 
-void put(std::uint8_t *bytes, Field field, int value)
+void put(std::uint8_t *bytes, DateField field, int value)
 {
     qToLittleEndian<std::uint16_t>(static_cast<std::uint16_t>(value), bytes + 2 * field);
 }

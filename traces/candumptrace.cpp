@@ -1,6 +1,7 @@
 #include "traces/candumptrace.h"
 
 #include "device/driver/candumpline.h"
+#include "device/driver/timeunits.h"
 #include "traces/channelnames.h"
 #include "traces/textput.h"
 #include "traces/texttrace.h"
@@ -10,8 +11,7 @@
 namespace
 {
 
-constexpr std::int64_t kSecond = 1000000000; // nanoseconds
-constexpr std::int64_t kFirstDate = 10 * 365 * 86400 * kSecond;
+constexpr std::int64_t kFirstDate = 10 * 365 * 86400 * kNanosecondsPerSecond;
 constexpr std::uint32_t kErrorFlag = 0x20000000;
 constexpr int kSecondsDigits = 10;
 constexpr std::size_t kLongestLine = 256;
@@ -101,8 +101,8 @@ char *CandumpWriter::writeLine(char *out, const RawFrame &frame)
     constexpr std::int64_t microsecond = 1000;
     const std::int64_t time = timeOnFile(frame.time);
     *out++ = '(';
-    const auto seconds = static_cast<std::uint64_t>(time / kSecond);
-    const auto rest = static_cast<std::uint64_t>(time % kSecond);
+    const auto seconds = static_cast<std::uint64_t>(time / kNanosecondsPerSecond);
+    const auto rest = static_cast<std::uint64_t>(time % kNanosecondsPerSecond);
     out = put::decimal(out, seconds, kSecondsDigits);
     *out++ = '.';
     out = options_.nanoseconds ? put::decimal(out, rest, 9) : put::decimal(out, rest / microsecond, 6);

@@ -1,3 +1,4 @@
+#include "device/driver/timeunits.h"
 #include "traces/csvtrace.h"
 #include "traces/frametexts.h"
 #include "traces/textscan.h"
@@ -30,10 +31,7 @@ enum Column {
 
 using Fields = std::array<Field, ColumnCount>;
 
-constexpr std::int64_t kMillisecond = 1000000; // nanoseconds
-constexpr std::int64_t kMicrosecond = 1000;
-constexpr std::int64_t kDayMs = 86400 * 1000;
-constexpr std::int64_t kStampTolerance = 1000 * kMillisecond;
+constexpr std::int64_t kStampTolerance = 1000 * kNanosecondsPerMillisecond;
 constexpr std::int64_t kUnknown = -1;
 constexpr std::uint64_t kLargestStamp = std::uint64_t(1) << 52; // microseconds
 
@@ -215,19 +213,19 @@ std::int64_t CsvReader::timeOf(const Fields &fields)
     const std::int64_t clock = readTimeOfDay(fields[SystemTimeColumn]);
     if (clock == kUnknown)
         return lastTime_;
-    if (clockMs_ != kUnknown && clock < clockMs_ - kDayMs / 2)
+    if (clockMs_ != kUnknown && clock < clockMs_ - kMillisecondsPerDay / 2)
         ++day_;
-    else if (clockMs_ != kUnknown && day_ > 0 && clock > clockMs_ + kDayMs / 2)
+    else if (clockMs_ != kUnknown && day_ > 0 && clock > clockMs_ + kMillisecondsPerDay / 2)
         --day_;
     clockMs_ = clock;
-    lastTime_ = (day_ * kDayMs + clock) * kMillisecond;
+    lastTime_ = (day_ * kMillisecondsPerDay + clock) * kNanosecondsPerMillisecond;
     const std::int64_t stamp = readStamp(fields[TimeStampColumn]);
     if (stamp == kUnknown)
         return lastTime_;
-    const std::int64_t stampTime = stampOrigin_ + stamp * kMicrosecond;
+    const std::int64_t stampTime = stampOrigin_ + stamp * kNanosecondsPerMicrosecond;
     if (stamped_ && std::abs(stampTime - lastTime_) <= kStampTolerance)
         return lastTime_ = stampTime;
-    stampOrigin_ = lastTime_ - stamp * kMicrosecond;
+    stampOrigin_ = lastTime_ - stamp * kNanosecondsPerMicrosecond;
     stamped_ = true;
     return lastTime_;
 }

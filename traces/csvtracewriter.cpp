@@ -1,3 +1,4 @@
+#include "device/driver/timeunits.h"
 #include "traces/columntitles.h"
 #include "traces/csvtrace.h"
 #include "traces/frametexts.h"
@@ -13,9 +14,6 @@
 namespace
 {
 
-constexpr std::int64_t kMillisecond = 1000000; // nanoseconds
-constexpr std::int64_t kMicrosecond = 1000;
-constexpr std::int64_t kDayMs = 86400 * 1000;
 constexpr std::size_t kLongestRow = 512;
 
 std::int64_t floorDivided(std::int64_t number, std::int64_t divisor)
@@ -37,7 +35,7 @@ public:
             offsetMs_ = QDateTime::fromMSecsSinceEpoch(ms).offsetFromUtc() * 1000;
         }
         ms += offsetMs_;
-        return ms - floorDivided(ms, kDayMs) * kDayMs;
+        return ms - floorDivided(ms, kMillisecondsPerDay) * kMillisecondsPerDay;
     }
 
 private:
@@ -135,7 +133,7 @@ char *CsvWriter::writeRow(char *out, const RawFrame &frame)
 char *CsvWriter::writeTimes(char *out, const RawFrame &frame)
 {
     const std::int64_t time = timeOnFile(frame.time);
-    auto ms = static_cast<std::uint64_t>(clock_.timeOfDayMs(time / kMillisecond));
+    auto ms = static_cast<std::uint64_t>(clock_.timeOfDayMs(time / kNanosecondsPerMillisecond));
     out = put::text(out, ",=\"");
     out = put::decimal(out, ms / 3600000, 2);
     *out++ = ':';
@@ -148,7 +146,7 @@ char *CsvWriter::writeTimes(char *out, const RawFrame &frame)
     if (frame.direction == Direction::Sent || frame.time < 0) {
         out = put::text(out, "无");
     } else {
-        const auto stamp = static_cast<std::uint64_t>(frame.time / kMicrosecond);
+        const auto stamp = static_cast<std::uint64_t>(frame.time / kNanosecondsPerMicrosecond);
         out = put::text(out, "0x");
         out = put::hex(out, stamp, put::hexDigits(stamp));
     }

@@ -1,5 +1,6 @@
 #include "traces/framefilterparser.h"
 
+#include "device/driver/timeunits.h"
 #include "device/language.h"
 
 #include <QLocale>
@@ -11,13 +12,11 @@
 
 namespace
 {
-
 constexpr std::int64_t kMaxId = 0x1FFFFFFF;
 constexpr std::int64_t kMaxChannel = 65535;
 constexpr int kHex = 16;
 constexpr int kDecimal = 10;
 constexpr int kBitsPerDigit = 4;
-constexpr double kNanosecondsPerSecond = 1e9;
 constexpr double kMaxSeconds = 9e9; // what 64 bits of nanoseconds hold
 constexpr std::size_t kMaxNodes = 5000;
 constexpr int kMaxDepth = 200; // parentheses and negations within each other

@@ -1,5 +1,6 @@
 #include "traces/recorder.h"
 
+#include "device/driver/timeunits.h"
 #include "traces/recordernames.h"
 
 #include <QElapsedTimer>
@@ -9,9 +10,7 @@
 
 namespace
 {
-
 constexpr std::int64_t kFlushMilliseconds = 1000;
-constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 // So many frames at most go between two looks at a file's size.
 constexpr int kSlice = 256;
 

@@ -1,11 +1,12 @@
 #include "traces/recordertrigger.h"
 
+#include "device/driver/timeunits.h"
+
 #include <algorithm>
 
 namespace
 {
 
-constexpr std::int64_t kNanosecondsPerMillisecond = 1'000'000;
 constexpr std::size_t kFirstSize = 64;
 
 int mostFrames(int frames, int milliseconds)

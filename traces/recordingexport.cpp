@@ -1,5 +1,7 @@
 #include "traces/recordingexport.h"
 
+#include "traces/tracereader.h"
+
 #include <QSaveFile>
 
 #include <algorithm>
@@ -7,7 +9,6 @@
 
 namespace
 {
-constexpr int kChunk = 512; // frames
 } // namespace
 
 RecordingExport::RecordingExport(const RecordingIndex &index, const RecordingFilter *filter, std::uint64_t first,
@@ -64,9 +65,9 @@ QString RecordingExport::writeRows(QIODevice *device)
     if (!writer)
         return QStringLiteral("cannot be written");
     RecordingRows source(index_);
-    RawFrame frames[kChunk];
+    RawFrame frames[kFramesAtATime];
     for (std::uint64_t at = first_; at < end_ && !stop_;) {
-        int count = static_cast<int>(std::min<std::uint64_t>(kChunk, end_ - at));
+        int count = static_cast<int>(std::min<std::uint64_t>(kFramesAtATime, end_ - at));
         int got = 0;
         if (!filter_)
             got = source.read(at, count, frames);

@@ -1,5 +1,7 @@
 #include "traces/recordingfilter.h"
 
+#include "traces/tracereader.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -7,8 +9,7 @@ namespace
 {
 
 constexpr std::uint32_t kRunRows = 32 * RecordingIndex::kBlockRows; // what a thread takes at a time; fits 16 bits
-constexpr int kChunk = 512;                                         // frames
-constexpr unsigned kWordBits = 64;
+constexpr unsigned kRowsPerWord = 64;
 constexpr std::uint32_t kListShare = 16; // of more than one row in so many a bit for each takes less than a list
 constexpr std::chrono::milliseconds kWait{50};
 
@@ -99,10 +100,10 @@ bool RecordingFilter::claim(std::uint64_t *first, std::uint32_t *rows)
 
 RecordingFilter::Part RecordingFilter::look(RecordingRows *source, std::uint64_t first, std::uint32_t rows) const
 {
-    RawFrame frames[kChunk];
+    RawFrame frames[kFramesAtATime];
     std::vector<std::uint16_t> found;
     for (std::uint32_t at = 0; at < rows && !stop_;) {
-        const int wanted = static_cast<int>(std::min<std::uint32_t>(kChunk, rows - at));
+        const int wanted = static_cast<int>(std::min<std::uint32_t>(kFramesAtATime, rows - at));
         const int got = source->read(first + at, wanted, frames);
         for (int i = 0; i < got; ++i)
             if (filter_.matches(frames[i]))
@@ -121,9 +122,9 @@ RecordingFilter::Part RecordingFilter::look(RecordingRows *source, std::uint64_t
         part.list.assign(found.begin(), found.end());
         return part;
     }
-    part.bits.assign((rows + kWordBits - 1) / kWordBits, 0);
+    part.bits.assign((rows + kRowsPerWord - 1) / kRowsPerWord, 0);
     for (const std::uint16_t offset : found)
-        part.bits[offset / kWordBits] |= std::uint64_t(1) << (offset % kWordBits);
+        part.bits[offset / kRowsPerWord] |= std::uint64_t(1) << (offset % kRowsPerWord);
     return part;
 }
 
@@ -156,7 +157,7 @@ std::uint32_t RecordingFilter::offsetOf(const Part &part, std::uint32_t match)
     std::uint64_t bits = part.bits[word];
     for (; match > 0; --match)
         bits &= bits - 1;
-    return static_cast<std::uint32_t>(word * kWordBits) + static_cast<std::uint32_t>(__builtin_ctzll(bits));
+    return static_cast<std::uint32_t>(word * kRowsPerWord) + static_cast<std::uint32_t>(__builtin_ctzll(bits));
 }
 
 std::uint32_t RecordingFilter::matchesBelow(const Part &part, std::uint32_t offset)
@@ -169,10 +170,10 @@ std::uint32_t RecordingFilter::matchesBelow(const Part &part, std::uint32_t offs
     if (part.bits.empty())
         return offset;
     std::uint32_t count = 0;
-    for (std::size_t word = 0; word < offset / kWordBits; ++word)
+    for (std::size_t word = 0; word < offset / kRowsPerWord; ++word)
         count += onesOf(part.bits[word]);
-    const std::uint64_t below = (std::uint64_t(1) << (offset % kWordBits)) - 1;
-    return count + onesOf(part.bits[offset / kWordBits] & below);
+    const std::uint64_t below = (std::uint64_t(1) << (offset % kRowsPerWord)) - 1;
+    return count + onesOf(part.bits[offset / kRowsPerWord] & below);
 }
 
 std::uint64_t RecordingFilter::rowOf(std::uint64_t match) const

@@ -1,5 +1,7 @@
 #include "traces/recordingindex.h"
 
+#include "traces/tracereader.h"
+
 #include <QFileInfo>
 
 #include <algorithm>
@@ -9,7 +11,6 @@
 namespace
 {
 
-constexpr int kChunk = 512;                     // frames; few enough to stay in a processor's cache
 constexpr std::chrono::milliseconds kLook{150}; // between two looks at a file that is followed
 
 } // namespace
@@ -142,7 +143,7 @@ void RecordingIndex::readOn(bool first)
         if (first)
             blocks_.push_back({TraceCheckpoint(), std::numeric_limits<std::int64_t>::min()});
     }
-    std::vector<RawFrame> chunk(kChunk);
+    std::vector<RawFrame> chunk(kFramesAtATime);
     while (!stop_ && !cancelled_ && fillBlock(*reader, &chunk)) {
     }
     const std::lock_guard<std::mutex> lock(guard_);
@@ -161,7 +162,7 @@ bool RecordingIndex::fillBlock(TraceReader &reader, std::vector<RawFrame> *chunk
     std::int64_t latest = number == 0 ? std::numeric_limits<std::int64_t>::min() : blocks_[number - 1].latest;
     int count = 0;
     while (count < static_cast<int>(kBlockRows) && !reader.atEnd() && !stop_ && !cancelled_) {
-        const int got = reader.read(chunk->data(), std::min(kChunk, static_cast<int>(kBlockRows) - count));
+        const int got = reader.read(chunk->data(), std::min(kFramesAtATime, static_cast<int>(kBlockRows) - count));
         for (int i = 0; i < got; ++i)
             latest = std::max(latest, (*chunk)[static_cast<std::size_t>(i)].time);
         count += got;
@@ -230,9 +231,9 @@ bool RecordingRows::goTo(std::uint64_t row)
         reader_ = openTraceAt(&file_, index_.format(), index_.block(block).begin, &error);
         next_ = block * RecordingIndex::kBlockRows;
     }
-    RawFrame passed[kChunk];
+    RawFrame passed[kFramesAtATime];
     while (reader_ && next_ < row)
-        if (take(static_cast<int>(std::min<std::uint64_t>(kChunk, row - next_)), passed) == 0)
+        if (take(static_cast<int>(std::min<std::uint64_t>(kFramesAtATime, row - next_)), passed) == 0)
             return false;
     return reader_ != nullptr;
 }

@@ -11,6 +11,8 @@
 
 class QIODevice;
 
+constexpr int kFramesAtATime = 512; // few enough to stay in a processor\'s cache
+
 enum class TraceFormat { Candump, Asc, Trc, Blf, Pcapng, Csv };
 
 // Where and why reading ended before the end of the file.

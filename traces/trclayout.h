@@ -1,6 +1,8 @@
 // What TRC files are made of: the columns of each version and the numbers of their header.
 #pragma once
 
+#include "device/driver/timeunits.h"
+
 #include <cstdint>
 #include <string_view>
 
@@ -42,7 +44,6 @@ constexpr unsigned kClassicData = 8;
 constexpr unsigned kLargestCode = 15;
 constexpr unsigned kLargestBus = 0xFFFF;
 
-constexpr std::int64_t kNanosecondsPerMillisecond = 1'000'000;
 constexpr std::int64_t kNanosecondsPerDay = 86'400'000'000'000;
 constexpr unsigned kDaysTo1970 = 25569; // from 1899-12-30
 constexpr unsigned kMostDays = 106'000; // whose nanoseconds fit 64 bits

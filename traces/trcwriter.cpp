@@ -1,5 +1,6 @@
 #include "traces/trcwriter.h"
 
+#include "device/driver/timeunits.h"
 #include "traces/textput.h"
 #include "traces/trclayout.h"
 
@@ -20,8 +21,7 @@ constexpr char kErrorData[] = "5  08 00 00 00 00"; // an error of another kind, 
 // Milliseconds with three decimals.
 char *putTime(char *at, std::int64_t time)
 {
-    constexpr std::int64_t kMicrosecond = 1000;
-    const auto microseconds = static_cast<std::uint64_t>(std::max<std::int64_t>(time, 0) / kMicrosecond);
+    const auto microseconds = static_cast<std::uint64_t>(std::max<std::int64_t>(time, 0) / kNanosecondsPerMicrosecond);
     at = put::decimalRight(at, microseconds / 1000, kMillisecondsWidth);
     *at++ = '.';
     return put::decimal(at, microseconds % 1000, kDecimals);

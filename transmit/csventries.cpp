@@ -1,5 +1,6 @@
 #include "transmit/csventries.h"
 
+#include "device/driver/timeunits.h"
 #include "frames/csvrow.h"
 #include "frames/rawrecords.h"
 #include "transmit/framechecks.h"
@@ -10,7 +11,6 @@
 
 namespace
 {
-constexpr std::uint32_t kDayMs = 24 * 60 * 60 * 1000;
 constexpr char kLineFeed = '\n';
 
 struct Rows {
@@ -22,7 +22,7 @@ struct Rows {
     void addTime(std::uint32_t time)
     {
         if (rows++ > 0)
-            span += (time + kDayMs - lastTime) % kDayMs; // past midnight
+            span += (time + kMillisecondsPerDay - lastTime) % kMillisecondsPerDay; // past midnight
         lastTime = time;
     }
 };

@@ -1,5 +1,6 @@
 #include "transmit/signalfields.h"
 
+#include "device/driver/numbertext.h"
 #include "device/language.h"
 #include "signals/encoder.h"
 #include "transmit/framechecks.h"
@@ -13,7 +14,6 @@ namespace
 {
 
 constexpr int kValueDigits = 9;
-constexpr int kHexBase = 16;
 
 bool isInteger(const SignalDefinition &signal)
 {

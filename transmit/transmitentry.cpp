@@ -1,5 +1,6 @@
 #include "transmit/transmitentry.h"
 
+#include "device/driver/numbertext.h"
 #include "device/language.h"
 #include "frames/rawrecords.h"
 #include "transmit/framechecks.h"
@@ -13,7 +14,6 @@ namespace
 {
 constexpr int kStandardDigits = 3;
 constexpr int kExtendedDigits = 8;
-constexpr int kHexBase = 16;
 constexpr int kFirstFunctionKey = 5; // those before it are the desktop's and the table's
 constexpr int kLastFunctionKey = 12;
 

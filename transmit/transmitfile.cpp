@@ -1,5 +1,6 @@
 #include "transmit/transmitfile.h"
 
+#include "device/driver/numbertext.h"
 #include "device/language.h"
 #include "transmit/datatext.h"
 #include "transmit/transmitnames.h"
@@ -19,7 +20,6 @@ namespace
 {
 
 const QString kFormatName = QStringLiteral("ostrel-transmit-list");
-constexpr int kHexBase = 16;
 constexpr qint64 kLargestFile = 64 * 1024 * 1024; // bytes
 
 // Reads the fields of one entry; remembers the first that is wrong, and what it has not been asked for.

@@ -1,5 +1,6 @@
 #include "transmit/transmitmodel.h"
 
+#include "device/driver/numbertext.h"
 #include "device/language.h"
 #include "transmit/datatext.h"
 #include "transmit/framechecks.h"
@@ -13,7 +14,6 @@
 namespace
 {
 
-constexpr int kHexBase = 16;
 constexpr char kCountPattern[] = "^[1-9][0-9]{0,11}$";
 constexpr char kAwaitsPattern[] = "^(0[xX])?[0-9a-fA-F]{1,8}(/[0-9a-fA-F]{1,8})?$";
 constexpr char kOptionalDataPattern[] = "^[0-9a-fA-F ]*$";

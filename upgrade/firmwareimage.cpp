@@ -1,6 +1,7 @@
 #include "upgrade/firmwareimage.h"
 
 #include "device/apppaths.h"
+#include "device/driver/numbertext.h"
 
 #include <QDebug>
 #include <QDir>
@@ -10,7 +11,6 @@
 namespace
 {
 
-constexpr int kHexBase = 16;
 enum NameField { ModelField, VersionField, DateField, NameFieldCount };
 
 bool isHexDigit(QChar c)

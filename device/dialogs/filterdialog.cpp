@@ -1,5 +1,6 @@
 #include "device/dialogs/filterdialog.h"
 
+#include "device/driver/numbertext.h"
 #include "device/driver/wirerecords.h"
 #include "device/language.h"
 #include "ui_filterdialog.h"
@@ -14,7 +15,6 @@ enum FilterColumn { KindColumn, StartColumn, EndColumn, FilterColumnCount };
 
 constexpr int kFirstExtendedIndex =
     2; // of the kind selector; its even indexes are ranges, the odd ones single identifiers
-constexpr int kHexBase = 16;
 
 bool isRange(int selectorIndex)
 {

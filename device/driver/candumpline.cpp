@@ -2,15 +2,14 @@
 
 #include "device/driver/busframe.h"
 #include "device/driver/numbertext.h"
+#include "device/driver/timeunits.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace
 {
-
 constexpr std::uint64_t kMaxSeconds = 1ull << 32;
-constexpr std::uint64_t kNanosecondsPerSecond = 1000000000;
 constexpr std::ptrdiff_t kStandardIdDigits = 3;
 constexpr std::ptrdiff_t kExtendedIdDigits = 8;
 constexpr int kFirstRawDlc = 9;

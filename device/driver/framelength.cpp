@@ -1,13 +1,13 @@
 #include "device/driver/framelength.h"
 
+#include "device/driver/timeunits.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
 
 namespace
 {
-
-constexpr std::uint64_t kNanosecondsPerSecond = 1000000000;
 
 constexpr unsigned kBitsPerByte = 8;
 constexpr unsigned kBaseIdBits = 11;

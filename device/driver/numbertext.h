@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+constexpr int kHexBase = 16;
+
 constexpr std::array<std::int8_t, 256> hexDigitValues()
 {
     std::array<std::int8_t, 256> values{};

@@ -1,12 +1,12 @@
 #include "device/driver/simulated/trafficsource.h"
 #include "device/driver/simulated/vehiclesignals.h"
+#include "device/driver/timeunits.h"
 
 #include <algorithm>
 #include <iterator>
 
 namespace
 {
-
 enum class Kind { Classic, Remote, Fd, FdSwitched };
 
 struct Message {
@@ -47,8 +47,6 @@ constexpr Message kMessages[] = {
     {extended(0x1D30FF21), Kind::FdSwitched, 64, 200},
 };
 
-constexpr BusTime kNanosecondsPerMs = 1000000;
-constexpr double kNanosecondsPerSecond = 1e9;
 constexpr double kMostLoad = 0.4; // of the bus's time
 
 BusFrame emptyFrame(const Message &message)
@@ -69,11 +67,11 @@ public:
         double load = 0;
         for (const Message &message : kMessages)
             load += static_cast<double>(frameDuration(emptyFrame(message), settings)) /
-                    (message.periodMs * static_cast<double>(kNanosecondsPerMs));
+                    (message.periodMs * static_cast<double>(kNanosecondsPerMillisecond));
         start_ = start;
         const double stretch = std::max(1.0, load / kMostLoad);
         for (std::size_t i = 0; i < std::size(kMessages); ++i) {
-            state_[i].period = static_cast<BusTime>(stretch * kMessages[i].periodMs * kNanosecondsPerMs);
+            state_[i].period = static_cast<BusTime>(stretch * kMessages[i].periodMs * kNanosecondsPerMillisecond);
             state_[i].due = start + state_[i].period * i / std::size(kMessages); // not all at once
             state_[i].count = 0;
         }

@@ -1,13 +1,13 @@
 #include "device/driver/simulated/buschannel.h"
 
 #include "device/driver/framelength.h"
+#include "device/driver/timeunits.h"
 
 #include <utility>
 
 namespace
 {
 
-constexpr BusTime kNanosecondsPerMicrosecond = 1000;
 constexpr std::size_t kMostEvents = 4096; // that wait to be taken
 // ISO 11898-1: a node that is off the bus is back after so many times eleven recessive bits.
 constexpr unsigned kRecoveryBits = 128 * 11;

@@ -1,16 +1,15 @@
 #include "device/driver/simulated/vehiclesignals.h"
 
 #include "device/driver/simulated/vehiclestate.h"
+#include "device/driver/timeunits.h"
 
 #include <cmath>
 #include <cstring>
 
 namespace
 {
-
 constexpr unsigned kByteBits = 8;
 constexpr std::uint8_t kLeastChecked = 4; // data bytes from which on the last one is a checksum
-constexpr double kNanosecondsPerSecond = 1e9;
 
 void putBits(BusFrame *frame, unsigned bit, unsigned bits, std::uint64_t value)
 {

@@ -1,6 +1,7 @@
 #include "device/driver/simulated/virtualbus.h"
 
 #include "device/driver/framelength.h"
+#include "device/driver/timeunits.h"
 
 #include <algorithm>
 #include <iterator>
@@ -8,10 +9,9 @@
 namespace
 {
 
-constexpr BusTime kNanosecondsPerMs = 1000000;
 // Without bus time the senders wait while a receiver has so many frames to fetch.
 constexpr std::size_t kMostBehind = 8192;
-constexpr BusTime kBehindPause = kNanosecondsPerMs;
+constexpr BusTime kBehindPause = kNanosecondsPerMillisecond;
 
 } // namespace
 
@@ -20,7 +20,7 @@ VirtualBus::VirtualBus(const SimulatorOptions &options)
                 {options.transmitCapacity, options.receiveCapacity}},
       busTime_(options.busTime),
       errorOneIn_(options.errorOneIn),
-      vehicleDelay_(options.vehicleDelayMs * kNanosecondsPerMs)
+      vehicleDelay_(options.vehicleDelayMs * kNanosecondsPerMillisecond)
 {
 }
 

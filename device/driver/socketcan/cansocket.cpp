@@ -1,5 +1,7 @@
 #include "device/driver/socketcan/cansocket.h"
 
+#include "device/driver/timeunits.h"
+
 #include <linux/can.h>
 #include <linux/can/raw.h>
 #include <linux/sock_diag.h>
@@ -11,9 +13,7 @@
 
 namespace
 {
-
 constexpr int kReceiveBufferBytes = 16 << 20;
-constexpr std::int64_t kNanosecondsPerSecond = 1000000000;
 
 template <typename Value> bool setOption(int socket, int level, int option, const Value &value)
 {

@@ -1,13 +1,12 @@
 #include "device/driver/socketcan/frameclock.h"
 
+#include "device/driver/timeunits.h"
+
 #include <algorithm>
 #include <ctime>
 
 namespace
 {
-
-constexpr std::int64_t kNanosecondsPerSecond = 1000000000;
-constexpr std::int64_t kNanosecondsPerMicrosecond = 1000;
 // Reading both clocks takes less than this unless the thread is interrupted in between.
 constexpr std::int64_t kUninterrupted = 5000;
 constexpr int kTries = 4;
