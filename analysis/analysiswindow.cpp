@@ -1,5 +1,7 @@
 #include "analysis/analysiswindow.h"
 
+#include "widgets/dialogscaler.h"
+
 #include <QCloseEvent>
 #include <QEvent>
 #include <QGuiApplication>
@@ -9,7 +11,6 @@
 
 namespace
 {
-constexpr int kDesignDpi = 96;
 } // namespace
 
 AnalysisWindow::AnalysisWindow(const QString &name, QWidget *parent) : QWidget(parent, Qt::Window), name_(name)

@@ -17,6 +17,8 @@ public:
     void open();
 
 protected:
+    static constexpr int kProgressSteps = 1000; // of every progress bar
+
     // Shows every text in the current language; called by open() and whenever the language changes.
     virtual void retranslate() = 0;
     // Size before one was kept, in pixels at 96 DPI.

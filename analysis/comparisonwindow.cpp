@@ -5,6 +5,7 @@
 #include "analysis/recordingmodel.h"
 #include "analysis/recordingview.h"
 #include "device/language.h"
+#include "widgets/namedwidget.h"
 
 #include <QFileInfo>
 #include <QScopedValueRollback>
@@ -23,16 +24,10 @@
 
 namespace
 {
-constexpr int kLookMs = 80;
-constexpr int kProgressSteps = 1000;
+constexpr int kProgressMs = 80;
 constexpr int kColumnCharacters[ComparisonModel::ColumnCount] = {4, 10, 12, 12, 9, 9, 12, 12, 34, 24, 24};
 const char *const kNames[2] = {"comparedLeft", "comparedRight"};
 
-template <typename Widget> Widget *named(Widget *widget, const char *name)
-{
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
 } // namespace
 
 ComparisonWindow::ComparisonWindow(RecordingComparison::Side left, RecordingComparison::Side right, QWidget *parent)
@@ -67,7 +62,7 @@ ComparisonWindow::ComparisonWindow(RecordingComparison::Side left, RecordingComp
     });
     timer_ = new QTimer(this);
     connect(timer_, &QTimer::timeout, this, &ComparisonWindow::look);
-    timer_->start(kLookMs);
+    timer_->start(kProgressMs);
 }
 
 ComparisonWindow::~ComparisonWindow()

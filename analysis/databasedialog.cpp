@@ -18,7 +18,7 @@ namespace
 {
 enum Column { File, Channels, Messages, Problems, Folder, ColumnCount };
 constexpr DatabaseChannels kChoices[] = {DatabaseChannels::First, DatabaseChannels::Second, DatabaseChannels::Both};
-const QString kFolderKey = QStringLiteral("signals/folder");
+const QString kDatabaseFolderKey = QStringLiteral("signals/folder");
 constexpr int kMostToolTipLines = 20;
 constexpr QSize kDesignSize(640, 300);
 } // namespace
@@ -40,11 +40,11 @@ void addDatabaseFiles(SignalDatabases *databases, QWidget *parent)
 {
     QSettings kept;
     QFileDialog dialog(parent, text3("添加信号数据库", "新增訊號資料庫", "Add signal databases"),
-                       kept.value(kFolderKey).toString(), QStringLiteral("DBC (*.dbc *.DBC);;* (*)"));
+                       kept.value(kDatabaseFolderKey).toString(), QStringLiteral("DBC (*.dbc *.DBC);;* (*)"));
     dialog.setFileMode(QFileDialog::ExistingFiles);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    kept.setValue(kFolderKey, dialog.directory().absolutePath());
+    kept.setValue(kDatabaseFolderKey, dialog.directory().absolutePath());
     for (const QString &path : dialog.selectedFiles())
         databases->add(path, DatabaseChannels::Both);
 }

@@ -12,7 +12,7 @@
 
 namespace
 {
-constexpr int kMargin = 8; // pixels around and between
+constexpr int kFrame = 8; // pixels around and between
 constexpr int kPdfDpi = 300;
 constexpr qreal kPdfMargin = 12; // millimetres
 
@@ -34,16 +34,16 @@ int drawNames(QPainter *painter, const QVector<const PlotSignal *> &curves, QPoi
 void drawAll(const PlotView &view, const QVector<const PlotSignal *> &curves, QPainter *painter)
 {
     painter->setFont(view.font());
-    const int names = drawNames(painter, curves, {kMargin, kMargin});
+    const int names = drawNames(painter, curves, {kFrame, kFrame});
     QwtPlotRenderer renderer;
     renderer.setDiscardFlags(QwtPlotRenderer::DiscardBackground);
     for (PlotLane *lane : view.lanes())
-        renderer.render(lane, painter, QRectF(lane->geometry()).translated(0, names + 2 * kMargin));
+        renderer.render(lane, painter, QRectF(lane->geometry()).translated(0, names + 2 * kFrame));
 }
 
 QSize sizeOfAll(const PlotView &view, int curves)
 {
-    return {view.width(), view.height() + view.fontMetrics().lineSpacing() * curves + 2 * kMargin};
+    return {view.width(), view.height() + view.fontMetrics().lineSpacing() * curves + 2 * kFrame};
 }
 
 bool writePng(const PlotView &view, const QVector<const PlotSignal *> &curves, QIODevice *file)

@@ -13,7 +13,7 @@
 
 namespace
 {
-const QString kFolderKey = QStringLiteral("plots/folder");
+const QString kPlotFolderKey = QStringLiteral("plots/folder");
 } // namespace
 
 // Pressed again while a table is written: gives it up.
@@ -24,7 +24,7 @@ void PlotWindow::exportFile()
         return;
     }
     QSettings settings;
-    QFileDialog dialog(this, text3("导出曲线", "匯出曲線", "Export plot"), settings.value(kFolderKey).toString(),
+    QFileDialog dialog(this, text3("导出曲线", "匯出曲線", "Export plot"), settings.value(kPlotFolderKey).toString(),
                        QStringLiteral("PNG (*.png);;PDF (*.pdf);;CSV (*.csv)"));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setDefaultSuffix(QStringLiteral("png"));
@@ -32,7 +32,7 @@ void PlotWindow::exportFile()
             [&dialog](const QString &filter) { dialog.setDefaultSuffix(filter.left(3).toLower()); });
     if (dialog.exec() != QDialog::Accepted)
         return;
-    settings.setValue(kFolderKey, dialog.directory().absolutePath());
+    settings.setValue(kPlotFolderKey, dialog.directory().absolutePath());
     const QString path = dialog.selectedFiles().value(0);
     QVector<const PlotSignal *> shown;
     for (const auto &signal : curves_)

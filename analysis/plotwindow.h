@@ -57,7 +57,6 @@ private:
     enum Option { Follow, Stacked, CommonScale, Steps, Cursors, OptionCount };
     static constexpr const char *kOptionNames[OptionCount] = {"follow", "stacked", "commonScale", "steps", "cursors"};
     enum Column { Name, Last, First, Second, Difference, ColumnCount };
-    static constexpr int kProgressSteps = 1000;
 
     void createWidgets();
     void connectAll();

@@ -24,7 +24,6 @@ namespace
 {
 constexpr double kNanoseconds = 1e9;
 constexpr double kLongestTime = 9e9; // seconds
-constexpr int kProgressSteps = 1000;
 } // namespace
 
 RecordingWindow *RecordingWindow::openFile(const QString &path, QWidget *parent, QString *error)

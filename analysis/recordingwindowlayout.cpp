@@ -6,6 +6,7 @@
 #include "analysis/recordingview.h"
 #include "analysis/signaldatabases.h"
 #include "device/language.h"
+#include "widgets/namedwidget.h"
 
 #include <QFileInfo>
 #include <QMenu>
@@ -27,11 +28,6 @@ namespace
 constexpr int kLookMs = 80;
 constexpr int kGoToCharacters = 20;
 
-template <typename Widget> Widget *named(Widget *widget, const char *name)
-{
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
 } // namespace
 
 RecordingWindow::RecordingWindow(std::unique_ptr<RecordingIndex> index, QWidget *parent)

@@ -28,7 +28,7 @@ namespace
 {
 
 constexpr QSize kDesignSize(800, 460);
-constexpr int kLookMs = 250;
+constexpr int kStateMs = 250;
 constexpr std::uint64_t kMegabyte = 1000000;
 constexpr int kSecondsPerMinute = 60;
 constexpr int kMsPerSecond = 1000;
@@ -47,7 +47,7 @@ RecordWindow::RecordWindow(QWidget *parent)
     restore();
     connectFields();
     showFields();
-    timer_->setInterval(kLookMs);
+    timer_->setInterval(kStateMs);
     connect(timer_, &QTimer::timeout, this, &RecordWindow::look);
 }
 

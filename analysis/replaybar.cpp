@@ -3,6 +3,7 @@
 #include "analysis/recordingmodel.h"
 #include "device/devicelayer.h"
 #include "device/language.h"
+#include "widgets/namedwidget.h"
 
 #include <QFileInfo>
 #include <QSignalBlocker>
@@ -26,11 +27,6 @@ constexpr int kChannelCharacters = 14;
 constexpr int kPositionSteps = 10000;
 constexpr int kPages = 20;
 
-template <typename Widget> Widget *named(Widget *widget, const char *name)
-{
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
 } // namespace
 
 ReplayBar::ReplayBar(std::shared_ptr<const RecordingIndex> index, std::function<Rows(Choice)> rows, QWidget *parent)

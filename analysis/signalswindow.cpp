@@ -23,7 +23,6 @@
 namespace
 {
 constexpr int kRefreshMs = 250;
-constexpr int kProgressSteps = 1000;
 constexpr int kMostExpanded = 400; // messages that a search opens
 // Widths in average characters.
 constexpr int kColumnChars[SignalTreeModel::ColumnCount] = {28, 13, 9, 17, 17, 12, 12, 18};

@@ -41,8 +41,7 @@ namespace
 
 constexpr QSize kDesignSize(1120, 760);
 constexpr int kLargestTolerance = 500; // percent
-constexpr int kProgressSteps = 1000;
-constexpr unsigned kMostPanels = 8; // of a recording with more channels the first ones
+constexpr unsigned kMostPanels = 8;    // of a recording with more channels the first ones
 const QString kColumnsKey = QStringLiteral("analysis/statistics/columns");
 const QString kSplitterKey = QStringLiteral("analysis/statistics/splitter");
 const QString kToleranceKey = QStringLiteral("analysis/statistics/tolerance");

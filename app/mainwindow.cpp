@@ -46,7 +46,6 @@ constexpr unsigned kDefaultScanTimeMs = 50;
 constexpr unsigned kDefaultFramesPerReceive = 1000;
 
 constexpr QSize kFrame(16, 40); // pixels at 96 DPI that a desktop's window frame may take
-constexpr qreal kDesignDpi = 96.0;
 
 constexpr int kLargestTuningValue = 1000000;
 

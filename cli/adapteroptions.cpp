@@ -3,13 +3,13 @@
 #include "cli/arguments.h"
 #include "cli/valuetexts.h"
 #include "device/driver/simulated/bittiming.h"
+#include "device/driver/wirerecords.h"
 
 namespace
 {
 
 constexpr unsigned kArbitrationRateCount = 18; // that the adapter's driver numbers
 constexpr unsigned kDataRateCount = 9;
-constexpr std::uint32_t kLastStandard = 0x7FF;
 
 // The option of one channel, else the one of both.
 QString channelText(const Arguments &arguments, const char *option, unsigned channel)
@@ -52,9 +52,9 @@ std::optional<QString> acceptanceRow(const QString &part)
     const QStringList ends = (forcedExtended || forcedStandard ? trimmed.mid(4) : trimmed).split(QStringLiteral(".."));
     const auto first = identifierFromText(ends.first());
     const auto last = identifierFromText(ends.last());
-    if (ends.size() > 2 || !first || !last || *first > *last || (forcedStandard && *last > kLastStandard))
+    if (ends.size() > 2 || !first || !last || *first > *last || (forcedStandard && *last >= kStandardIdLimit))
         return std::nullopt;
-    const bool extended = forcedExtended || *last > kLastStandard;
+    const bool extended = forcedExtended || *last >= kStandardIdLimit;
     return QStringLiteral("%1-%2-%3").arg(extended ? 1 : 0).arg(*first, 0, 16).arg(*last, 0, 16);
 }
 

@@ -6,6 +6,8 @@
 
 #include <optional>
 
+constexpr double kLongestDuration = 1e9; // seconds that --duration takes
+
 class Arguments
 {
 public:

@@ -10,6 +10,7 @@
 #include "cli/traceinput.h"
 #include "cli/traceoutput.h"
 #include "cli/valuetexts.h"
+#include "traces/tracereader.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -18,8 +19,6 @@
 
 namespace
 {
-
-constexpr int kBatch = 512;
 
 struct Conversion {
     QString input;
@@ -38,7 +37,7 @@ struct ConversionPlan {
     SignalColumns columns; // not empty: a table of signals is written, whatever the format
 };
 
-void addOptions(Arguments &arguments)
+void addConvertOptions(Arguments &arguments)
 {
     addInputOptions(arguments, true);
     arguments.add("f format", "The format to write; without it the output's name tells.", "FORMAT");
@@ -159,18 +158,18 @@ bool convertOne(const ConversionPlan &plan, const Conversion &file, Progress *pr
     Destination output(plan);
     if (!input.open(file.input, plan.inputFormat) || !output.open(file.output))
         return false;
-    std::vector<RawFrame> frames(kBatch);
+    std::vector<RawFrame> frames(kFramesAtATime);
     bool begun = false;
     bool goesOn = true;
     while (goesOn && !interrupted()) {
-        const int count = input.read(frames.data(), kBatch);
+        const int count = input.read(frames.data(), kFramesAtATime);
         if (!begun && (count > 0 || input.atEnd())) {
             begun = true;
             output.begin(plan.start ? plan.start : input.reader().startUtc());
         }
         const int kept = plan.selection.keep(frames.data(), count);
         goesOn = begun ? output.write(frames.data(), kept) : true;
-        if (goesOn && count < kBatch) {
+        if (goesOn && count < kFramesAtATime) {
             goesOn = !input.atEnd();
             if (goesOn && begun && input.isLive())
                 goesOn = output.flush();
@@ -191,7 +190,7 @@ int runConvert(const QStringList &words)
     Arguments arguments("convert", "INPUT OUTPUT | --into FOLDER INPUT...",
                         "Converts recordings between formats. \"-\" is the standard input or output.\n"
                         "What a format cannot hold is told, and the exit code is 1 then.");
-    addOptions(arguments);
+    addConvertOptions(arguments);
     if (!arguments.parse(words))
         return arguments.exitCode();
     ConversionPlan plan;

@@ -7,7 +7,7 @@
 namespace
 {
 
-constexpr double kLongestSeconds = 9e9;
+constexpr double kLatestTime = 9e9;
 
 QString secondsText(std::optional<double> seconds)
 {
@@ -50,8 +50,8 @@ void FrameSelection::read(Arguments &arguments, const std::shared_ptr<const Sign
         add(arguments, "id", id + arguments.text("id"), id.size());
     if (arguments.isSet("channels"))
         add(arguments, "channels", channel + arguments.text("channels"), channel.size());
-    const auto from = arguments.number("from", 0, kLongestSeconds);
-    const auto to = arguments.number("to", 0, kLongestSeconds);
+    const auto from = arguments.number("from", 0, kLatestTime);
+    const auto to = arguments.number("to", 0, kLatestTime);
     if (from || to)
         add(arguments, from ? "from" : "to",
             QStringLiteral("time ") + secondsText(from) + QStringLiteral("..") + secondsText(to), 0);

@@ -4,13 +4,13 @@
 #include "cli/livesender.h"
 #include "cli/progress.h"
 #include "cli/valuetexts.h"
+#include "device/driver/wirerecords.h"
 
 namespace
 {
 
 using Way = GeneratorSettings::Way;
 
-constexpr std::uint32_t kLastStandard = 0x7FF;
 constexpr std::uint32_t kLastExtended = 0x1FFFFFFF;
 constexpr double kLongestIntervalMs = 86'400'000;
 constexpr double kDefaultIntervalMs = 10;
@@ -22,7 +22,7 @@ struct GeneratePlan {
     double intervalMs = kDefaultIntervalMs;
 };
 
-void addOptions(Arguments &arguments)
+void addGenerateOptions(Arguments &arguments)
 {
     arguments.add("channel", "Onto this channel, 1 or 2; 1 when not given.", "N");
     arguments.add("count", "So many frames; without it until Ctrl+C.", "N");
@@ -48,7 +48,7 @@ void readIdentifier(Arguments &arguments, GeneratorSettings *frames)
 {
     const QString text = arguments.text("id");
     frames->extended = arguments.isSet("extended");
-    const std::uint32_t limit = frames->extended ? kLastExtended : kLastStandard;
+    const std::uint32_t limit = frames->extended ? kLastExtended : kStandardIdLimit - 1;
     if (text.isEmpty())
         return;
     if (wayOf(text) != Way::Fixed) {
@@ -135,7 +135,7 @@ void sendAll(const GeneratePlan &plan, LiveSender *sender)
 int runGenerate(const QStringList &words)
 {
     Arguments arguments("generate", "", "Sends frames that are made up, to try what listens.");
-    addOptions(arguments);
+    addGenerateOptions(arguments);
     LiveSender::addOptions(arguments);
     addAdapterOptions(arguments);
     if (!arguments.parse(words))

@@ -12,8 +12,6 @@
 namespace
 {
 
-constexpr double kLongestSeconds = 1e9;
-
 } // namespace
 
 int runRecord(const QStringList &words)
@@ -30,7 +28,7 @@ int runRecord(const QStringList &words)
     if (!arguments.parse(words))
         return arguments.exitCode();
     const AdapterSetup setup = readAdapterSetup(arguments);
-    const auto seconds = arguments.number("duration", 0, kLongestSeconds);
+    const auto seconds = arguments.number("duration", 0, kLongestDuration);
     const auto most = arguments.integer("count", 1, INT64_MAX);
     if (arguments.operands().size() != 1)
         arguments.wrong(QStringLiteral("give one output"));

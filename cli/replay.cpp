@@ -13,7 +13,7 @@
 namespace
 {
 
-constexpr int kBatch = 256;
+constexpr int kFramesAhead = 256;
 constexpr double kLongestIntervalMs = 86'400'000;
 constexpr qint64 kMostRepeats = 1'000'000'000;
 constexpr std::chrono::minutes kLongWait{1};
@@ -85,11 +85,11 @@ private:
         if (!input.open(path, plan_.inputFormat))
             return false;
         clock_.beginPass();
-        std::vector<RawFrame> frames(kBatch);
+        std::vector<RawFrame> frames(kFramesAhead);
         bool goesOn = true;
         while (goesOn && sender_.goesOn()) {
-            const int count = input.read(frames.data(), kBatch);
-            const bool more = count == kBatch || !input.atEnd();
+            const int count = input.read(frames.data(), kFramesAhead);
+            const bool more = count == kFramesAhead || !input.atEnd();
             const int kept = plan_.selection.keep(frames.data(), count);
             for (int i = 0; i < kept && goesOn; ++i)
                 goesOn = sendFrame(frames[static_cast<std::size_t>(i)]);

@@ -9,14 +9,12 @@
 #include "cli/platform.h"
 #include "cli/textoutput.h"
 #include "cli/traceinput.h"
+#include "traces/tracereader.h"
 
 #include <algorithm>
 
 namespace
 {
-
-constexpr int kBatch = 512;
-constexpr double kLongestSeconds = 1e9;
 
 // What is done with every frame that is read: chosen, worded, counted.
 struct Shower {
@@ -61,16 +59,16 @@ bool showFile(const QString &path, std::optional<TraceFormat> format, Shower *sh
     TraceInput input;
     if (!input.open(path, format))
         return false;
-    std::vector<RawFrame> frames(kBatch);
+    std::vector<RawFrame> frames(kFramesAtATime);
     bool begun = false;
     bool goesOn = true;
     while (goesOn && !interrupted()) {
-        const int count = input.read(frames.data(), kBatch);
+        const int count = input.read(frames.data(), kFramesAtATime);
         if (count > 0 && !begun)
             shower->text.setStart(input.reader().startUtc());
         begun = begun || count > 0;
         goesOn = shower->show(frames.data(), count);
-        if (goesOn && count < kBatch)
+        if (goesOn && count < kFramesAtATime)
             goesOn = !input.atEnd() && (!input.isLive() || shower->output.flush());
     }
     return input.tellTrouble();
@@ -108,7 +106,7 @@ int runShow(const QStringList &words)
         return arguments.exitCode();
     const QStringList inputs = arguments.operands();
     const AdapterSetup setup = readAdapterSetup(arguments);
-    const auto seconds = arguments.number("duration", 0, kLongestSeconds);
+    const auto seconds = arguments.number("duration", 0, kLongestDuration);
     const auto format = inputFormat(arguments);
     Databases databases;
     databases.load(arguments);

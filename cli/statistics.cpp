@@ -11,6 +11,7 @@
 #include "cli/textoutput.h"
 #include "cli/traceinput.h"
 #include "statistics/databasebaseline.h"
+#include "traces/tracereader.h"
 
 #include <QSaveFile>
 
@@ -22,8 +23,6 @@
 namespace
 {
 
-constexpr int kBatch = 512;
-constexpr double kLongestSeconds = 1e9;
 constexpr double kLargestTolerance = 100;
 constexpr std::int64_t kLookEvery = 100'000'000; // nanoseconds of the frames' time between looks for what is missing
 
@@ -148,11 +147,11 @@ bool countFile(const StatisticsPlan &plan, const QString &path, Progress *progre
     if (!input.open(path, plan.inputFormat))
         return false;
     Counter counter(plan, path);
-    std::vector<RawFrame> frames(kBatch);
+    std::vector<RawFrame> frames(kFramesAtATime);
     bool more = true;
     while (more && !interrupted()) {
-        const int count = input.read(frames.data(), kBatch);
-        more = count == kBatch || !input.atEnd();
+        const int count = input.read(frames.data(), kFramesAtATime);
+        more = count == kFramesAtATime || !input.atEnd();
         counter.add(frames.data(), count);
         progress->add(input.newBytes(), static_cast<std::uint64_t>(count));
     }
@@ -209,7 +208,7 @@ void readBaseline(Arguments &arguments, StatisticsPlan *plan)
         arguments.wrong(file.fileName() + QStringLiteral(": ") + error);
 }
 
-void addOptions(Arguments &arguments)
+void addStatisticsOptions(Arguments &arguments)
 {
     arguments.add("json", "An object a line for each input: channels, identifiers, violations.");
     arguments.add("learn", "Write what this one input does as a baseline.", "FILE");
@@ -231,12 +230,12 @@ int runStatistics(const QStringList &words)
     Arguments arguments("statistics", "[INPUT...]",
                         "Counts what each channel and each identifier carries: of recordings (\"-\": the standard "
                         "input), or live without an input.\nThe bus load of recordings needs --rate.");
-    addOptions(arguments);
+    addStatisticsOptions(arguments);
     if (!arguments.parse(words))
         return arguments.exitCode();
     const QStringList inputs = arguments.operands();
     const AdapterSetup setup = readAdapterSetup(arguments);
-    const auto seconds = arguments.number("duration", 0, kLongestSeconds);
+    const auto seconds = arguments.number("duration", 0, kLongestDuration);
     const int jobs = jobCount(arguments);
     StatisticsPlan plan;
     plan.json = arguments.isSet("json");

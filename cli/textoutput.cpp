@@ -2,6 +2,7 @@
 
 #include "cli/messages.h"
 #include "cli/traceoutput.h"
+#include "traces/gatheredoutput.h"
 
 #include <cerrno>
 
@@ -30,7 +31,7 @@ bool TextOutput::flush()
         openStandardOutput(&file_);
     const auto size = static_cast<qint64>(text_.size());
     errno = 0;
-    failed_ = file_.write(text_.data(), size) != size;
+    failed_ = writeWhatFits(&file_, text_.data(), size) != size;
     // A reader that has seen enough goes away; that is no news to the user.
     if (failed_ && errno != EPIPE)
         tell(name() + QStringLiteral(" cannot be written: ") + file_.errorString());

@@ -11,11 +11,8 @@
 namespace
 {
 
-using std::chrono::milliseconds;
-
-constexpr double kLongestSeconds = 1e9;
-constexpr milliseconds kLook{10};
-constexpr milliseconds kLastFrame{1000}; // a driver may hold its sender for so long after the end
+constexpr std::chrono::milliseconds kLook{10};
+constexpr std::chrono::milliseconds kLastFrame{1000}; // a driver may hold its sender for so long after the end
 
 // Counts of all entries together.
 TransmitCounts sumOf(const std::vector<TransmitCounts> &counts)
@@ -72,7 +69,7 @@ TransmitCounts sendList(const TransmitList &entries, const TransmitLimits &limit
     engine.stop();
     const auto patience = LiveSender::Clock::now() + kLastFrame;
     while (engine.hasWork() && LiveSender::Clock::now() < patience)
-        std::this_thread::sleep_for(milliseconds(1));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     return sumOf(engine.counts());
 }
 
@@ -93,8 +90,8 @@ int runTransmit(const QStringList &words)
         return arguments.exitCode();
     const AdapterSetup setup = readAdapterSetup(arguments);
     TransmitLimits limits;
-    const double seconds = arguments.number("duration", 0.001, kLongestSeconds).value_or(0);
-    limits.duration = milliseconds(static_cast<std::int64_t>(seconds * 1e3));
+    const double seconds = arguments.number("duration", 0.001, kLongestDuration).value_or(0);
+    limits.duration = std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1e3));
     limits.frames = static_cast<std::uint64_t>(arguments.integer("count", 1, INT64_MAX).value_or(0));
     if (arguments.operands().size() != 1)
         arguments.wrong(QStringLiteral("give one list"));

@@ -18,7 +18,7 @@
 
 namespace
 {
-const QString kSuffix = QStringLiteral("json");
+const QString kListSuffix = QStringLiteral("json");
 
 QString fileFilter()
 {
@@ -131,7 +131,7 @@ void listSendDlg::saveListAs()
 {
     QFileDialog dialog(this, {}, document_.path(), fileFilter());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setDefaultSuffix(kSuffix);
+    dialog.setDefaultSuffix(kListSuffix);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return;
     const QString problem = document_.save(dialog.selectedFiles().constFirst());

@@ -3,6 +3,7 @@
 #include "ui_listsenddlg.h"
 
 #include "dialogs/transmitdelegate.h"
+#include "widgets/dialogscaler.h"
 #include "widgets/messages.h"
 
 #include <QAction>
@@ -18,7 +19,6 @@
 namespace
 {
 constexpr int kRefreshMs = 200;
-constexpr int kDesignDpi = 96;
 const QString kGeometryKey = QStringLiteral("transmit/geometry");
 const QString kSplitterKey = QStringLiteral("transmit/splitter");
 

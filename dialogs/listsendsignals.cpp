@@ -3,15 +3,15 @@
 #include "dialogs/messagedlg.h"
 #include "dialogs/signalvaluedelegate.h"
 #include "ui_listsenddlg.h"
+#include "widgets/dialogscaler.h"
 
 #include <QHeaderView>
 
 namespace
 {
-constexpr int kDesignDpi = 96;
 
 // Columns in pixels at 96 DPI.
-constexpr int kWidths[SignalFieldColumnCount] = {180, 130, 70, 110, 80, 110, 240};
+constexpr int kFieldWidths[SignalFieldColumnCount] = {180, 130, 70, 110, 80, 110, 240};
 } // namespace
 
 void listSendDlg::addFields()
@@ -21,7 +21,7 @@ void listSendDlg::addFields()
     ui_->fieldView->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     ui_->fieldView->verticalHeader()->hide();
     for (int column = 0; column < SignalFieldColumnCount; ++column)
-        ui_->fieldView->setColumnWidth(column, kWidths[column] * logicalDpiX() / kDesignDpi);
+        ui_->fieldView->setColumnWidth(column, kFieldWidths[column] * logicalDpiX() / kDesignDpi);
     ui_->fieldPane->hide();
     connect(&fields_, &SignalFields::told, this, &listSendDlg::hint);
     connect(&fields_, &SignalFields::edited, this, [this](const TransmitEntryPointer &edited) {

@@ -10,8 +10,8 @@
 
 namespace
 {
-const QString kFolderKey = QStringLiteral("captureFolder");
-const QString kSuffix = QStringLiteral("csv");
+const QString kCaptureFolderKey = QStringLiteral("captureFolder");
+const QString kCaptureSuffix = QStringLiteral("csv");
 
 // Creates the file, or empties an existing one; tells whether it could be written and can be read.
 bool prepareTarget(const QString &path)
@@ -39,22 +39,22 @@ savefileDlg::~savefileDlg() = default;
 // Empty when cancelled. A name without an extension gets one, and the toolkit asks before a file is overwritten.
 QString savefileDlg::askFileName()
 {
-    QFileDialog dialog(this, tr("保存CSV文件"), settings::value(kFolderKey, QString()),
+    QFileDialog dialog(this, tr("保存CSV文件"), settings::value(kCaptureFolderKey, QString()),
                        QStringLiteral("CSV Files (*.csv)"));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setDefaultSuffix(kSuffix);
+    dialog.setDefaultSuffix(kCaptureSuffix);
     QString path;
     // The toolkit leaves a whole path alone when one of its folders has a dot: then it asks again, with the extension.
     while (QFileInfo(path).suffix().isEmpty()) {
         if (!path.isEmpty())
-            dialog.selectFile(path + QLatin1Char('.') + kSuffix);
+            dialog.selectFile(path + QLatin1Char('.') + kCaptureSuffix);
         if (dialog.exec() != QDialog::Accepted)
             return {};
         path = dialog.selectedFiles().value(0);
     }
     const QString folder = QFileInfo(path).absolutePath();
     if (isStorable(folder))
-        settings::setValue(kFolderKey, folder, true);
+        settings::setValue(kCaptureFolderKey, folder, true);
     return path;
 }
 

@@ -6,6 +6,7 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 #ifdef Q_OS_UNIX
@@ -305,9 +306,12 @@ private slots:
             bench.feedLong(100, index);
         }
         const int told = bench.count(Event::Trouble);
+        const auto trouble = std::find_if(bench.events.begin(), bench.events.end(),
+                                          [](const auto &event) { return event.kind == Event::Trouble; });
         const auto whole = bench.frames(bench.settings.path);
         QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
         QCOMPARE(told, 1);
+        QCOMPARE(trouble->reason, QString::fromLocal8Bit(std::strerror(EFBIG)));
         QVERIFY(!whole.empty()); // can be read while there is no room, up to its last frame
         bench.now += 1000;
         bench.feedLong(100, count);

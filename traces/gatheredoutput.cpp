@@ -5,6 +5,18 @@
 #include <algorithm>
 #include <cstring>
 
+qint64 writeWhatFits(QIODevice *device, const char *bytes, qint64 size)
+{
+    qint64 written = 0;
+    while (written < size) {
+        const qint64 got = device->write(bytes + written, size - written);
+        if (got <= 0)
+            break;
+        written += got;
+    }
+    return written;
+}
+
 void GatheredOutput::grow(std::size_t bytes)
 {
     buffer_.resize(std::max(size_ + bytes, 2 * std::max(buffer_.size(), kMuch)));
@@ -25,8 +37,7 @@ bool GatheredOutput::handOver()
 {
     if (size_ == 0)
         return true;
-    const qint64 got = device_->write(buffer_.data(), static_cast<qint64>(size_));
-    auto written = static_cast<std::size_t>(std::max<qint64>(got, 0));
+    auto written = static_cast<std::size_t>(writeWhatFits(device_, buffer_.data(), static_cast<qint64>(size_)));
     const bool all = written == size_;
     if (!all) {
         errorText_ = device_->errorString();

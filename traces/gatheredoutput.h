@@ -10,6 +10,10 @@
 
 class QIODevice;
 
+// How many bytes the device takes. When these are not all, its errorString() tells why: a file that takes a part keeps
+// the reason to itself until it is asked again.
+qint64 writeWhatFits(QIODevice *device, const char *bytes, qint64 size);
+
 class GatheredOutput
 {
 public:

@@ -4,6 +4,7 @@
 #include "frames/modelitem.h"
 #include "traces/columntitles.h"
 #include "traces/frametexts.h"
+#include "widgets/dialogscaler.h"
 
 #include <QFontDatabase>
 #include <QFontMetrics>
@@ -12,8 +13,7 @@
 
 namespace
 {
-constexpr int kRowPadding = 6; // pixels at 96 DPI, above and below the text together
-constexpr qreal kDesignDpi = 96;
+constexpr int kRowPadding = 6;        // pixels at 96 DPI, above and below the text together
 constexpr int kDataPrefix = 3;        // characters of "x| "
 constexpr int kCharactersPerByte = 3; // two digits and a blank
 constexpr int kUsualData =
@@ -105,7 +105,7 @@ int rowHeight(const QWidget &table)
     const QFontMetrics usual = table.fontMetrics();
     const QFontMetrics fixed(fixedWidthFont(table.font()));
     const int line = qMax(usual.ascent(), fixed.ascent()) + qMax(usual.descent(), fixed.descent());
-    return line + qRound(kRowPadding * table.logicalDpiY() / kDesignDpi);
+    return line + qRound(qreal(kRowPadding) * table.logicalDpiY() / kDesignDpi);
 }
 
 int usualWidth(const QWidget &table, int column)

@@ -8,7 +8,6 @@
 
 namespace
 {
-constexpr qreal kDesignDpi = 96.0;
 constexpr QSize kFrameRoom(16, 40); // what a window's frame may take at 96 DPI
 } // namespace
 

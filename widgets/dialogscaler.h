@@ -33,5 +33,6 @@ private:
     QHash<QWidget *, QRect> designGeometry_; // direct children, as designed at 96 DPI
 };
 
+constexpr int kDesignDpi = 96;
 // Font size in pixels at 96 DPI of everything the program shows.
 constexpr int kDesignFontPixels = 13;
