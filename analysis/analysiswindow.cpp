@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QSettings>
+#include <QStyle>
 
 namespace
 {
@@ -37,7 +38,9 @@ void AnalysisWindow::open()
         retranslate();
         const QByteArray place = QSettings().value(key("geometry")).toByteArray();
         if (!restoreGeometry(place)) {
-            const QSize fits = screen()->availableSize();
+            const int edge = 2 * style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
+            const int titleBar = style()->pixelMetric(QStyle::PM_TitleBarHeight);
+            const QSize fits = screen()->availableSize() - QSize(edge, titleBar + edge);
             resize((designSize() * logicalDpiX() / kDesignDpi).boundedTo(fits));
         }
     }

@@ -58,6 +58,13 @@ void ComparisonModel::setResult(std::vector<ComparedIdentifier> result)
     endResetModel();
 }
 
+QVariant ComparisonModel::alignment(int column)
+{
+    const bool isNumber =
+        column == ChannelColumn || column == IdColumn || (column >= LeftCountColumn && column <= RightPeriodColumn);
+    return int(Qt::AlignVCenter | (isNumber ? Qt::AlignRight : Qt::AlignLeft));
+}
+
 void ComparisonModel::setShown(Shown shown)
 {
     beginResetModel();
@@ -179,6 +186,8 @@ QVariant ComparisonModel::data(const QModelIndex &index, int role) const
     const ComparedIdentifier &of = identifier(index.row());
     if (role == Qt::DisplayRole)
         return text(of, index.column());
+    if (role == Qt::TextAlignmentRole)
+        return alignment(index.column());
     if (role == Qt::ToolTipRole && (index.column() == LeftPeriodColumn || index.column() == RightPeriodColumn))
         return periodTip(of.sides[index.column() == LeftPeriodColumn ? 0 : 1]);
     return {};
@@ -186,6 +195,8 @@ QVariant ComparisonModel::data(const QModelIndex &index, int role) const
 
 QVariant ComparisonModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
+    if (role == Qt::TextAlignmentRole && orientation == Qt::Horizontal)
+        return alignment(section);
     if (role != Qt::DisplayRole || orientation != Qt::Horizontal)
         return QAbstractTableModel::headerData(section, orientation, role);
     const QStringList titles = {text3("通道", "通道", "Channel"),

@@ -44,6 +44,7 @@ public:
     void sort(int column, Qt::SortOrder order) override;
 
 private:
+    static QVariant alignment(int column);
     static QString text(const ComparedIdentifier &identifier, int column);
     static double number(const ComparedIdentifier &identifier, int column);
     void arrange();

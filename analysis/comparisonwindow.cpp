@@ -63,6 +63,7 @@ ComparisonWindow::ComparisonWindow(RecordingComparison::Side left, RecordingComp
     timer_ = new QTimer(this);
     connect(timer_, &QTimer::timeout, this, &ComparisonWindow::look);
     timer_->start(kProgressMs);
+    halves_[0].view->setFocus();
 }
 
 ComparisonWindow::~ComparisonWindow()
@@ -73,9 +74,9 @@ ComparisonWindow::~ComparisonWindow()
 void ComparisonWindow::makeTools(QBoxLayout *rows)
 {
     auto *tools = new QHBoxLayout;
-    align_ = named(new QPushButton(this), "comparisonAlign");
     together_ = named(new QCheckBox(this), "comparisonTogether");
     together_->setChecked(true);
+    align_ = named(new QPushButton(this), "comparisonAlign");
     channels_ = named(new QCheckBox(this), "comparisonChannels");
     channels_->setChecked(true);
     shownLabel_ = new QLabel(this);

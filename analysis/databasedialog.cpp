@@ -63,6 +63,8 @@ DatabaseDialog::DatabaseDialog(SignalDatabases *databases, QWidget *parent)
     list_->setObjectName(QStringLiteral("databaseList"));
     list_->setRootIsDecorated(false);
     list_->setColumnCount(ColumnCount);
+    for (const Column column : {Messages, Problems})
+        list_->headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
     list_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     channels_->setObjectName(QStringLiteral("channelsBox"));
     for (const DatabaseChannels choice : kChoices)
@@ -123,6 +125,8 @@ void DatabaseDialog::showDatabases()
                                                  QString::number(entry.database->problems.size()),
                                                  QDir::toNativeSeparators(file.absolutePath())});
         item->setData(File, Qt::UserRole, entry.path);
+        for (const Column column : {Messages, Problems})
+            item->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
         QStringList problems;
         for (const DbcProblem &problem : entry.database->problems.mid(0, kMostToolTipLines))
             problems.append(problemText(problem).toHtmlEscaped());

@@ -12,8 +12,7 @@
 
 namespace
 {
-constexpr int kFrame = 8; // pixels around and between
-constexpr int kPdfDpi = 300;
+constexpr int kFrame = 8;        // pixels around and between
 constexpr qreal kPdfMargin = 12; // millimetres
 
 // The names of the curves, one line each; answers the height that they take.
@@ -62,7 +61,7 @@ bool writePdf(const PlotView &view, const QVector<const PlotSignal *> &curves, Q
 {
     QPdfWriter writer(file);
     writer.setCreator(QStringLiteral("Ostrel"));
-    writer.setResolution(kPdfDpi);
+    writer.setResolution(view.logicalDpiX()); // at another one the renderer scales fonts and margins once more
     writer.setPageSize(QPageSize(QPageSize::A4));
     writer.setPageOrientation(QPageLayout::Landscape);
     writer.setPageMargins(QMarginsF(kPdfMargin, kPdfMargin, kPdfMargin, kPdfMargin), QPageLayout::Millimeter);
@@ -72,8 +71,6 @@ bool writePdf(const PlotView &view, const QVector<const PlotSignal *> &curves, Q
     const QSize size = sizeOfAll(view, curves.size());
     const qreal scale = qMin(qreal(writer.width()) / size.width(), qreal(writer.height()) / size.height());
     painter.scale(scale, scale);
-    QFont font = view.font();
-    painter.setFont(font);
     drawAll(view, curves, &painter);
     return painter.end();
 }

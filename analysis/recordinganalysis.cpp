@@ -69,7 +69,7 @@ void RecordingWindow::makeAnalyses(QBoxLayout *tools)
 
 void RecordingWindow::retranslateAnalyses()
 {
-    analyseButton_->setText(text3("分析", "分析", "Analyse"));
+    analyseButton_->setText(text3("分析(&L)", "分析(&L)", "Ana&lyse"));
     const auto texts = [this](int selected, const QString &statistics, const QString &values, const QString &plot) {
         analyses_[selected][static_cast<int>(Analysis::Statistics)]->setText(statistics);
         analyses_[selected][static_cast<int>(Analysis::Signals)]->setText(values);
@@ -103,7 +103,6 @@ void RecordingWindow::analyse(Analysis analysis, bool selected)
     RecordingPart part{index_, 0, index_->rows()};
     if (selected)
         std::tie(part.first, part.end) = selectedRows();
-    // Beside this window: what is analysed may outlast it.
     // Beside this window, which it may outlast.
     switch (analysis) {
     case Analysis::Statistics:

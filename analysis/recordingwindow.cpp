@@ -90,7 +90,7 @@ void RecordingWindow::showProgress()
     progress_->setValue(static_cast<int>(std::min(part, 1.0) * kProgressSteps));
     progress_->setVisible(busy);
     cancel_->setVisible(busy);
-    status_->setText(stateText());
+    showState();
     exportShown_->setEnabled(!exporter_->isRunning() && (!filter_ || filter_->finished()));
     exportSelected_->setEnabled(exportShown_->isEnabled());
 }
@@ -119,6 +119,13 @@ QString RecordingWindow::stateText() const
             parts.append(text3("书签：", "書籤：", "bookmark: ") + note.value());
     }
     return parts.join(text3("，", "，", ", "));
+}
+
+void RecordingWindow::showState()
+{
+    const QString text = stateText();
+    status_->setText(text);
+    status_->setToolTip(text);
 }
 
 void RecordingWindow::cancel()
@@ -192,7 +199,7 @@ void RecordingWindow::goTo()
             goToRow(row - 1);
     }
     tell(good ? QString()
-              : text3("行号（如 1200）或秒（如 12.5）", "行號（如 1200）或秒（如 12.5）",
+              : text3("行号（如 1200）或秒（如 12.5）", "列號（如 1200）或秒（如 12.5）",
                       "A row (1200) or seconds (12.5)"));
 }
 
@@ -233,7 +240,7 @@ void RecordingWindow::toggleBookmark()
         bool accepted = false;
         const QString note =
             QInputDialog::getText(this, text3("书签", "書籤", "Bookmark"),
-                                  text3("第 %1 行的备注：", "第 %1 行的備註：", "Note for row %1:").arg(*row + 1),
+                                  text3("第 %1 行的备注：", "第 %1 列的備註：", "Note for row %1:").arg(*row + 1),
                                   QLineEdit::Normal, QString(), &accepted);
         if (!accepted)
             return;
@@ -278,4 +285,5 @@ void RecordingWindow::exportRows(bool selected)
 void RecordingWindow::tell(const QString &message)
 {
     message_->setText(message);
+    message_->setToolTip(message); // the window may be too narrow for it
 }

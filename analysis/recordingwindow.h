@@ -61,6 +61,7 @@ private:
     void look();
     void showProgress();
     QString stateText() const;
+    void showState();
     void cancel();
     void applyFilter();
     void search(bool backwards);

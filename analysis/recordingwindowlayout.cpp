@@ -50,10 +50,14 @@ RecordingWindow::RecordingWindow(std::unique_ptr<RecordingIndex> index, QWidget 
     rows->addLayout(table, 1);
     rows->addWidget(replay_);
     makeStatus(rows);
+    // As they stand in the window; the replay's follow.
+    const QList<QWidget *> order = {replayButton_, filterLine_, searchLine_, previous_, next_, view_};
+    for (int i = 1; i < order.size(); ++i)
+        setTabOrder(order.at(i - 1), order.at(i));
     makeKeys();
     findSignals();
     connect(exporter_, &RecordingExporter::told, this, &RecordingWindow::tell);
-    connect(view_, &RecordingView::currentChangedTo, this, [this] { status_->setText(stateText()); });
+    connect(view_, &RecordingView::currentChangedTo, this, &RecordingWindow::showState);
     model_->setBookmarks(bookmarks_.rows());
     timer_ = new QTimer(this);
     connect(timer_, &QTimer::timeout, this, &RecordingWindow::look);
@@ -157,8 +161,8 @@ void RecordingWindow::makeStatus(QBoxLayout *rows)
     // Texts of any length must not widen the window.
     for (QLabel *label : {status_, message_})
         label->setMinimumWidth(1);
-    line->addWidget(status_, 2);
-    line->addWidget(message_, 1);
+    line->addWidget(status_, 1);
+    line->addWidget(message_);
     line->addWidget(progress_);
     line->addWidget(cancel_);
     rows->addLayout(line);
@@ -201,17 +205,17 @@ void RecordingWindow::retranslate()
     goTo_->setToolTip(text3("行号（如 1200），或记录开始后的秒数（如 12.5 或 12s）",
                             "列號（如 1200），或記錄開始後的秒數（如 12.5 或 12s）",
                             "A row (1200), or seconds since the recording's start (12.5 or 12s)"));
-    follow_->setText(text3("跟随文件增长", "跟隨檔案成長", "Follow a growing file"));
-    bookmarkButton_->setText(text3("书签", "書籤", "Bookmarks"));
-    exportButton_->setText(text3("导出", "匯出", "Export"));
+    follow_->setText(text3("跟随文件增长(&W)", "跟隨檔案成長(&W)", "Follo&w a growing file"));
+    bookmarkButton_->setText(text3("书签(&B)", "書籤(&B)", "&Bookmarks"));
+    exportButton_->setText(text3("导出(&X)", "匯出(&X)", "E&xport"));
     exportShown_->setText(text3("导出显示的所有行…", "匯出顯示的所有列…", "All shown rows…"));
     exportSelected_->setText(text3("导出选中的行…", "匯出選取的列…", "Selected rows…"));
     copySelected_->setText(text3("复制选中的行", "複製選取的列", "Copy selected rows"));
     filterLabel_->setText(text3("筛选(&F)：", "篩選(&F)：", "&Filter:"));
     filterLine_->setPlaceholderText(QStringLiteral("id 100..1FF and data 02 ?? 7F and not rx"));
     searchLabel_->setText(text3("查找(&S)：", "尋找(&S)：", "&Search:"));
-    previous_->setText(text3("上一个", "上一個", "Previous"));
-    next_->setText(text3("下一个", "下一個", "Next"));
+    previous_->setText(text3("上一个(&V)", "上一個(&V)", "Pre&vious"));
+    next_->setText(text3("下一个(&N)", "下一個(&N)", "&Next"));
     previous_->setToolTip(QStringLiteral("Shift+F3"));
     next_->setToolTip(QStringLiteral("F3"));
     cancel_->setText(text3("取消", "取消", "Cancel"));

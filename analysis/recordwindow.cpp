@@ -157,7 +157,7 @@ void RecordWindow::retranslate()
     sizeLabel_->setText(text3("满多少换文件(&S)：", "滿多少換檔案(&S)：", "New file by &size:"));
     timeLabel_->setText(text3("隔多少分钟换文件(&T)：", "隔多少分鐘換檔案(&T)：", "New file by &time (minutes):"));
     keepLabel_->setText(text3("保留最新文件数(&K)：", "保留最新檔案數(&K)：", "&Keep the newest files:"));
-    filterLabel_->setText(text3("过滤(&I)：", "篩選(&I)：", "F&ilter:"));
+    filterLabel_->setText(text3("筛选(&I)：", "篩選(&I)：", "F&ilter:"));
     startLabel_->setText(text3("开始条件(&A)：", "開始條件(&A)：", "St&arts with:"));
     stopLabel_->setText(text3("结束条件(&W)：", "結束條件(&W)：", "Stops &with:"));
     framesLabel_->setText(text3("开始之前的帧(&R)：", "開始之前的幀(&R)：", "Frames before the sta&rt:"));
@@ -292,7 +292,7 @@ void RecordWindow::begin()
     FilterError error;
     const std::optional<FrameFilter> filter = FrameFilter::parse(filter_->text(), &error);
     if (!filter) {
-        refuse(filter_, text3("过滤，第%1个字符：%2", "篩選，第%1個字元：%2", "Filter, character %1: %2")
+        refuse(filter_, text3("筛选，第%1个字符：%2", "篩選，第%1個字元：%2", "Filter, character %1: %2")
                             .arg(QString::number(error.position + 1), error.message));
         filter_->setSelection(error.position, error.length);
         return;
@@ -328,7 +328,7 @@ void RecordWindow::look()
     timer_->stop();
     recording_->end();
     const std::uint64_t lost = recording_->lostFrames();
-    emit log(text3("记录结束：共%1帧，丢失%2帧", "記錄結束：共%1幀，丟失%2幀", "Recording ended: %1 frames, %2 lost")
+    emit log(text3("记录结束：共%1帧，丢失%2帧", "記錄結束：共%1幀，遺失%2幀", "Recording ended: %1 frames, %2 lost")
                  .arg(recording_->recordedFrames())
                  .arg(lost));
     recording_.reset();
@@ -353,7 +353,7 @@ void RecordWindow::tell(const RecorderEvent &event)
                      .arg(path, event.reason));
         break;
     case RecorderEvent::Kind::Recovered:
-        emit log(text3("记录恢复：%1，丢失%2帧", "記錄恢復：%1，丟失%2幀", "Recording goes on: %1, %2 frames were lost")
+        emit log(text3("记录恢复：%1，丢失%2帧", "記錄恢復：%1，遺失%2幀", "Recording goes on: %1, %2 frames were lost")
                      .arg(path, QString::number(event.lost)));
         break;
     }
@@ -367,7 +367,7 @@ void RecordWindow::showState()
     }
     const QString what = recording_->isRecording() ? text3("正在记录", "正在記錄", "Recording")
                                                    : text3("等待开始条件", "等待開始條件", "Waiting for the start");
-    state_->setText(text3("%1：%2帧，丢失%3帧", "%1：%2幀，丟失%3幀", "%1: %2 frames, %3 lost")
+    state_->setText(text3("%1：%2帧，丢失%3帧", "%1：%2幀，遺失%3幀", "%1: %2 frames, %3 lost")
                         .arg(what)
                         .arg(recording_->recordedFrames())
                         .arg(recording_->lostFrames()));

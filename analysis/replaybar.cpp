@@ -193,7 +193,8 @@ void ReplayBar::enableButtons()
         widget->setEnabled(!runs);
     for (QWidget *widget : std::initializer_list<QWidget *>{pause_, stop_, position_})
         widget->setEnabled(runs);
-    pause_->setText(runs && paused_ ? text3("继续", "繼續", "Continue") : text3("暂停", "暫停", "Pause"));
+    pause_->setText(runs && paused_ ? text3("继续(&U)", "繼續(&U)", "Contin&ue")
+                                    : text3("暂停(&U)", "暫停(&U)", "Pa&use"));
 }
 
 void ReplayBar::tellEnd(const RecordingReplay::State &state)
@@ -235,18 +236,18 @@ void ReplayBar::tellEnd(const RecordingReplay::State &state)
 
 void ReplayBar::retranslate()
 {
-    choiceLabel_->setText(text3("发送：", "發送：", "Send:"));
+    choiceLabel_->setText(text3("发送(&D)：", "發送(&D)：", "Sen&d:"));
     const QStringList choices = {text3("所有行", "所有列", "All rows"), text3("显示的行", "顯示的列", "Shown rows"),
                                  text3("选中的行", "選取的列", "Selected rows")};
     for (int i = 0; i < choices.size(); ++i)
         choice_->setItemText(i, choices.at(i));
-    speedLabel_->setText(text3("速度：", "速度：", "Speed:"));
-    channelsLabel_->setText(text3("通道：", "通道：", "Channels:"));
-    channels_->setToolTip(text3("记录中的通道=适配器的通道；未列出的不变", "記錄中的通道=適配器的通道；未列出的不變",
+    speedLabel_->setText(text3("速度(&P)：", "速度(&P)：", "S&peed:"));
+    channelsLabel_->setText(text3("通道(&C)：", "通道(&C)：", "&Channels:"));
+    channels_->setToolTip(text3("记录中的通道=适配器的通道；未列出的不变", "記錄中的通道=轉接器的通道；未列出的不變",
                                 "The recording's channel = the adapter's; others stay as they are"));
-    start_->setText(text3("开始", "開始", "Start"));
-    step_->setText(text3("单步", "單步", "Step"));
+    start_->setText(text3("开始(&A)", "開始(&A)", "St&art"));
+    step_->setText(text3("单步(&E)", "單步(&E)", "St&ep"));
     step_->setToolTip(text3("发送下一帧，然后暂停", "發送下一幀，然後暫停", "Sends the next frame, then pauses"));
-    stop_->setText(text3("停止", "停止", "Stop"));
+    stop_->setText(text3("停止(&O)", "停止(&O)", "St&op"));
     enableButtons();
 }

@@ -185,7 +185,7 @@ void SignalsWindow::showState()
     state_->setText(
         !empty ? fileChangedText()
                : text3("没有信号数据库：请添加DBC文件，模拟适配器可使用内置车辆的数据库",
-                       "沒有訊號資料庫：請新增DBC檔案，模擬適配器可使用內建車輛的資料庫",
+                       "沒有訊號資料庫：請新增DBC檔案，模擬轉接器可使用內建車輛的資料庫",
                        "No signal database: add a DBC file, or the built-in vehicle's for the simulated adapter"));
 }
 

@@ -356,7 +356,7 @@ void StatisticsWindow::showStatus()
         text +=
             text3("　来不及统计的帧：%1", "　來不及統計的幀：%1", "   Frames lost on the way here: %1").arg(shown.lost);
     if (supervision_->isOn())
-        text += text3("　监视：%1条报文，%2条有违例", "　監視：%1條報文，%2條有違例",
+        text += text3("　监视：%1条报文，%2条有违例", "　監視：%1個訊息，%2個有違例",
                       "   Supervision: %1 messages, %2 with violations")
                     .arg(QString::number(supervision_->messages()), QString::number(shown.marks.size()));
     if (freeze_->isChecked())

@@ -102,7 +102,7 @@ void Supervision::use(std::optional<Baseline> baseline, const QString &from)
     baseline_ = std::move(baseline);
     statistics_.supervise(baseline_, tolerancePercent_ / kPercent);
     untold_ = 0;
-    emit log(text3("监视开始：%1条报文，基准来自%2", "監視開始：%1條報文，基準來自%2",
+    emit log(text3("监视开始：%1条报文，基准来自%2", "監視開始：%1個訊息，基準來自%2",
                    "Supervision begins: %1 messages, baseline from %2")
                  .arg(QString::number(messages()), from));
     emit changed();
@@ -112,7 +112,7 @@ void Supervision::learn()
 {
     Baseline learned = statistics_.learn();
     if (learned.messages.empty()) {
-        emit log(text3("监视：还没有可以学习的报文", "監視：還沒有可以學習的報文",
+        emit log(text3("监视：还没有可以学习的报文", "監視：還沒有可以學習的訊息",
                        "Supervision: nothing to learn from yet"));
         return;
     }
@@ -132,7 +132,7 @@ void Supervision::useDatabases()
     Baseline baseline = databaseBaseline(databases->entries(), channels);
     if (baseline.messages.empty()) {
         emit log(text3("监视：没有报文可用——请先加载信号数据库（分析 → 信号），且通道上要有数据",
-                       "監視：沒有報文可用——請先載入訊號資料庫（分析 → 訊號），且通道上要有資料",
+                       "監視：沒有訊息可用——請先載入訊號資料庫（分析 → 訊號），且通道上要有資料",
                        "Supervision: no messages - load a signal database first (Analysis → Signals); a channel must "
                        "have frames"));
         return;

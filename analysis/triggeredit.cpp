@@ -67,7 +67,7 @@ void TriggerEdit::setTexts(const QString &nothing)
     kind_->setItemText(Identifiers, text3("ID范围", "ID範圍", "Identifiers"));
     kind_->setItemText(Data, text3("ID和数据", "ID和資料", "Identifiers and data"));
     kind_->setItemText(ErrorFrame, text3("错误帧", "錯誤幀", "Error frame"));
-    kind_->setItemText(LostFrames, text3("丢帧", "丟幀", "Lost frames"));
+    kind_->setItemText(LostFrames, text3("丢帧", "遺失幀", "Lost frames"));
     channel_->setItemText(0, text3("任一通道", "任一通道", "Any channel"));
     for (int number = 1; number < channel_->count(); ++number)
         channel_->setItemText(number, text3("通道%1", "通道%1", "Channel %1").arg(number));
@@ -82,7 +82,8 @@ void TriggerEdit::setTexts(const QString &nothing)
 
 bool TriggerEdit::refuse(QLineEdit *field, const QString &reason)
 {
-    errorText_ = reason;
+    const QString text = field->text().trimmed();
+    errorText_ = text.isEmpty() ? reason : reason + text3("：", "：", ": ") + text;
     field->setFocus();
     field->selectAll();
     return false;
@@ -102,9 +103,8 @@ bool TriggerEdit::readIds(RecorderTrigger &trigger)
     trigger.firstId = first.toUInt(nullptr, kHex);
     trigger.lastId = last.toUInt(nullptr, kHex);
     if (!match.hasMatch() || trigger.firstId > trigger.lastId || trigger.lastId > kMaxExtendedId)
-        return refuse(ids_, text3("ID范围应如100..1FF：%1", "ID範圍應如100..1FF：%1",
-                                  "A range of identifiers looks like 100..1FF: %1")
-                                .arg(ids_->text()));
+        return refuse(ids_,
+                      text3("ID范围应如100..1FF", "ID範圍應如100..1FF", "A range of identifiers looks like 100..1FF"));
     constexpr int kStandardDigits = 3;
     trigger.extended = last.size() > kStandardDigits || trigger.lastId > kMaxStandardId;
     return true;
@@ -118,9 +118,7 @@ bool TriggerEdit::readMask(RecorderTrigger &trigger)
     QString digits = mask_->text();
     digits.remove(QLatin1Char(' '));
     if (!pattern.match(digits).hasMatch() || digits.size() > 2 * kMostBytes)
-        return refuse(
-            mask_,
-            text3("数据应如02 ?? 7F：%1", "資料應如02 ?? 7F：%1", "Data look like 02 ?? 7F: %1").arg(mask_->text()));
+        return refuse(mask_, text3("数据应如02 ?? 7F", "資料應如02 ?? 7F", "Data look like 02 ?? 7F"));
     QString mask = digits;
     for (QChar &digit : mask)
         digit = digit == QLatin1Char('?') ? QLatin1Char('0') : QLatin1Char('F');

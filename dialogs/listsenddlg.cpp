@@ -27,7 +27,7 @@ struct ColumnWidth {
     TransmitColumn column;
     int width;
 };
-constexpr ColumnWidth kWidths[] = {{NameColumn, 90},       {EntryIdColumn, 76},       {EntryFormatColumn, 70},
+constexpr ColumnWidth kWidths[] = {{NameColumn, 130},      {EntryIdColumn, 76},       {EntryFormatColumn, 70},
                                    {EntryTypeColumn, 64},  {EntryProtocolColumn, 88}, {SendTypeColumn, 84},
                                    {EntryDataColumn, 190}, {ModeColumn, 84},          {AwaitsColumn, 90},
                                    {ChangesColumn, 160},   {SentColumn, 70},          {LastSentColumn, 96},

@@ -17,7 +17,7 @@ namespace
 {
 enum Column { Name, Id, Length, CycleTime, Senders, File, Comment, ColumnCount };
 enum Role { FileIndexRole = Qt::UserRole, MessageIndexRole };
-constexpr QSize kDesignSize(760, 420);
+constexpr QSize kDesignSize(900, 420);
 constexpr int kWidestChars = 32; // average characters of a column
 constexpr int kStandardDigits = 3;
 constexpr int kExtendedDigits = 8;
@@ -115,6 +115,7 @@ void MessageDlg::fill()
             item->setText(Senders, message.senders.join(QStringLiteral(", ")));
             item->setText(File, name);
             item->setText(Comment, message.comment.simplified());
+            item->setToolTip(Comment, item->text(Comment));
             item->setTextAlignment(Length, Qt::AlignRight | Qt::AlignVCenter);
             item->setTextAlignment(CycleTime, Qt::AlignRight | Qt::AlignVCenter);
             item->setData(Name, FileIndexRole, int(file));

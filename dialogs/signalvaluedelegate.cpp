@@ -1,5 +1,6 @@
 #include "dialogs/signalvaluedelegate.h"
 
+#include "dialogs/transmitdelegate.h"
 #include "transmit/transmitmodel.h"
 
 #include <QComboBox>
@@ -18,6 +19,7 @@ QWidget *SignalValueDelegate::createEditor(QWidget *parent, const QStyleOptionVi
     combo->setEditable(true);
     combo->setInsertPolicy(QComboBox::NoInsert);
     combo->addItems(texts);
+    showWhole(*combo);
     // A choice made is a change made: no further click is needed.
     connect(combo, QOverload<int>::of(&QComboBox::activated), this, [this, combo] {
         auto *self = const_cast<SignalValueDelegate *>(this);

@@ -2,9 +2,17 @@
 
 #include "transmit/transmitmodel.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QRegularExpressionValidator>
+#include <QStyle>
+
+void showWhole(QComboBox &combo)
+{
+    QAbstractItemView *list = combo.view();
+    list->setMinimumWidth(list->sizeHintForColumn(0) + list->style()->pixelMetric(QStyle::PM_ScrollBarExtent));
+}
 
 QWidget *TransmitDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &, const QModelIndex &index) const
 {
@@ -12,6 +20,7 @@ QWidget *TransmitDelegate::createEditor(QWidget *parent, const QStyleOptionViewI
     if (!choices.isEmpty()) {
         auto *combo = new QComboBox(parent);
         combo->addItems(choices);
+        showWhole(*combo);
         // A choice made is a change made: no further click is needed.
         connect(combo, QOverload<int>::of(&QComboBox::activated), this, [this, combo] {
             auto *self = const_cast<TransmitDelegate *>(this);
@@ -26,6 +35,14 @@ QWidget *TransmitDelegate::createEditor(QWidget *parent, const QStyleOptionViewI
     if (!pattern.isEmpty())
         edit->setValidator(new QRegularExpressionValidator(QRegularExpression(pattern), edit));
     return edit;
+}
+
+void TransmitDelegate::updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option,
+                                            const QModelIndex &index) const
+{
+    LightGridDelegate::updateEditorGeometry(editor, option, index);
+    if (qobject_cast<QComboBox *>(editor)) // the choice and the arrow
+        editor->resize(qMax(editor->width(), editor->sizeHint().width()), editor->height());
 }
 
 void TransmitDelegate::setEditorData(QWidget *editor, const QModelIndex &index) const

@@ -3,6 +3,11 @@
 
 #include "widgets/lightgrid.h"
 
+class QComboBox;
+
+// Makes the list of choices as wide as its texts, however narrow the box is.
+void showWhole(QComboBox &combo);
+
 class TransmitDelegate : public LightGridDelegate
 {
     Q_OBJECT
@@ -11,6 +16,8 @@ public:
     using LightGridDelegate::LightGridDelegate;
 
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+    void updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option,
+                              const QModelIndex &index) const override;
     void setEditorData(QWidget *editor, const QModelIndex &index) const override;
     void setModelData(QWidget *editor, QAbstractItemModel *model, const QModelIndex &index) const override;
 };

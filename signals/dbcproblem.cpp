@@ -28,16 +28,16 @@ QString faultText(DbcFault fault)
         return text3("信号“%1”的起始位或长度无效", "訊號「%1」的起始位元或長度無效",
                      "signal \"%1\" has an impossible start bit or length");
     case DbcFault::RepeatedMessage:
-        return text3("报文“%1”的标识符已被使用", "報文「%1」的識別碼已被使用",
+        return text3("报文“%1”的标识符已被使用", "訊息「%1」的識別碼已被使用",
                      "message \"%1\" repeats the identifier of another one");
     case DbcFault::RepeatedSignal:
-        return text3("报文中已有信号“%1”", "報文中已有訊號「%1」", "the message already has a signal \"%1\"");
+        return text3("报文中已有信号“%1”", "訊息中已有訊號「%1」", "the message already has a signal \"%1\"");
     case DbcFault::SignalWithoutMessage:
-        return text3("信号“%1”不属于任何报文", "訊號「%1」不屬於任何報文", "signal \"%1\" belongs to no message");
+        return text3("信号“%1”不属于任何报文", "訊號「%1」不屬於任何訊息", "signal \"%1\" belongs to no message");
     case DbcFault::UnknownMessage:
-        return text3("没有标识符为 %1 的报文", "沒有識別碼為 %1 的報文", "there is no message %1");
+        return text3("没有标识符为 %1 的报文", "沒有識別碼為 %1 的訊息", "there is no message %1");
     case DbcFault::UnknownSignal:
-        return text3("报文中没有信号“%1”", "報文中沒有訊號「%1」", "the message has no signal \"%1\"");
+        return text3("报文中没有信号“%1”", "訊息中沒有訊號「%1」", "the message has no signal \"%1\"");
     case DbcFault::UnknownNode:
         return text3("没有节点“%1”", "沒有節點「%1」", "there is no node \"%1\"");
     case DbcFault::UnknownValueTable:
@@ -56,7 +56,7 @@ QString faultText(DbcFault fault)
                      "浮點訊號「%1」的長度不是 32 或 64 位元，按整數處理",
                      "floating-point signal \"%1\" has neither 32 nor 64 bits and is read as an integer");
     case DbcFault::BeyondMessage:
-        return text3("信号“%1”超出报文长度", "訊號「%1」超出報文長度",
+        return text3("信号“%1”超出报文长度", "訊號「%1」超出訊息長度",
                      "signal \"%1\" lies beyond the end of its message");
     case DbcFault::NoMultiplexer:
         return text3("复用信号“%1”没有复用器，视为始终存在", "多工訊號「%1」沒有多工器，視為始終存在",

@@ -186,6 +186,10 @@ QVariant SignalFields::data(const QModelIndex &index, int role) const
     case ChoicesRole:
         return index.column() == FieldValueColumn ? valueTexts(message_->definition->signalList.at(index.row()))
                                                   : QStringList();
+    case Qt::TextAlignmentRole:
+        return index.column() == FieldValueColumn || index.column() == FieldRawColumn
+                   ? int(Qt::AlignRight | Qt::AlignVCenter)
+                   : QVariant();
     default:
         return {};
     }

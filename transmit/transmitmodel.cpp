@@ -179,6 +179,12 @@ bool isCountColumn(int column)
     return column == SentColumn || column == RefusedColumn || column == LastSentColumn;
 }
 
+bool isNumberColumn(int column)
+{
+    return column == EntryChannelColumn || column == EntryIdColumn || column == LengthColumn ||
+           column == IntervalColumn || column == CountColumn || column == SentColumn || column == RefusedColumn;
+}
+
 bool isCheckColumn(int column)
 {
     return column == OnColumn || column == ResumesColumn;
@@ -370,6 +376,8 @@ QVariant TransmitModel::data(const QModelIndex &index, int role) const
         return choices(entry, column);
     case PatternRole:
         return pattern(column);
+    case Qt::TextAlignmentRole:
+        return isNumberColumn(column) ? int(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
     default:
         return {};
     }
