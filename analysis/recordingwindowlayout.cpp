@@ -54,6 +54,7 @@ RecordingWindow::RecordingWindow(std::unique_ptr<RecordingIndex> index, QWidget 
     const QList<QWidget *> order = {replayButton_, filterLine_, searchLine_, previous_, next_, view_};
     for (int i = 1; i < order.size(); ++i)
         setTabOrder(order.at(i - 1), order.at(i));
+    setTabOrder(cancel_, follow_);
     makeKeys();
     findSignals();
     connect(exporter_, &RecordingExporter::told, this, &RecordingWindow::tell);
@@ -97,7 +98,7 @@ void RecordingWindow::makeTools(QBoxLayout *rows)
         button->setToolButtonStyle(Qt::ToolButtonTextOnly);
         button->setFocusPolicy(Qt::TabFocus);
     }
-    for (QWidget *widget : std::initializer_list<QWidget *>{timesLabel_, times_, mark_, goToLabel_, goTo_, follow_})
+    for (QWidget *widget : std::initializer_list<QWidget *>{timesLabel_, times_, mark_, goToLabel_, goTo_})
         tools->addWidget(widget);
     tools->addStretch(1);
     tools->addWidget(bookmarkButton_);
@@ -161,6 +162,7 @@ void RecordingWindow::makeStatus(QBoxLayout *rows)
     // Texts of any length must not widen the window.
     for (QLabel *label : {status_, message_})
         label->setMinimumWidth(1);
+    line->addWidget(follow_);
     line->addWidget(status_, 1);
     line->addWidget(message_);
     line->addWidget(progress_);
@@ -220,6 +222,10 @@ void RecordingWindow::retranslate()
     next_->setToolTip(QStringLiteral("F3"));
     cancel_->setText(text3("取消", "取消", "Cancel"));
     retranslateAnalyses();
+    tell(QString()); // of another language
+    for (FilterLine *line : {filterLine_, searchLine_})
+        if (!line->toolTip().isEmpty())
+            line->filter();
     view_->fitColumns();
     model_->refresh();
     emit model_->headerDataChanged(Qt::Horizontal, 0, FrameColumnCount - 1);

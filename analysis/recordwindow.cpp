@@ -174,6 +174,7 @@ void RecordWindow::retranslate()
     stop_->setTexts(text3("按“停止”", "按「停止」", "the Stop button"));
     begin_->setText(text3("开始(&G)", "開始(&G)", "Be&gin"));
     end_->setText(text3("停止(&P)", "停止(&P)", "Sto&p"));
+    hint_->hide(); // of another language
     showState();
 }
 

@@ -249,5 +249,7 @@ void ReplayBar::retranslate()
     step_->setText(text3("单步(&E)", "單步(&E)", "St&ep"));
     step_->setToolTip(text3("发送下一帧，然后暂停", "發送下一幀，然後暫停", "Sends the next frame, then pauses"));
     stop_->setText(text3("停止(&O)", "停止(&O)", "St&op"));
+    if (!run_)
+        state_->clear(); // of another language
     enableButtons();
 }

@@ -25,7 +25,7 @@ namespace
 constexpr int kRefreshMs = 250;
 constexpr int kMostExpanded = 400; // messages that a search opens
 // Widths in average characters.
-constexpr int kColumnChars[SignalTreeModel::ColumnCount] = {28, 13, 9, 17, 17, 12, 12, 18};
+constexpr int kColumnChars[SignalTreeModel::ColumnCount] = {31, 13, 9, 17, 17, 12, 12, 18};
 } // namespace
 
 SignalsWindow::SignalsWindow(SignalHub *hub, QWidget *parent)

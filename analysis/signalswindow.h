@@ -36,7 +36,7 @@ signals:
 
 protected:
     void retranslate() override;
-    QSize designSize() const override { return {940, 520}; }
+    QSize designSize() const override { return {970, 520}; }
     void showEvent(QShowEvent *event) override;
     void hideEvent(QHideEvent *event) override;
 

@@ -47,7 +47,7 @@ const QString kSplitterKey = QStringLiteral("analysis/statistics/splitter");
 const QString kToleranceKey = QStringLiteral("analysis/statistics/tolerance");
 
 // Characters that each column is wide at first.
-constexpr int kColumnCharacters[IdentifierModel::ColumnCount] = {8, 9, 11, 10, 7, 10, 26, 12, 12, 12, 12, 13, 14, 18};
+constexpr int kColumnCharacters[IdentifierModel::ColumnCount] = {8, 9, 11, 10, 7, 10, 26, 12, 12, 12, 12, 13, 14, 30};
 
 } // namespace
 
@@ -256,6 +256,7 @@ void StatisticsWindow::retranslate()
     for (int column = 0; column < IdentifierModel::ColumnCount; ++column)
         header->resizeSection(column, std::max(header->sectionSize(column), header->sectionSizeHint(column)));
     showChannels();
+    lastLine_.clear(); // of another language
     showStatus();
 }
 

@@ -52,7 +52,12 @@ void listSendDlg::showFields()
         entry && fields_.isKnown()
             ? text3("第%1行：%2", "第%1列：%2", "Row %1: %2").arg(row + 1).arg(fields_.messageName())
             : QString());
+    const bool appears = fields_.isKnown() && !ui_->fieldPane->isVisible();
     ui_->fieldPane->setVisible(fields_.isKnown());
+    if (appears) { // the pane must not cover the row that it belongs to
+        ui_->splitter->refresh();
+        ui_->tableView->scrollTo(ui_->tableView->currentIndex());
+    }
 }
 
 void listSendDlg::editSignals()

@@ -1,8 +1,10 @@
 #include "everydialog.h"
 
+#include "analysis/comparisonwindow.h"
 #include "analysis/databasedialog.h"
 #include "analysis/plotview.h"
 #include "analysis/plotwindow.h"
+#include "analysis/recordingwindow.h"
 #include "analysis/recordwindow.h"
 #include "analysis/signalhub.h"
 #include "analysis/signalswindow.h"
@@ -24,7 +26,9 @@
 #include "upgrade/updatedlg.h"
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
@@ -216,6 +220,39 @@ std::unique_ptr<QWidget> makePlot()
     return window;
 }
 
+QString smallRecording(const char *name)
+{
+    const QString path = QDir::temp().filePath(QLatin1String(name));
+    QFile file(path);
+    file.open(QIODevice::WriteOnly);
+    for (const char *data : {"123#0011", "18FF50E5#0102030405060708", "456##1AABB"})
+        file.write(QByteArray("(1700000000.000000) can0 ") + data + "\n");
+    return path;
+}
+
+// With everything that it can show.
+std::unique_ptr<QWidget> makeRecording()
+{
+    QString error;
+    std::unique_ptr<QWidget> window(RecordingWindow::openFile(smallRecording("drive.log"), nullptr, &error));
+    window->findChild<QPushButton *>(QStringLiteral("recordingReplay"))->click();
+    window->hide();
+    return window;
+}
+
+std::unique_ptr<QWidget> makeComparison()
+{
+    QString error;
+    const std::unique_ptr<RecordingWindow> recording(
+        RecordingWindow::openFile(smallRecording("drive.log"), nullptr, &error));
+    std::unique_ptr<QWidget> window(recording->compareWith(smallRecording("drive2.log"), &error));
+    const auto *align = window->findChild<QPushButton *>(QStringLiteral("comparisonAlign"));
+    while (!align->isEnabled()) // once both are indexed
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    window->hide();
+    return window;
+}
+
 std::unique_ptr<QWidget> makeDatabases()
 {
     auto hub = makeHub();
@@ -251,6 +288,8 @@ const QVector<WindowMaker> &everyWindow()
         {"signals", makeSignals},
         {"plot", makePlot},
         {"signal-databases", makeDatabases},
+        {"recording", makeRecording},
+        {"comparison", makeComparison},
     };
     return windows;
 }

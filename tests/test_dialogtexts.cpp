@@ -34,8 +34,9 @@ bool isOwnChoice(const ShownText &shown)
     static const QStringList texts = {
         QStringLiteral("简体中文"),
         QStringLiteral("繁體中文"),
-        QStringLiteral("English"),  // the languages' own names
-        QStringLiteral("Frame"),    // a column's only title
+        QStringLiteral("English"),                                  // the languages' own names
+        QStringLiteral("Frame"),                                    // a column's only title
+        QStringLiteral("id 100..1FF and data 02 ?? 7F and not rx"), // the filter's own words
         QStringLiteral("啓用濾波"), // in a form of the character that the encoding lacks
         QStringLiteral("The firmware version(V2.10)is too low，Do you want to upgrade the firmware?"), // a wide comma
     };
@@ -145,7 +146,9 @@ private slots:
         QStringList problems = cutTexts(*shown) + overlaps(*shown);
         const QSize room = kSmallScreen * shown->logicalDpiX() / kUsualDpi;
         if (window > 0 && shown->minimumSizeHint().expandedTo(room) != room)
-            problems << "is too large for a small screen";
+            problems << QString("is too large for a small screen: %1x%2")
+                            .arg(shown->minimumSizeHint().width())
+                            .arg(shown->minimumSizeHint().height());
         const QVector<ShownText> texts = shownTexts(*shown);
         QVERIFY(!texts.isEmpty());
         for (const ShownText &text : texts) {

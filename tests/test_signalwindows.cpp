@@ -27,6 +27,8 @@
 #include <QTreeWidget>
 #include <QtTest>
 
+#include <cmath>
+
 namespace
 {
 constexpr int kLong = 20000;           // milliseconds that a loaded machine may take
@@ -49,6 +51,29 @@ QModelIndex findRow(const QAbstractItemModel &model, const QString &name, const 
             return below;
     }
     return {};
+}
+// Those at which the names, axes and curves of a document stand: one, or some are too large for the others.
+QSet<int> scalesOfPages(const QByteArray &pdf)
+{
+    static const QRegularExpression transform("^(\\S+) (\\S+) \\S+ \\S+ \\S+ \\S+ cm$",
+                                              QRegularExpression::MultilineOption);
+    static const QByteArray begin = "stream\n";
+    QSet<int> scales;
+    for (int at = pdf.indexOf(begin); at >= 0; at = pdf.indexOf(begin, at + 1)) {
+        const int from = at + begin.size();
+        const QByteArray length(4, 0); // unknown
+        const QString page =
+            QString::fromLatin1(qUncompress(length + pdf.mid(from, pdf.indexOf("endstream", from) - from)));
+        if (!page.contains(" Tf "))
+            continue;
+        auto found = transform.globalMatch(page);
+        found.next(); // the page's own
+        while (found.hasNext()) {
+            const auto one = found.next();
+            scales += qRound(1000 * std::hypot(one.captured(1).toDouble(), one.captured(2).toDouble()));
+        }
+    }
+    return scales;
 }
 } // namespace
 
@@ -229,6 +254,7 @@ private slots:
         QCOMPARE(row.size(), 4);
         QVERIFY(QImage(folder_.path("plot.png")).width() >= view->width());
         QVERIFY(folder_.read("plot.pdf").startsWith("%PDF") && folder_.read("plot.pdf").contains("%%EOF"));
+        QCOMPARE(scalesOfPages(folder_.read("plot.pdf")).size(), 1);
         exportTo(plot, folder_.path("nowhere/plot.csv"));
         QStringList told;
         QTRY_VERIFY_WITH_TIMEOUT(!(told += user_->modal().takeMessages()).isEmpty(), kLong);

@@ -109,8 +109,9 @@ bool takeDialogs(const QDir &folder, const PictureLanguage &language)
     refreshDeviceInfo();
     bool done = true;
     for (const WindowMaker &maker : everyWindow()) {
-        if (maker.name == "main-window" || maker.name == "statistics" || maker.name.startsWith("value-entry-"))
-            continue; // taken with traffic; one entry stands for all
+        if (maker.name == "main-window" || maker.name == "statistics" || maker.name == "recording" ||
+            maker.name == "comparison" || maker.name.startsWith("value-entry-"))
+            continue; // taken with traffic, or in no manual; one entry stands for all
         const std::unique_ptr<QWidget> dialog = maker.make();
         dialog->show();
         for (int round = 0; round < 3; ++round)
