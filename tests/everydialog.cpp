@@ -196,7 +196,7 @@ std::unique_ptr<QWidget> makeSignals()
     drive(hub.get());
     auto window = std::make_unique<SignalsWindow>(hub.get(), nullptr);
     hub.release()->setParent(window.get());
-    window->resize(QSize(940, 490) * window->logicalDpiX() / 96);
+    window->resize(QSize(970, 490) * window->logicalDpiX() / 96);
     auto *tree = window->findChild<QTreeView *>(QStringLiteral("signalTree"));
     const QModelIndex channel = tree->model()->index(0, 0);
     for (int message = 0; message < 2; ++message)

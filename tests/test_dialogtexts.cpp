@@ -143,7 +143,7 @@ private slots:
             QCOMPARE(choices(*shown), before);
         }
 
-        QStringList problems = cutTexts(*shown) + overlaps(*shown);
+        QStringList problems = cutTexts(*shown) + overlaps(*shown) + sharedKeys(*shown);
         const QSize room = kSmallScreen * shown->logicalDpiX() / kUsualDpi;
         if (window > 0 && shown->minimumSizeHint().expandedTo(room) != room)
             problems << QString("is too large for a small screen: %1x%2")

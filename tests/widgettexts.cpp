@@ -1,11 +1,13 @@
 #include "widgettexts.h"
 
+#include <QAbstractButton>
 #include <QAbstractScrollArea>
 #include <QAbstractSpinBox>
 #include <QAction>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QHeaderView>
+#include <QKeySequence>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
@@ -151,5 +153,23 @@ QStringList overlaps(const QWidget &window)
             placed.append(child);
         }
     }
+    return found;
+}
+
+QStringList sharedKeys(const QWidget &window)
+{
+    QMap<QString, QStringList> texts;
+    for (const QWidget *widget : window.findChildren<QWidget *>()) {
+        const auto *label = qobject_cast<const QLabel *>(widget);
+        const bool hasKey =
+            label ? label->buddy() != nullptr : qobject_cast<const QAbstractButton *>(widget) != nullptr;
+        const QString text = widget->property("text").toString();
+        if (hasKey && widget->isVisibleTo(&window) && !QKeySequence::mnemonic(text).isEmpty())
+            texts[QKeySequence::mnemonic(text).toString()] << text;
+    }
+    QStringList found;
+    for (auto key = texts.cbegin(); key != texts.cend(); ++key)
+        if (key->size() > 1)
+            found << key.key() + " belongs to " + key->join(", ");
     return found;
 }

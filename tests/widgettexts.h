@@ -16,3 +16,5 @@ QVector<ShownText> shownTexts(const QWidget &window);
 // Texts that have less room than they need, and widgets that lie on or outside of others, one line each.
 QStringList cutTexts(const QWidget &window);
 QStringList overlaps(const QWidget &window);
+// Keys (Alt and a letter) that more than one button or field of a window has, one line each.
+QStringList sharedKeys(const QWidget &window);

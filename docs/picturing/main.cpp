@@ -25,6 +25,7 @@ namespace
 {
 constexpr QSize kWindowSize(1280, 720);
 constexpr QSize kStatisticsSize(1120, 760);
+constexpr QSize kRecordingSize(1180, 640);
 constexpr int kTrafficMs = 2500;
 constexpr int kSelectedRow = 2;
 constexpr int kBestCompression = 0; // QImage's "quality" of a PNG
@@ -94,6 +95,7 @@ bool takeRecording(const QDir &folder, const PictureLanguage &language)
     const std::unique_ptr<RecordingWindow> window(RecordingWindow::openFile(path, nullptr, &error));
     if (!window)
         return fail(error);
+    window->resize(kRecordingSize);
     auto *filter = window->findChild<QLineEdit *>("recordingFilter");
     filter->setText("id 107..10F and data ?? ?? ?? 7F");
     QTest::keyClick(filter, Qt::Key_Return);
