@@ -6,6 +6,7 @@
 #include "widgets/dialogscaler.h"
 
 #include <QHeaderView>
+#include <QScrollBar>
 
 namespace
 {
@@ -56,7 +57,10 @@ void listSendDlg::showFields()
     ui_->fieldPane->setVisible(fields_.isKnown());
     if (appears) { // the pane must not cover the row that it belongs to
         ui_->splitter->refresh();
+        QScrollBar *columns = ui_->tableView->horizontalScrollBar();
+        const int left = columns->value();
         ui_->tableView->scrollTo(ui_->tableView->currentIndex());
+        columns->setValue(left);
     }
 }
 
