@@ -55,13 +55,17 @@ protected:
 private:
     StatisticsWindow(std::optional<RecordingPart> part, QWidget *parent);
     bool isLive() const { return !part_; }
-    void makePanels(unsigned channels);
     void begin();
     void baselineChanged();
-    QString title() const;
+    void createWidgets(); // like what follows in statisticswindowlayout.cpp
+    QWidget *makePanelRow();
+    void makePanels(unsigned channels);
     QWidget *makeBar();
     QWidget *makeTables();
     void arrangeColumns();
+    void storeArrangement() const;
+    QString title() const;
+
     void showRates();
     void showChannels();
     void showSelected();

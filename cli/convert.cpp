@@ -158,24 +158,17 @@ bool convertOne(const ConversionPlan &plan, const Conversion &file, Progress *pr
     Destination output(plan);
     if (!input.open(file.input, plan.inputFormat) || !output.open(file.output))
         return false;
-    std::vector<RawFrame> frames(kFramesAtATime);
     bool begun = false;
-    bool goesOn = true;
-    while (goesOn && !interrupted()) {
-        const int count = input.read(frames.data(), kFramesAtATime);
+    const auto convert = [&](RawFrame *frames, int count) {
         if (!begun && (count > 0 || input.atEnd())) {
             begun = true;
             output.begin(plan.start ? plan.start : input.reader().startUtc());
         }
-        const int kept = plan.selection.keep(frames.data(), count);
-        goesOn = begun ? output.write(frames.data(), kept) : true;
-        if (goesOn && count < kFramesAtATime) {
-            goesOn = !input.atEnd();
-            if (goesOn && begun && input.isLive())
-                goesOn = output.flush();
-        }
+        const int kept = plan.selection.keep(frames, count);
         progress->add(input.newBytes(), static_cast<std::uint64_t>(count));
-    }
+        return !begun || output.write(frames, kept);
+    };
+    input.readThrough(convert, [&] { return !begun || output.flush(); });
     const bool whole = input.tellTrouble();
     const bool written = output.finish();
     if (interrupted())

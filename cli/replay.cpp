@@ -13,7 +13,6 @@
 namespace
 {
 
-constexpr int kFramesAhead = 256;
 constexpr double kLongestIntervalMs = 86'400'000;
 constexpr qint64 kMostRepeats = 1'000'000'000;
 constexpr std::chrono::minutes kLongWait{1};
@@ -85,17 +84,14 @@ private:
         if (!input.open(path, plan_.inputFormat))
             return false;
         clock_.beginPass();
-        std::vector<RawFrame> frames(kFramesAhead);
-        bool goesOn = true;
-        while (goesOn && sender_.goesOn()) {
-            const int count = input.read(frames.data(), kFramesAhead);
-            const bool more = count == kFramesAhead || !input.atEnd();
-            const int kept = plan_.selection.keep(frames.data(), count);
+        input.readThrough([&](RawFrame *frames, int count) {
+            const int kept = plan_.selection.keep(frames, count);
+            bool goesOn = true;
             for (int i = 0; i < kept && goesOn; ++i)
-                goesOn = sendFrame(frames[static_cast<std::size_t>(i)]);
-            goesOn = goesOn && more;
+                goesOn = sendFrame(frames[i]);
             progress_.add(input.newBytes(), static_cast<std::uint64_t>(kept));
-        }
+            return goesOn && sender_.goesOn();
+        });
         return input.tellTrouble();
     }
 

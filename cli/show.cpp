@@ -59,18 +59,14 @@ bool showFile(const QString &path, std::optional<TraceFormat> format, Shower *sh
     TraceInput input;
     if (!input.open(path, format))
         return false;
-    std::vector<RawFrame> frames(kFramesAtATime);
     bool begun = false;
-    bool goesOn = true;
-    while (goesOn && !interrupted()) {
-        const int count = input.read(frames.data(), kFramesAtATime);
+    const auto show = [&](RawFrame *frames, int count) {
         if (count > 0 && !begun)
             shower->text.setStart(input.reader().startUtc());
         begun = begun || count > 0;
-        goesOn = shower->show(frames.data(), count);
-        if (goesOn && count < kFramesAtATime)
-            goesOn = !input.atEnd() && (!input.isLive() || shower->output.flush());
-    }
+        return shower->show(frames, count);
+    };
+    input.readThrough(show, [&] { return shower->output.flush(); });
     return input.tellTrouble();
 }
 

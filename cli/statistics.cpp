@@ -147,16 +147,13 @@ bool countFile(const StatisticsPlan &plan, const QString &path, Progress *progre
     if (!input.open(path, plan.inputFormat))
         return false;
     Counter counter(plan, path);
-    std::vector<RawFrame> frames(kFramesAtATime);
-    bool more = true;
-    while (more && !interrupted()) {
-        const int count = input.read(frames.data(), kFramesAtATime);
-        more = count == kFramesAtATime || !input.atEnd();
-        counter.add(frames.data(), count);
+    const bool ended = input.readThrough([&](RawFrame *frames, int count) {
+        counter.add(frames, count);
         progress->add(input.newBytes(), static_cast<std::uint64_t>(count));
-    }
+        return true;
+    });
     const bool whole = input.tellTrouble();
-    return counter.finish(out) && whole && !(more && !input.isLive());
+    return counter.finish(out) && whole && (ended || input.isLive());
 }
 
 int countFiles(const StatisticsPlan &plan, const QStringList &inputs, int jobs)

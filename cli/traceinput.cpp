@@ -3,6 +3,9 @@
 #include "cli/messages.h"
 #include "cli/platform.h"
 
+#include <algorithm>
+#include <vector>
+
 bool TraceInput::open(const QString &path, std::optional<TraceFormat> format)
 {
     told_ = 0;
@@ -32,6 +35,24 @@ bool TraceInput::open(const QString &path, std::optional<TraceFormat> format)
     if (reader_)
         return true;
     tell(name_ + QLatin1Char(' ') + error);
+    return false;
+}
+
+bool TraceInput::readThrough(const std::function<bool(RawFrame *frames, int count)> &take,
+                             const std::function<bool()> &pause)
+{
+    std::vector<RawFrame> frames(kFramesAtATime);
+    while (!interrupted()) {
+        const int count = reader_->read(frames.data(), kFramesAtATime);
+        if (!take(frames.data(), count))
+            return false;
+        if (count == kFramesAtATime)
+            continue;
+        if (atEnd())
+            return true;
+        if (isLive() && !pause())
+            return false;
+    }
     return false;
 }
 

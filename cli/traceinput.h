@@ -6,6 +6,8 @@
 
 #include <QFile>
 
+#include <functional>
+
 class TraceInput
 {
 public:
@@ -13,14 +15,18 @@ public:
     bool open(const QString &path, std::optional<TraceFormat> format);
 
     TraceReader &reader() { return *reader_; }
-    // Fills the frames like TraceReader::read().
-    int read(RawFrame *frames, int capacity) { return reader_->read(frames, capacity); }
+    // Hands over what is read, batch by batch, until the end, an interrupt, or `take` or `pause` answering false; true
+    // at the end. A batch may be empty. pause: more may come later, so what has been made of it so far is to be handed
+    // on at once.
+    bool readThrough(
+        const std::function<bool(RawFrame *frames, int count)> &take,
+        const std::function<bool()> &pause = [] { return true; });
     bool atEnd() const { return reader_->atEnd(); }
-    // More may come later: what has been made of it so far is to be handed on at once.
+    // More may come later, without an end.
     bool isLive() const { return device_->isSequential(); }
     // Bytes taken up since the last call; 0 of the standard input.
     std::uint64_t newBytes();
-    // Tells damage and parts that are no frames; false when there was any. After the last read().
+    // Tells damage and parts that are no frames; false when there was any. After readThrough().
     bool tellTrouble() const;
     QString name() const { return name_; }
 

@@ -33,7 +33,9 @@ private slots:
             const QTableWidgetItem *cell = tableOf(dialog)->item(0, column);
             QCOMPARE(cell->flags().testFlag(Qt::ItemIsEditable), column < 2);
             QCOMPARE(cell->background().color() == QColor(128, 128, 255), column >= 2);
-            QCOMPARE(cell->font().bold(), column >= 2 && cell->text() == "1");
+            const bool set = column >= 2 && cell->text() == "1";
+            QCOMPARE(cell->font().bold(), set);
+            QCOMPARE(cell->foreground().color() == QColor(Qt::white), set);
         }
 
         QCOMPARE(DataDlg(QByteArray("\x01"), 3).data(), QByteArray("\x01\0\0", 3));

@@ -74,7 +74,7 @@ private slots:
             QCoreApplication::sendEvent(&dialog, &change);
             QCOMPARE(dialog.windowTitle(), titles.at(code));
             QCOMPARE(table->item(0, 0)->text() + table->item(1, 0)->text(), kinds.at(code));
-            add(dialog, ExtendedRange, 9, 8);
+            add(dialog, ExtendedRange, 0xA, 9);
             QCOMPARE(answers.takeMessages(), QStringList{errors.at(code)});
         }
         QCOMPARE(confirmed(dialog), QString("0-1-2|1-3-4"));
@@ -85,15 +85,16 @@ private slots:
         const ModalAnswer noWarningWaits;
         FilterDialog dialog(1, "0-1-2");
         add(dialog, StandardRange, 0x9, 0x10); // as texts the other way round
+        add(dialog, StandardRange, 0x9, 0xA);  // as decimal numbers the other way round
         add(dialog, StandardSingle, 0xAB, 0x1);
         add(dialog, ExtendedRange, 0x18FF0000, 0x1FFFFFFF);
         add(dialog, ExtendedSingle, 0x1ABCDEF, 0);
         auto *table = dialog.findChild<QTableWidget *>("tableWidget");
-        for (int row : {2, 0}) {
+        for (int row : {3, 0}) {
             table->setCurrentCell(row, 1);
             pressButton(&dialog, "btnDelete");
         }
-        QCOMPARE(confirmed(dialog), QString("0-9-10|1-18FF0000-1FFFFFFF|1-1ABCDEF-1ABCDEF"));
+        QCOMPARE(confirmed(dialog), QString("0-9-10|0-9-A|1-18FF0000-1FFFFFFF|1-1ABCDEF-1ABCDEF"));
 
         FilterDialog none(1, "");
         pressButton(&none, "btnDelete"); // no row there
@@ -109,6 +110,7 @@ private slots:
 
     void theKindSetsTheLimits()
     {
+        const ModalAnswer noWarningWaits;
         FilterDialog dialog(1, "");
         auto *kind = dialog.findChild<QComboBox *>("comboBox");
         QSpinBox *start = spin(dialog, "spinBoxStart");

@@ -47,6 +47,7 @@ private slots:
         QSignalSpy changed(&model, &MyTableModel::dataChanged);
         QVERIFY(model.setData(cell, 42, Qt::DisplayRole));
         QCOMPARE(model.data(cell, Qt::EditRole), QVariant("42"));
+        QCOMPARE(changed.value(0).value(0).toModelIndex(), cell);
         QVERIFY(!model.setData(cell, 1, Qt::ToolTipRole));
         model.setHeader(QStringList(kTitles) << "twelfth");
         QVERIFY(model.setData(model.index(0, 11), "lost", Qt::EditRole));

@@ -3,6 +3,7 @@
 #include "modalhelper.h"
 #include "testfolder.h"
 
+#include <QComboBox>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -24,12 +25,13 @@ private:
     void answer(const QString &name)
     {
         answers_->on<QFileDialog>([name](QFileDialog *chooser) {
-            QCOMPARE(chooser->windowTitle(), QString("保存CSV文件"));
-            QCOMPARE(chooser->nameFilters(), QStringList("CSV Files (*.csv)"));
             chooser->setOption(QFileDialog::DontConfirmOverwrite);
             if (!name.isEmpty())
                 chooser->findChild<QLineEdit *>("fileNameEdit")->setText(name);
             QTest::keyClick(chooser, name.isEmpty() ? Qt::Key_Escape : Qt::Key_Return);
+            QCOMPARE(chooser->windowTitle(), QString("保存CSV文件"));
+            QCOMPARE(chooser->nameFilters(), QStringList("CSV Files (*.csv)"));
+            QCOMPARE(chooser->acceptMode(), QFileDialog::AcceptSave);
         });
     }
     void browse(const QString &name)
@@ -57,6 +59,7 @@ private slots:
         browse(folder_.path("chosen.csv"));
         QCOMPARE(pathEdit()->text(), folder_.path("chosen.csv"));
         QVERIFY(hint()->isHidden());
+        QCOMPARE(dialog_->focusWidget()->objectName(), QString("okBtn"));
         pressButton(dialog_.get(), "cancelBtn");
         QVERIFY(!dialog_->isVisible());
         QVERIFY(dialog_->path().isEmpty());
@@ -77,6 +80,13 @@ private slots:
         answer(folder_.path("run 1.2/d"));
         browse("d.csv"); // asked a second time
         QCOMPARE(pathEdit()->text(), folder_.path("run 1.2/d.csv"));
+        const QByteArray last = folder_.read("config/setdb.txt");
+        answer(folder_.path("run 1.2/e"));
+        browse(QString()); // the second question is cancelled
+        QCOMPARE(pathEdit()->text(), folder_.path("run 1.2/d.csv"));
+        QVERIFY(QDir(folder_.path(".")).mkdir("1,2"));
+        browse(folder_.path("1,2/f.csv")); // a folder that the settings cannot hold
+        QCOMPARE(folder_.read("config/setdb.txt"), last);
     }
 
     void anUnwritableTargetShowsTheHintAndOkIsStillAllowed()
@@ -94,9 +104,14 @@ private slots:
         browse(folder_.path("b.csv"));
         QVERIFY(hint()->isHidden());
         pathEdit()->setText("typed"); // is taken as it is
+        dialog_->findChild<QComboBox *>("modeBox")->setCurrentIndex(1);
         pressButton(dialog_.get(), "okBtn");
         QVERIFY(!dialog_->isVisible());
         QCOMPARE(dialog_->path(), QString("typed"));
+        QCOMPARE(int(dialog_->mode()), int(CaptureMode::FilteredFrames));
+        dialog_->show();
+        pressButton(dialog_.get(), "cancelBtn"); // takes it back
+        QVERIFY(dialog_->path().isEmpty() && dialog_->mode() == CaptureMode::AllFrames);
     }
 
     void escapeCancels()

@@ -63,15 +63,21 @@ void setData(const std::uint8_t *data, std::size_t valid, std::size_t held, RawF
         frame->rawDlc = 0;
 }
 
-bool decodeClassic(const std::uint8_t *body, std::size_t size, RawFrame *frame)
+// What classic and FD objects begin with.
+void decodeHead(const std::uint8_t *body, RawFrame *frame)
 {
-    if (size < can::kBytes)
-        return false;
     frame->channel = channelFrom1(at<std::uint16_t>(body, can::kChannel));
     const std::uint8_t flags = body[can::kFlags];
     frame->direction = (flags & kFlagSent) != 0 ? Direction::Sent : Direction::Received;
     frame->remote = (flags & kFlagRemote) != 0;
     setId(at<std::uint32_t>(body, can::kId), frame);
+}
+
+bool decodeClassic(const std::uint8_t *body, std::size_t size, RawFrame *frame)
+{
+    if (size < can::kBytes)
+        return false;
+    decodeHead(body, frame);
     setDlc(body[can::kDlc], frame);
     if (!frame->remote)
         std::memcpy(frame->data, body + can::kData, frame->length);
@@ -82,11 +88,7 @@ bool decodeFd(const std::uint8_t *body, std::size_t size, RawFrame *frame)
 {
     if (size < canfd::kData)
         return false;
-    frame->channel = channelFrom1(at<std::uint16_t>(body, can::kChannel));
-    const std::uint8_t flags = body[can::kFlags];
-    frame->direction = (flags & kFlagSent) != 0 ? Direction::Sent : Direction::Received;
-    frame->remote = (flags & kFlagRemote) != 0;
-    setId(at<std::uint32_t>(body, can::kId), frame);
+    decodeHead(body, frame);
     const std::uint8_t fdFlags = body[canfd::kFdFlags];
     frame->fd = (fdFlags & canfd::kFd) != 0;
     frame->bitRateSwitch = frame->fd && (fdFlags & canfd::kBitRateSwitch) != 0;

@@ -46,8 +46,8 @@ QByteArray daysText(std::optional<std::int64_t> utc)
     if (!utc || *utc < 0)
         return "0";
     const double fraction = static_cast<double>(*utc % kNanosecondsPerDay) / static_cast<double>(kNanosecondsPerDay);
-    return QByteArray::number(static_cast<qint64>(*utc / kNanosecondsPerDay + kDaysTo1970)) +
-           QByteArray::number(fraction, 'f', kDayDecimals).mid(1);
+    const qint64 days = *utc / kNanosecondsPerDay + kDaysTo1970;
+    return QByteArray::number(days) + QByteArray::number(fraction, 'f', kDayDecimals).mid(1);
 }
 
 } // namespace

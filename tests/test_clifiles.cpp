@@ -1,0 +1,173 @@
+// The command line on recordings alone: converting, showing, counting.
+#include "cliprocess.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QtTest>
+
+using namespace cli;
+
+class TestCliFiles : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void select_data();
+    void select();
+    void showsJson();
+    void tableOfSignals();
+    void livePipe();
+    void manyFiles();
+    void baseline();
+
+private:
+    const Folder folder_;
+};
+
+void TestCliFiles::select_data()
+{
+    QTest::addColumn<QString>("options");
+    QTest::addColumn<QString>("log");
+    const QString all = "(0000000001.000000) can0 123#11\n(0000000002.500000) can1 124#22\n"
+                        "(0000000003.000000) can0 1F334455#33 T\n";
+    const QStringList lines = all.split('\n');
+    QTest::newRow("everything") << "" << all;
+    QTest::newRow("identifiers") << "--id 124,1F000000..1FFFFFFF" << lines[1] + '\n' + lines[2] + '\n';
+    QTest::newRow("mask") << "--id 120/7F4" << lines[0] + '\n';
+    QTest::newRow("channel") << "--channels 2" << lines[1] + '\n';
+    QTest::newRow("time") << "--from 2 --to 2.5" << lines[1] + '\n';
+    QTest::newRow("filter") << "--filter tx" << lines[2] + '\n';
+    QTest::newRow("all of them") << "--from 2 --channels 1" << lines[2] + '\n';
+    QTest::newRow("start") << "--id 123 --start 1398128223"
+                           << "(1398128224.000000) can0 123#11\n";
+    QTest::newRow("relative") << "--id 123 --start 1398128223 --times relative" << lines[0] + '\n';
+    QTest::newRow("nanoseconds") << "--id 123 --nanoseconds"
+                                 << "(0000000001.000000000) can0 123#11\n";
+}
+
+void TestCliFiles::select()
+{
+    QFETCH(QString, options);
+    QFETCH(QString, log);
+    const QByteArray input = "(1.0) can0 123#11\n(2.5) can1 124#22\n(3.0) can0 1F334455#33 T\n";
+    const Ended ended = run(words("convert - - --format candump") + options.split(' ', Qt::SkipEmptyParts), input);
+    QVERIFY2(ended.code == 0, ended.errors.constData());
+    QCOMPARE(QString::fromLatin1(ended.out), log);
+}
+
+void TestCliFiles::showsJson()
+{
+    const QString database =
+        folder_.write("one.dbc", "BU_: A\nBO_ 291 Engine: 8 A\n SG_ Speed : 0|16@1+ (0.5,0) [0|0] \"rpm\" A\n");
+    const Ended ended = run(words("show - --json --dbc") << database,
+                            "(1.5) can1 123#1000000000000000 T\n(2.0) can0 1F334455##5AABB\n(3.0) can0 124#R4\n");
+    QVERIFY2(ended.code == 0, ended.errors.constData());
+    const QList<QByteArray> lines = ended.out.split('\n');
+    QCOMPARE(lines.size(), 4);
+    const QJsonObject first = QJsonDocument::fromJson(lines[0]).object();
+    const QJsonObject expected{{"time", 1.5},         {"channel", 2},
+                               {"direction", "tx"},   {"id", 291},
+                               {"extended", false},   {"remote", false},
+                               {"fd", false},         {"brs", false},
+                               {"esi", false},        {"error", false},
+                               {"length", 8},         {"data", "1000000000000000"},
+                               {"message", "Engine"}, {"signals", QJsonObject{{"Speed", 8}}}};
+    QCOMPARE(first, expected);
+    const QJsonObject second = QJsonDocument::fromJson(lines[1]).object();
+    QVERIFY(second["fd"].toBool() && second["brs"].toBool() && second["extended"].toBool());
+    QVERIFY(!second.contains("message"));
+    const QJsonObject third = QJsonDocument::fromJson(lines[2]).object();
+    QVERIFY(third["remote"].toBool() && third["length"].toInt() == 4 && third["data"].toString().isEmpty());
+}
+
+void TestCliFiles::tableOfSignals()
+{
+    const QString database =
+        folder_.write("two.dbc", "BU_: A\nBO_ 291 Engine: 8 A\n SG_ Mode M : 0|8@1+ (1,0) [0|0] \"\" A\n"
+                                 " SG_ Speed m1 : 8|16@1+ (0.5,0) [0|0] \"rpm\" A\n"
+                                 "BO_ 292 Doors: 1 A\n SG_ Open : 0|8@1+ (1,0) [0|0] \"a,b\" A\n");
+    const Ended ended = run(words("convert - - --format csv --signals Doors,Speed --dbc") << database,
+                            "(1.5) can1 123#01E803\n(1.6) can1 123#02E803\n(1.7) can0 125#\n(2.0) can0 124#07\n");
+    QVERIFY2(ended.code == 0, ended.errors.constData());
+    QCOMPARE(ended.out, QByteArray("time [s],channel,Doors.Open [a,b],Engine.Speed [rpm]\n1.500000,2,,500\n"
+                                   "2.000000,1,7,\n")
+                            .replace("Doors.Open [a,b]", "\"Doors.Open [a,b]\""));
+    const Ended unknown = run(words("convert - - --format csv --signals Nothing --dbc") << database);
+    QVERIFY2(unknown.code == 2 && unknown.errors.contains("Nothing"), unknown.errors.constData());
+}
+
+// A line goes through as soon as it is there.
+void TestCliFiles::livePipe()
+{
+    QProcess process;
+    start(&process, words("convert - - --input-format candump --format candump"));
+    QByteArray out;
+    for (const char *line : {"(0000000001.000000) can0 123#11\n", "(0000000002.000000) can0 124#22\n"}) {
+        process.write(line);
+        QTRY_VERIFY_WITH_TIMEOUT((out += process.readAllStandardOutput()).endsWith(line), kTimeoutMs);
+    }
+    process.closeWriteChannel();
+    QCOMPARE(end(&process).code, 0);
+}
+
+void TestCliFiles::manyFiles()
+{
+    QVERIFY(QDir(folder_.path(".")).mkdir("into"));
+    QStringList inputs;
+    for (int i = 0; i < 8; ++i) {
+        inputs << folder_.write(QString("many%1.log").arg(i), QByteArray("(1.0) can0 00") + char('0' + i) + "#\n");
+    }
+    const Ended ended = run(words("convert -j 3 --format trc --into") << folder_.path("into") << inputs);
+    QVERIFY2(ended.code == 0, ended.errors.constData());
+    for (int i = 0; i < inputs.size(); ++i) {
+        const auto frames = folder_.read(QString("into/many%1.trc").arg(i)).frames;
+        QVERIFY(frames.size() == 1 && frames[0].id == unsigned(i));
+    }
+    const Ended counted = run(words("statistics --json -j 3") + inputs);
+    QCOMPARE(counted.code, 0);
+    const QList<QByteArray> lines = counted.out.trimmed().split('\n');
+    QCOMPARE(lines.size(), inputs.size());
+    for (int i = 0; i < inputs.size(); ++i) { // in the order of the inputs
+        const QJsonObject object = QJsonDocument::fromJson(lines[i]).object();
+        QCOMPARE(object["input"].toString(), inputs[i]);
+        QCOMPARE(object["identifiers"].toArray()[0].toObject()["id"].toInt(), i);
+    }
+    inputs[3] = folder_.path("none.log");
+    QCOMPARE(run(words("statistics") + inputs).code, 1);
+}
+
+void TestCliFiles::baseline()
+{
+    QByteArray log;
+    for (int i = 0; i < 40; ++i)
+        log += "(" + QByteArray::number(1 + i * 0.1, 'f', 3) + ") can0 " + (i % 2 ? "124" : "123") + "#00\n";
+    const Ended learned = run(words("statistics - --learn") << folder_.path("baseline.json"), log);
+    QVERIFY2(learned.code == 0, learned.errors.constData());
+    QCOMPARE(run(words("statistics - --check") << folder_.path("baseline.json"), log).code, 0);
+    const Ended lacking = run(words("statistics - --id 123 --check") << folder_.path("baseline.json"), log);
+    QCOMPARE(lacking.code, 1);
+    QVERIFY2(lacking.out.contains("124 missing"), lacking.out.constData());
+    // What a database says of both; only the channel with frames is held against it.
+    const QString database = folder_.write(
+        "cycles.dbc", "BU_: A\nBO_ 291 One: 8 A\nBO_ 292 Two: 8 A\nBA_DEF_ BO_ \"GenMsgCycleTime\" INT 0 9000;\n"
+                      "BA_DEF_DEF_ \"GenMsgCycleTime\" 200;\n");
+    const QStringList check = words("statistics - --check-dbc --dbc") << database;
+    const Ended kept = run(check, log);
+    QVERIFY2(kept.code == 0, (kept.out + kept.errors).constData());
+    const Ended early = run(check, log + "(4.9) can0 123#\n(5.0) can0 7FF#\n");
+    QCOMPARE(early.code, 1);
+    QVERIFY2(early.out.contains("123 One early") && early.out.contains("7FF new"), early.out.constData());
+    const Ended silent = run(check + words("--id 7FF"), log);
+    QVERIFY2(silent.code == 1 && silent.out.contains("124 Two missing"), silent.out.constData());
+    QCOMPARE(run(words("statistics - --check-dbc"), log).code, 2);
+    const Ended slower = run(words("statistics - --json --tolerance 5 --check") << folder_.path("baseline.json"),
+                             "(1.0) can0 123#\n(1.0) can0 124#\n(1.4) can0 123#\n(1.4) can0 124#\n(1.4) can0 125#\n");
+    QCOMPARE(slower.code, 1);
+    const QJsonArray violations = QJsonDocument::fromJson(slower.out).object()["violations"].toArray();
+    QCOMPARE(violations.size(), 1);
+    QCOMPARE(violations[0].toObject()["kind"].toString(), QStringLiteral("new"));
+}
+
+QTEST_GUILESS_MAIN(TestCliFiles)
+#include "test_clifiles.moc"
