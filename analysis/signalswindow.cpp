@@ -2,6 +2,7 @@
 
 #include "analysis/databasedialog.h"
 #include "analysis/signalfilter.h"
+#include "analysis/signaltree.h"
 #include "analysis/signaltreemodel.h"
 #include "device/language.h"
 
@@ -17,7 +18,6 @@
 #include <QPushButton>
 #include <QShortcut>
 #include <QShowEvent>
-#include <QTreeView>
 #include <QVBoxLayout>
 
 namespace
@@ -67,7 +67,7 @@ void SignalsWindow::createWidgets()
     plot_ = button("plotButton");
     databases_ = button("databasesButton");
     vehicle_ = button("vehicleButton");
-    tree_ = new QTreeView;
+    tree_ = new SignalTree;
     tree_->setObjectName(QStringLiteral("signalTree"));
     tree_->setModel(filter_);
     tree_->setUniformRowHeights(true);
