@@ -10,6 +10,7 @@ void CurveData::append(CurvePoint point)
         if (size_ > 0 && size_ + kChunk > limit_) {
             chunks_.pop_front();
             size_ -= kChunk;
+            dropped_ += kChunk;
         }
         chunks_.push_back(std::make_shared<Chunk>());
     }
@@ -67,6 +68,18 @@ std::size_t CurveData::firstAt(std::int64_t time, std::size_t near) const
     return low;
 }
 
+namespace
+{
+// In variables of its own, which the compiler keeps in registers.
+template <typename Item> void addAll(ValueRange *range, const Item *item, const Item *end)
+{
+    ValueRange all = *range;
+    for (; item != end; ++item)
+        all.add(*item);
+    *range = all;
+}
+} // namespace
+
 ValueRange CurveData::range(std::size_t begin, std::size_t end) const
 {
     ValueRange range;
@@ -75,19 +88,23 @@ ValueRange CurveData::range(std::size_t begin, std::size_t end) const
         const Chunk &chunk = *chunks_[begin / kChunk];
         const std::size_t index = begin % kChunk;
         const std::size_t room = end - begin;
+        std::size_t count = 0;
         if (index == 0 && room >= kChunk) {
             range.add(chunk.whole);
-            begin += kChunk;
+            count = kChunk;
         } else if (index % kMiddle == 0 && room >= kMiddle) {
-            range.add(chunk.coarse[index / kMiddle]);
-            begin += kMiddle;
+            const std::size_t ranges = std::min(kChunk - index, room) / kMiddle;
+            addAll(&range, chunk.coarse.data() + index / kMiddle, chunk.coarse.data() + index / kMiddle + ranges);
+            count = ranges * kMiddle;
         } else if (index % kStep == 0 && room >= kStep) {
-            range.add(chunk.fine[index / kStep]);
-            begin += kStep;
+            const std::size_t ranges = std::min(kMiddle - index % kMiddle, room) / kStep;
+            addAll(&range, chunk.fine.data() + index / kStep, chunk.fine.data() + index / kStep + ranges);
+            count = ranges * kStep;
         } else {
-            range.add(chunk.points[index].value);
-            ++begin;
+            count = std::min(kStep - index % kStep, room);
+            addAll(&range, chunk.points.data() + index, chunk.points.data() + index + count);
         }
+        begin += count;
     }
     return range;
 }

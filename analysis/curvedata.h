@@ -26,6 +26,7 @@ struct ValueRange {
         if (value > maximum)
             maximum = value;
     }
+    void add(const CurvePoint &point) { add(point.value); }
     void add(const ValueRange &other)
     {
         if (other.minimum < minimum)
@@ -49,10 +50,11 @@ public:
 
     // A time before the last one's counts as the last one's.
     void append(CurvePoint point);
-    void clear() { chunks_.clear(), size_ = 0; }
+    void clear() { chunks_.clear(), size_ = dropped_ = 0; }
 
     std::size_t size() const { return size_; }
     bool isEmpty() const { return size_ == 0; }
+    std::size_t dropped() const { return dropped_; } // points that made room
     const CurvePoint &at(std::size_t index) const { return chunks_[index / kChunk]->points[index % kChunk]; }
     // Index of the first point at or after this time; size() when there is none.
     std::size_t firstAt(std::int64_t time) const;
@@ -79,5 +81,6 @@ private:
 
     std::deque<std::shared_ptr<Chunk>> chunks_; // all full but the last
     std::size_t size_ = 0;
+    std::size_t dropped_ = 0;
     std::size_t limit_;
 };

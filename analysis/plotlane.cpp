@@ -1,134 +1,50 @@
 #include "analysis/plotlane.h"
 
-#include "analysis/columnpicture.h"
-#include "analysis/curvestroke.h"
+#include "analysis/plotcurves.h"
 #include "analysis/signaltreemodel.h"
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QLocale>
-#include <QPaintEngine>
 #include <QPainter>
 
 #include <algorithm>
 #include <cmath>
 #include <qwt_plot_canvas.h>
 #include <qwt_plot_grid.h>
-#include <qwt_plot_item.h>
 #include <qwt_plot_marker.h>
 #include <qwt_scale_draw.h>
 #include <qwt_scale_engine.h>
-#include <qwt_scale_map.h>
 #include <qwt_scale_widget.h>
 #include <qwt_text.h>
 
 namespace
 {
-constexpr double kFarthest = 1e6; // pixels, that the painter still takes
-constexpr int kNumberGap = 3;     // pixels from a curve's end to its number
 constexpr int kLongestState = 16; // characters on an axis
 constexpr int kMostStates = 12;   // on an axis
 constexpr int kMajorSteps = 6;
 constexpr int kMinorSteps = 4;
 constexpr int kLabelDigits = 12;
+constexpr int kCanvasMargin = 4; // pixels, of Qwt's layouts
+constexpr int kRoomRounds = 3;
+constexpr int kLabelSlack = 1; // pixels; positions are rounded
 
-// All curves of a lane: those with few points as lines, the others, on a screen, as one picture.
-class CurvesItem : public QwtPlotItem
+// Its frame as filled rectangles: as lines, which Qt draws pixel by pixel, it costs more than the curves do.
+class LaneCanvas : public QwtPlotCanvas
 {
 public:
-    CurvesItem(const LaneLook *look, const QVector<const PlotSignal *> &curves) : look_(look), curves_(curves)
+    using QwtPlotCanvas::QwtPlotCanvas;
+
+protected:
+    void drawBorder(QPainter *painter) override
     {
-        setZ(10);
+        const QColor colour = palette().color(QPalette::WindowText);
+        for (const QRect &side : QRegion(rect()) - contentsRect())
+            painter->fillRect(side, colour);
     }
-
-    void draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap, const QRectF &canvas) const override;
-
-private:
-    const LaneLook *look_;
-    const QVector<const PlotSignal *> curves_;
-    // Kept from one drawing to the next:
-    mutable std::vector<QPointF> stroke_;
-    mutable ColumnPicture picture_;
 };
 
-// A printer and a document get lines, which stay lines at every scale.
-bool isScreen(const QPainter &painter)
-{
-    return painter.paintEngine()->type() == QPaintEngine::Raster &&
-           painter.deviceTransform().type() <= QTransform::TxTranslate;
-}
-
-void drawLines(QPainter *painter, const std::vector<QPointF> &stroke)
-{
-    const auto isBreak = [](const QPointF &point) { return std::isnan(point.y()); };
-    for (auto begin = stroke.begin(); begin != stroke.end();) {
-        const auto stop = std::find_if(begin, stroke.end(), isBreak);
-        const int count = int(stop - begin);
-        if (count > 1)
-            painter->drawPolyline(&*begin, count);
-        else if (count == 1)
-            painter->drawPoint(*begin);
-        begin = std::find_if_not(stop, stroke.end(), isBreak);
-    }
-}
-
-void drawNumber(QPainter *painter, const PlotSignal &signal, QPointF end, const QRectF &canvas)
-{
-    const QString text = QString::number(signal.number);
-    const QFontMetricsF metrics(painter->font());
-    const double x = qMin(end.x() + kNumberGap, canvas.right() - metrics.horizontalAdvance(text) - kNumberGap);
-    const double y = std::clamp(end.y() - kNumberGap, canvas.top() + metrics.ascent(), canvas.bottom() - kNumberGap);
-    painter->setPen(signal.colour);
-    painter->drawText(QPointF(x, y), text);
-}
-
-void CurvesItem::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap, const QRectF &canvas) const
-{
-    TimeWindow window;
-    window.from = toNanoseconds(xMap.s1());
-    window.to = toNanoseconds(xMap.s2());
-    window.pixels = qMax(1, int(std::ceil(xMap.pDist())));
-    const double perPixel = (xMap.p2() - xMap.p1()) / window.pixels;
-    const bool screen = isScreen(*painter);
-    const QRect area = canvas.toAlignedRect();
-    if (screen)
-        picture_.begin(area.size());
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing, false);
-    QVector<QPair<const PlotSignal *, QPointF>> ends;
-    for (const PlotSignal *signal : curves_) {
-        if (!signal->shown || signal->scale.isEmpty())
-            continue;
-        const bool full = strokeOf(signal->data, window, look_->stepped || signal->isEnumeration(), stroke_);
-        // Every signal by its own scale, whichever the axis shows.
-        const double perValue = (yMap.p2() - yMap.p1()) / (signal->scale.maximum - signal->scale.minimum);
-        const QPointF origin = screen && full ? area.topLeft() : QPointF();
-        const QPointF *end = nullptr;
-        for (QPointF &point : stroke_) {
-            const double x = xMap.p1() + point.x() * perPixel - origin.x();
-            point.setX(std::clamp(x, -kFarthest, kFarthest));
-            if (std::isnan(point.y()))
-                continue;
-            const double y = yMap.p1() + (point.y() - signal->scale.minimum) * perValue - origin.y();
-            point.setY(std::clamp(y, -kFarthest, kFarthest));
-            end = &point;
-        }
-        if (end && end->x() + origin.x() >= 0)
-            ends.append({signal, *end + origin});
-        if (screen && full) {
-            picture_.add(stroke_, signal->colour.rgba());
-        } else {
-            painter->setPen(QPen(signal->colour, 0));
-            drawLines(painter, stroke_);
-        }
-    }
-    if (screen && !picture_.isEmpty())
-        picture_.draw(painter, area.topLeft());
-    for (const auto &[signal, end] : qAsConst(ends))
-        drawNumber(painter, *signal, end, canvas);
-    painter->restore();
-}
-
-// Labels of a signal's values: the states' texts where it has them.
+// Labels of a signal's values: the states' texts where it has them. Those that do not fit are left out.
 class ValueScaleDraw : public QwtScaleDraw
 {
 public:
@@ -142,8 +58,35 @@ public:
         return text;
     }
 
+    void draw(QPainter *painter, const QPalette &palette) const override
+    {
+        // Wherever it is drawn, the axis reaches that far beyond the scale.
+        const QwtScaleWidget *axis = lane_->axisWidget(QwtPlot::yLeft);
+        const double top = pos().y() - axis->endBorderDist();
+        double bottom = pos().y() + length() + axis->startBorderDist();
+        fitting_.clear();
+        for (const double value : scaleDiv().ticks(QwtScaleDiv::MajorTick)) { // from the bottom up
+            const QRect place = boundingLabelRect(painter->font(), value);
+            if (place.isEmpty() || place.top() < top - kLabelSlack || place.bottom() > bottom + kLabelSlack)
+                continue;
+            fitting_.append(value);
+            bottom = place.top();
+        }
+        QwtScaleDraw::draw(painter, palette);
+    }
+
+    void forgetLabels() { invalidateCache(); }
+
+protected:
+    void drawLabel(QPainter *painter, double value) const override
+    {
+        if (fitting_.contains(value))
+            QwtScaleDraw::drawLabel(painter, value);
+    }
+
 private:
     const PlotLane *lane_;
+    mutable QVector<double> fitting_; // values whose labels are drawn
 };
 
 class TimeScaleDraw : public QwtScaleDraw
@@ -161,8 +104,9 @@ PlotLane::PlotLane(const LaneLook *look, const QVector<const PlotSignal *> &curv
 {
     setAutoReplot(false);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored); // lanes share the height evenly, however many there are
+    auto *surface = new LaneCanvas(this);
+    setCanvas(surface);
     setCanvasBackground(Qt::white);
-    auto *surface = static_cast<QwtPlotCanvas *>(canvas());
     surface->setFrameStyle(QFrame::Box | QFrame::Plain);
     surface->setLineWidth(1);
     surface->setFocusPolicy(Qt::NoFocus);
@@ -170,9 +114,9 @@ PlotLane::PlotLane(const LaneLook *look, const QVector<const PlotSignal *> &curv
     setAxisScaleDraw(yLeft, new ValueScaleDraw(this));
     setAxisScaleDraw(xBottom, new TimeScaleDraw);
     enableAxis(xBottom, bottom);
-    auto *grid = new QwtPlotGrid;
-    grid->setMajorPen(QPen(QColor(0xDD, 0xDD, 0xDD), 0));
-    grid->attach(this);
+    grid_ = new QwtPlotGrid;
+    grid_->setMajorPen(QPen(QColor(0xDD, 0xDD, 0xDD), 0));
+    grid_->attach(this);
     (new CurvesItem(look, curves))->attach(this);
     const Qt::PenStyle styles[] = {Qt::SolidLine, Qt::DashLine};
     for (int i = 0; i < 2; ++i) {
@@ -194,79 +138,156 @@ void PlotLane::setFonts()
         title.setRenderFlags(Qt::AlignHCenter);
         setAxisTitle(axis, title);
     }
+    for (int axis : {int(yLeft), int(xBottom)})
+        makeRoomForLabels(axis);
+    titleHeight_ = kNoHeight;
 }
 
 void PlotLane::changeEvent(QEvent *event)
 {
     QwtPlot::changeEvent(event);
-    if (event->type() == QEvent::FontChange)
-        setFonts();
+    if (event->type() != QEvent::FontChange)
+        return;
+    setFonts();
+    showAxes();
+    emit resized();
+}
+
+void PlotLane::setAxisSignal(const PlotSignal *signal)
+{
+    if (signal == axisSignal_)
+        return;
+    axisSignal_ = signal;
+    static_cast<ValueScaleDraw *>(axisScaleDraw(yLeft))->forgetLabels();
+    axisWidget(yLeft)->update();
+    titleHeight_ = kNoHeight;
 }
 
 void PlotLane::resizeEvent(QResizeEvent *event)
 {
     QwtPlot::resizeEvent(event);
-    showAxis(); // as many labels as there is room for
+    showAxes(); // as many labels as there is room for
+    emit resized();
 }
 
-void PlotLane::showAxis()
+void PlotLane::showTitle()
 {
-    QwtText title;
+    QString title;
     QPalette palette = axisWidget(yLeft)->palette();
     if (axisSignal_) {
-        title = QwtText(
+        title =
             axisSignal_->unit.isEmpty()
                 ? QStringLiteral("%1  %2").arg(axisSignal_->number).arg(axisSignal_->id.signal)
-                : QStringLiteral("%1  %2 [%3]").arg(axisSignal_->number).arg(axisSignal_->id.signal, axisSignal_->unit),
-            QwtText::PlainText);
+                : QStringLiteral("%1  %2 [%3]").arg(axisSignal_->number).arg(axisSignal_->id.signal, axisSignal_->unit);
         palette.setColor(QPalette::Text, axisSignal_->colour);
         palette.setColor(QPalette::WindowText, axisSignal_->colour);
     }
     // As much of it as there is room for; the number, which is in the list too, comes first.
     const int room = canvas()->height() - fontMetrics().height(); // the scale is that much shorter, at most
-    title = QwtText(fontMetrics().elidedText(title.text(), Qt::ElideRight, room), QwtText::PlainText);
-    title.setFont(font());
-    if (title.text() != axisTitle(yLeft).text())
-        setAxisTitle(yLeft, title);
+    QwtText text(fontMetrics().elidedText(title, Qt::ElideRight, room), QwtText::PlainText);
+    text.setFont(font());
+    if (text.text() != axisTitle(yLeft).text())
+        setAxisTitle(yLeft, text);
     if (palette != axisWidget(yLeft)->palette())
         axisWidget(yLeft)->setPalette(palette);
-    if (!axisSignal_ || axisSignal_->scale.isEmpty()) {
-        setAxisScale(yLeft, 0, 1);
-        return;
-    }
+}
+
+QwtScaleDiv PlotLane::valueDivision() const
+{
+    if (!axisSignal_ || axisSignal_->scale.isEmpty())
+        return axisScaleEngine(yLeft)->divideScale(0, 1, axisMaxMajor(yLeft), axisMaxMinor(yLeft));
     const ValueRange &scale = axisSignal_->scale;
     const double states = (scale.maximum - scale.minimum) / std::abs(axisSignal_->factor);
-    QwtScaleDiv division;
     const QwtLinearScaleEngine engine;
     if (axisSignal_->isEnumeration() && states <= kMostStates) {
         const double room = std::max(1.0, double(canvas()->height()) / fontMetrics().height());
         const double step = std::abs(axisSignal_->factor) * std::max(1.0, std::ceil(states / room));
-        division = engine.divideScale(scale.minimum, scale.maximum, kMostStates, 0, step);
-    } else {
-        const bool low = canvas()->height() < kMajorSteps * 2 * fontMetrics().height();
-        division = engine.divideScale(scale.minimum, scale.maximum, low ? kMajorSteps / 2 : kMajorSteps,
-                                      low ? 0 : kMinorSteps);
+        return engine.divideScale(scale.minimum, scale.maximum, kMostStates, 0, step);
     }
-    setAxisScaleDiv(yLeft, division);
+    const bool low = canvas()->height() < kMajorSteps * 2 * fontMetrics().height();
+    return engine.divideScale(scale.minimum, scale.maximum, low ? kMajorSteps / 2 : kMajorSteps, low ? 0 : kMinorSteps);
 }
 
-void PlotLane::showAll()
+// Measuring labels is what is dear, so it is done for the axes that are seen, when something of them is new.
+bool PlotLane::setDivision(int axis, const QwtScaleDiv &division)
 {
-    setAxisScale(xBottom, look_->from, look_->to);
-    showAxis();
+    const bool same = axisScaleDiv(axis) == division;
+    if (!same) {
+        setAxisScaleDiv(axis, division);
+        grid_->updateScaleDiv(axisScaleDiv(xBottom), axisScaleDiv(yLeft));
+    }
+    if (!axisEnabled(axis) || (same && axisScaleDraw(axis)->length() == scaleLength_[axis]))
+        return false;
+    axisWidget(axis)->setScaleDiv(division);
+    makeRoomForLabels(axis);
+    scaleLength_[axis] = axisScaleDraw(axis)->length();
+    return true;
+}
+
+// A shorter scale has its outermost labels nearer to its ends, where they ask for more room. In a lane that is hardly
+// higher than a label the room that the last height left behind would stay, so this begins with the longest scale.
+void PlotLane::makeRoomForLabels(int axis)
+{
+    QwtScaleWidget *widget = axisWidget(axis);
+    int start = 0;
+    int end = 0;
+    if (axis == xBottom) {
+        widget->getBorderDistHint(start, end);
+        widget->setBorderDist(start, end);
+        return;
+    }
+    // The canvas has that much room beyond the scale by itself.
+    const int margin = kCanvasMargin + static_cast<LaneCanvas *>(canvas())->frameWidth();
+    const int longest = canvas()->height() - 2 * margin;
+    for (int round = 0; round < kRoomRounds; ++round) {
+        axisScaleDraw(axis)->setLength(longest - qMax(0, start - margin) - qMax(0, end - margin));
+        widget->getBorderDistHint(start, end);
+    }
+    widget->setBorderDist(start, end);
+    updateLayout();
+    const QRect area = widget->contentsRect();
+    axisScaleDraw(axis)->move(axisScaleDraw(axis)->pos().x(), area.top() + end);
+    axisScaleDraw(axis)->setLength(area.height() - start - end);
+}
+
+void PlotLane::showAxes()
+{
+    setDivision(xBottom, axisScaleEngine(xBottom)->divideScale(look_->from, look_->to, axisMaxMajor(xBottom),
+                                                               axisMaxMinor(xBottom)));
+    const bool sameScale = !setDivision(yLeft, valueDivision());
+    if (sameScale && titleHeight_ == canvas()->height())
+        return;
+    titleHeight_ = canvas()->height();
+    showTitle();
+    auto *labels = axisScaleDraw(yLeft);
+    const double kept = labels->minimumExtent();
+    labels->setMinimumExtent(0);
+    labelWidth_ = labels->extent(axisFont(yLeft));
+    axisWidth_ = axisWidget(yLeft)->dimForLength(canvas()->height(), axisFont(yLeft));
+    labels->setMinimumExtent(kept);
+}
+
+void PlotLane::setAxisWidth(int pixels)
+{
+    const double extent = labelWidth_ + pixels - axisWidth_;
+    if (axisScaleDraw(yLeft)->minimumExtent() == extent)
+        return;
+    axisScaleDraw(yLeft)->setMinimumExtent(extent);
+    updateLayout();
+}
+
+int PlotLane::timeAxisHeight() const
+{
+    return axisEnabled(xBottom) ? axisWidget(xBottom)->dimForLength(width(), axisFont(xBottom)) : 0;
+}
+
+void PlotLane::replot()
+{
+    showAxes();
     for (int i = 0; i < 2; ++i) {
         cursors_[i]->setVisible(look_->cursorsShown);
         cursors_[i]->setXValue(look_->cursors[i]);
     }
-    replot();
-}
-
-double PlotLane::axisExtent() const
-{
-    return axisScaleDraw(yLeft)->extent(axisFont(yLeft));
-}
-
-void PlotLane::setAxisExtent(double pixels)
-{
-    axisScaleDraw(yLeft)->setMinimumExtent(pixels);
+    QCoreApplication::sendPostedEvents(this, QEvent::LayoutRequest); // what new labels ask for
+    static_cast<LaneCanvas *>(canvas())->replot();
 }

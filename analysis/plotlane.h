@@ -10,6 +10,7 @@
 
 #include <qwt_plot.h>
 
+class QwtPlotGrid;
 class QwtPlotMarker;
 
 // What the lanes of a view have in common.
@@ -36,23 +37,39 @@ public:
     PlotLane(const LaneLook *look, const QVector<const PlotSignal *> &curves, bool bottom, QWidget *parent);
 
     // Whose scale the value axis shows; one of the lane's.
-    void setAxisSignal(const PlotSignal *signal) { axisSignal_ = signal; }
+    void setAxisSignal(const PlotSignal *signal);
     const PlotSignal *axisSignal() const { return axisSignal_; }
-    // Takes look, signals' scales and points anew.
-    void showAll();
-    // Room for the value axis' labels, in pixels; lanes below each other are given the largest.
-    double axisExtent() const;
-    void setAxisExtent(double pixels);
+    // Takes look and signals' scales anew, for the axes.
+    void showAxes();
+    // What the value axis takes, in pixels; lanes below each other are given the largest.
+    int axisWidth() const { return axisWidth_; }
+    void setAxisWidth(int pixels); // at least axisWidth()
+    int timeAxisHeight() const;    // 0: has none
+    // Draws look, scales and points anew.
+    void replot() override;
+
+signals:
+    void resized(); // axisWidth() may be another
 
 protected:
     void changeEvent(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    static constexpr int kNoHeight = -1;
+
     void setFonts();
-    void showAxis();
+    void showTitle();
+    QwtScaleDiv valueDivision() const;
+    bool setDivision(int axis, const QwtScaleDiv &division); // whether labels may be others now
+    void makeRoomForLabels(int axis);
 
     const LaneLook *look_;
     const PlotSignal *axisSignal_;
+    QwtPlotGrid *grid_;
     QwtPlotMarker *cursors_[2];
+    double scaleLength_[axisCnt] = {}; // for which there is room for labels
+    int titleHeight_ = kNoHeight;      // of the canvas that the title was made for
+    double labelWidth_ = 0;
+    int axisWidth_ = 0;
 };

@@ -62,9 +62,11 @@ void PlotView::build()
     for (int i = 0; i < groups.size(); ++i) {
         auto *lane = new PlotLane(&look_, groups[i], i + 1 == groups.size(), this);
         lane->canvas()->installEventFilter(this);
-        layout_->addWidget(lane, 1);
+        connect(lane, &PlotLane::resized, this, &PlotView::alignAxes);
+        layout_->addWidget(lane);
         lanes_.append(lane);
     }
+    shareHeight();
     select(selected_);
 }
 
@@ -161,17 +163,38 @@ void PlotView::scaleAll()
 void PlotView::showAll()
 {
     scaleAll();
-    double extent = 0;
-    for (PlotLane *lane : qAsConst(lanes_)) {
-        lane->showAll();
-        if (lanes_.size() > 1) {
-            lane->setAxisExtent(0);
-            extent = qMax(extent, lane->axisExtent());
-        }
-    }
-    if (lanes_.size() > 1)
-        for (PlotLane *lane : qAsConst(lanes_))
-            lane->setAxisExtent(extent);
+    for (PlotLane *lane : qAsConst(lanes_))
+        lane->showAxes();
+    alignAxes();
+    for (PlotLane *lane : qAsConst(lanes_))
+        lane->replot();
+}
+
+// Times stand below each other.
+void PlotView::alignAxes()
+{
+    if (lanes_.size() < 2)
+        return;
+    int width = 0;
+    for (const PlotLane *lane : qAsConst(lanes_))
+        width = qMax(width, lane->axisWidth());
+    for (PlotLane *lane : qAsConst(lanes_))
+        lane->setAxisWidth(width);
+}
+
+// Evenly, what the time axis takes of the last one left aside.
+void PlotView::shareHeight()
+{
+    const int each = qMax(1, (height() - lanes_.last()->timeAxisHeight()) / lanes_.size());
+    for (int i = 0; i < lanes_.size(); ++i)
+        layout_->setStretch(i, i + 1 < lanes_.size() ? each : qMax(1, height() - i * each));
+    layout_->activate();
+}
+
+void PlotView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    shareHeight();
 }
 
 void PlotView::fit()

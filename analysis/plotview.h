@@ -48,10 +48,13 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void build();
     void scaleAll();
+    void alignAxes();
+    void shareHeight();
     void zoomTime(double factor, double around);
     void moveTime(double fraction); // of the window
     void zoomValues(double factor);

@@ -274,6 +274,11 @@ void PlotWindow::showValues()
     const auto cutShort = [](const auto &signal) { return signal->reading->isCutShort(); };
     if (!hub_->isLive() && std::any_of(curves_.begin(), curves_.end(), cutShort))
         line += QStringLiteral("   ") + fileChangedText();
+    std::size_t dropped = 0;
+    for (const auto &signal : curves_)
+        dropped += signal->data.dropped();
+    if (dropped > 0)
+        line += text3("　已舍弃最早的%1个点", "　已捨棄最早的%1個點", "   %1 oldest points dropped").arg(dropped);
     if (hub_->store().lost() > 0)
         line += text3("　丢失%1帧", "　遺失%1個訊框", "   %1 frames lost").arg(hub_->store().lost());
     times_->setText(line);

@@ -2,6 +2,7 @@
 
 #include "analysis/databasedialog.h"
 #include "analysis/signalfilter.h"
+#include "analysis/signaltree.h"
 #include "analysis/signaltreemodel.h"
 #include "device/language.h"
 
@@ -17,12 +18,12 @@
 #include <QPushButton>
 #include <QShortcut>
 #include <QShowEvent>
-#include <QTreeView>
 #include <QVBoxLayout>
 
 namespace
 {
 constexpr int kRefreshMs = 250;
+constexpr int kRowsBridged = 2;    // unchanged ones between two changed that are painted together
 constexpr int kMostExpanded = 400; // messages that a search opens
 // Widths in average characters.
 constexpr int kColumnChars[SignalTreeModel::ColumnCount] = {31, 13, 9, 17, 17, 12, 12, 18};
@@ -67,7 +68,7 @@ void SignalsWindow::createWidgets()
     plot_ = button("plotButton");
     databases_ = button("databasesButton");
     vehicle_ = button("vehicleButton");
-    tree_ = new QTreeView;
+    tree_ = new SignalTree;
     tree_->setObjectName(QStringLiteral("signalTree"));
     tree_->setModel(filter_);
     tree_->setUniformRowHeights(true);
@@ -212,29 +213,46 @@ void SignalsWindow::showProgress()
         showState();
 }
 
-// Only the rows on the screen, and of them only those whose message came again.
+// Only the rows on the screen, and of them only the cells that show something else now.
 void SignalsWindow::refresh()
 {
     showProgress();
     if (freeze_->isChecked() || isMinimized())
         return;
     QModelIndex message;
-    bool changed = false;
-    QRect area;
+    const std::vector<unsigned> *changed = nullptr;
+    QRect runs[SignalTreeModel::ColumnCount]; // cells below each other
+    QRegion area;
     const QRect screen = tree_->viewport()->rect();
     for (QModelIndex index = tree_->indexAt(screen.topLeft()); index.isValid(); index = tree_->indexBelow(index)) {
         const QRect row = tree_->visualRect(index);
         if (row.top() > screen.bottom())
             break;
         const QModelIndex source = filter_->mapToSource(index);
-        const QModelIndex owner = source.parent().parent().isValid() ? source.parent() : source;
-        if (owner != message) {
+        const bool isSignal = source.parent().parent().isValid();
+        const QModelIndex owner = isSignal ? source.parent() : source;
+        if (!changed || owner != message) {
             message = owner;
-            changed = model_->refresh(owner);
+            changed = &model_->refresh(owner);
         }
-        if (changed)
-            area |= QRect(screen.left(), row.top(), screen.width(), row.height());
+        const std::size_t place = isSignal ? std::size_t(source.row()) + 1 : 0;
+        const unsigned columns = place < changed->size() ? (*changed)[place] : 0;
+        for (int column = 0; column < SignalTreeModel::ColumnCount; ++column) {
+            if (!(columns >> column & 1))
+                continue;
+            QRect &run = runs[column];
+            const QRect cell(tree_->columnViewportPosition(column), row.top(), tree_->columnWidth(column),
+                             row.height());
+            if (row.top() > run.bottom() + row.height() * kRowsBridged + 1) {
+                area += run;
+                run = cell;
+            } else {
+                run |= cell;
+            }
+        }
     }
+    for (const QRect &run : runs)
+        area += run;
     if (!area.isEmpty())
         tree_->viewport()->update(area);
 }

@@ -13,9 +13,9 @@ class QLabel;
 class QLineEdit;
 class QProgressBar;
 class QPushButton;
-class QTreeView;
 class SignalFilter;
 class SignalHub;
+class SignalTree;
 class SignalTreeModel;
 
 class SignalsWindow : public AnalysisWindow
@@ -62,7 +62,7 @@ private:
     QPushButton *plot_;
     QPushButton *databases_;
     QPushButton *vehicle_;
-    QTreeView *tree_;
+    SignalTree *tree_;
     QLabel *state_;
     QProgressBar *progress_;
     QAction *copy_;

@@ -84,14 +84,43 @@ void SignalTreeModel::rebuild()
     endResetModel();
 }
 
-bool SignalTreeModel::refresh(const QModelIndex &index)
+unsigned SignalTreeModel::changedColumns(const SignalRecord &before, const SignalRecord &now)
 {
+    if (before.state != now.state || before.seen != now.seen)
+        return kAllColumns;
+    unsigned columns = 0;
+    if (before.value.raw != now.value.raw)
+        columns |= bit(Value) | bit(Text) | bit(Raw);
+    if (before.range.minimum != now.range.minimum)
+        columns |= bit(Minimum);
+    if (before.range.maximum != now.range.maximum)
+        columns |= bit(Maximum);
+    if (before.changed != now.changed)
+        columns |= bit(Changed);
+    return columns;
+}
+
+const std::vector<unsigned> &SignalTreeModel::refresh(const QModelIndex &index)
+{
+    changed_.clear();
     auto *node = const_cast<Node *>(nodeOf(index));
     if (!node)
-        return false;
-    const std::uint64_t before = node->record.count;
+        return changed_;
+    const bool seen = node->seen;
+    std::swap(before_, node->record);
     node->seen = hub_->store().read(unsigned(channelOf(index.internalId())) + 1, node->message, &node->record);
-    return node->seen && node->record.count != before;
+    const MessageRecord &now = node->record;
+    if (seen && node->seen && before_.values.size() == now.values.size()) {
+        changed_.push_back((before_.count != now.count ? bit(Value) : 0) |
+                           (before_.length != now.length ? bit(Text) : 0));
+        for (std::size_t i = 0; i < now.values.size(); ++i)
+            changed_.push_back(changedColumns(before_.values[i], now.values[i]));
+    } else {
+        if (!node->seen)
+            node->record = {};
+        changed_.assign(std::size_t(node->message->decoder.signalCount()) + 1, seen || node->seen ? kAllColumns : 0);
+    }
+    return changed_;
 }
 
 const SignalTreeModel::Node *SignalTreeModel::nodeOf(const QModelIndex &index) const

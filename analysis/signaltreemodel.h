@@ -15,8 +15,9 @@ public:
 
     explicit SignalTreeModel(SignalHub *hub, QObject *parent = nullptr);
 
-    // Takes the message's values anew; whether something of it is new. For an index of a message or signal.
-    bool refresh(const QModelIndex &index);
+    // Takes the message's values anew. Bits of the columns that show something else now, first of the message's row,
+    // then of its signals'; for a moment. For an index of a message or signal.
+    const std::vector<unsigned> &refresh(const QModelIndex &index);
     // The signal, or false: the index is none.
     bool signalAt(const QModelIndex &index, SignalId *id) const;
     bool isEmpty() const { return channels_[0].empty() && channels_[1].empty(); }
@@ -40,6 +41,10 @@ private:
     };
     static constexpr int kChannels = 2;
 
+    static constexpr unsigned bit(Column column) { return 1U << column; }
+    static constexpr unsigned kAllColumns = (1U << ColumnCount) - 1;
+    static unsigned changedColumns(const SignalRecord &before, const SignalRecord &now);
+
     void rebuild();
     const Node *nodeOf(const QModelIndex &index) const; // of a message or signal; else null
     QString messageText(const Node &node, int column) const;
@@ -49,6 +54,8 @@ private:
     SignalHub *hub_;
     std::shared_ptr<const MessageLookup> lookup_; // keeps the messages
     std::vector<Node> channels_[kChannels];
+    MessageRecord before_; // room for refresh()
+    std::vector<unsigned> changed_;
 };
 
 // As the windows show values: never in the style of a locale.

@@ -67,6 +67,7 @@ private slots:
         fill(&made, std::size_t(count), std::size_t(limit), 7);
         const CurveData &curve = made.curve;
         QVERIFY(curve.size() <= std::size_t(limit) && curve.size() + 8192 > std::size_t(qMin(count, limit)));
+        QCOMPARE(curve.size() + curve.dropped(), std::size_t(count));
         std::mt19937 random(11);
         for (int round = 0; round < 3000; ++round) {
             const std::size_t a = random() % (curve.size() + 20);

@@ -2,6 +2,7 @@
 #include "analysis/databasedialog.h"
 #include "analysis/plotview.h"
 #include "analysis/plotwindow.h"
+#include "analysis/signalhub.h"
 #include "analysis/signalstore.h"
 #include "analysis/signalswindow.h"
 #include "analysis/signaltreemodel.h"
@@ -404,6 +405,51 @@ private slots:
         folder_.write("broken.dbc", file("After"));
         QTRY_VERIFY_WITH_TIMEOUT(findRow(*tree()->model(), "After").isValid(), kLong);
         QVERIFY(!findRow(*tree()->model(), "Before").isValid());
+    }
+
+    // A cell that shows something else is told, for it is not painted again otherwise; without frames nothing is.
+    void cellsThatChange()
+    {
+        folder_.write("cells.dbc", "BO_ 100 Known: 8 N\n SG_ A : 0|8@1+ (0.5,0) [0|0] \"\" N\n"
+                                   " SG_ B : 32|8@1- (1,0) [0|0] \"V\" N\nVAL_ 100 A 1 \"one\" 2 \"two\" ;\n");
+        SignalHub hub;
+        hub.databases()->add(folder_.path("cells.dbc"), DatabaseChannels::First);
+        SignalTreeModel model(&hub);
+        const QModelIndex message = findRow(model, "Known");
+        const auto shown = [&] {
+            QStringList cells;
+            for (int row = 0; row <= model.rowCount(message); ++row)
+                for (int column = 0; column < SignalTreeModel::ColumnCount; ++column) {
+                    const QModelIndex first = row == 0 ? message : model.index(row - 1, 0, message);
+                    const QModelIndex cell = first.sibling(first.row(), column);
+                    cells += cell.data().toString() + cell.data(Qt::ForegroundRole).value<QBrush>().color().name();
+                }
+            return cells;
+        };
+        std::uint32_t random = 5;
+        for (int round = 0; round < 500; ++round) {
+            const QStringList before = shown();
+            random = random * 1664525 + 1013904223;
+            RawFrame frame;
+            frame.time = round * 1'000'000;
+            frame.id = 100;
+            frame.channel = 1;
+            frame.length = random >> 30 ? 8 : 2;
+            frame.data[0] = random >> 16 & 3;
+            frame.data[4] = std::uint8_t(random >> 20);
+            if (round % 3 > 0)
+                hub.store().consume(&frame, 1);
+            if (round % 50 == 49)
+                hub.store().resetRanges();
+            const std::vector<unsigned> changed = model.refresh(message);
+            const QStringList after = shown();
+            for (int i = 0; i < after.size(); ++i)
+                QVERIFY2(before[i] == after[i] ||
+                             changed[i / SignalTreeModel::ColumnCount] >> i % SignalTreeModel::ColumnCount & 1,
+                         qPrintable(QString("%1: %2 %3").arg(i).arg(before[i], after[i])));
+            for (const unsigned columns : model.refresh(message))
+                QCOMPARE(columns, 0U);
+        }
     }
 
     // What cannot be in a live bus' good frames.
