@@ -240,14 +240,14 @@ void PlotLane::makeRoomForLabels(int axis)
     const int margin = kCanvasMargin + static_cast<LaneCanvas *>(canvas())->frameWidth();
     const int longest = canvas()->height() - 2 * margin;
     for (int round = 0; round < kRoomRounds; ++round) {
-        axisScaleDraw(axis)->setLength(longest - qMax(0, start - margin) - qMax(0, end - margin));
+        axisScaleDraw(axis)->setLength(qMax(1, longest - qMax(0, start - margin) - qMax(0, end - margin)));
         widget->getBorderDistHint(start, end);
     }
     widget->setBorderDist(start, end);
     updateLayout();
     const QRect area = widget->contentsRect();
     axisScaleDraw(axis)->move(axisScaleDraw(axis)->pos().x(), area.top() + end);
-    axisScaleDraw(axis)->setLength(area.height() - start - end);
+    axisScaleDraw(axis)->setLength(qMax(1, area.height() - start - end));
 }
 
 void PlotLane::showAxes()

@@ -12,9 +12,9 @@
 
 namespace
 {
-constexpr double kWheelZoom = 0.8;   // for one step of the wheel or key
-constexpr double kWheelStep = 120.0; // eighths of a degree
-constexpr double kKeyMove = 0.1;     // of the window
+constexpr double kWheelZoom = 0.8;    // for one step of the wheel or key
+constexpr double kWheelNotch = 120.0; // eighths of a degree
+constexpr double kKeyMove = 0.1;      // of the window
 constexpr double kCursorMove = 0.01;
 constexpr double kShortest = 1e-6;     // seconds
 constexpr double kLongest = 4e9;       // a clock set right in the middle of a recording included
@@ -307,7 +307,7 @@ bool PlotView::eventFilter(QObject *watched, QEvent *event)
     switch (event->type()) {
     case QEvent::Wheel: {
         const auto *wheel = static_cast<const QWheelEvent *>(event);
-        const double factor = std::pow(kWheelZoom, wheel->angleDelta().y() / kWheelStep);
+        const double factor = std::pow(kWheelZoom, wheel->angleDelta().y() / kWheelNotch);
         if (wheel->modifiers() & Qt::ControlModifier)
             zoomValues(factor);
         else
