@@ -24,25 +24,32 @@ void SignalStore::consume(const RawFrame *frames, std::size_t count)
     }
 }
 
-// Times go back by some milliseconds between channels and directions; by more when the adapter is opened again.
-std::int64_t SignalStore::storeTime(std::int64_t adapterTime)
+// What a channel receives is in order, and so is what it sends; the one may come long after the other when a machine is
+// busy. Where the times of one of these go back, the adapter has been opened again.
+std::int64_t SignalStore::storeTime(const RawFrame &frame)
 {
-    const std::int64_t time = adapterTime + offset_;
+    std::int64_t time = frame.time + offset_;
     if (!started_) {
         started_ = true;
         now_ = time;
-    } else if (time < now_ - kNanosecondsPerSecond) {
-        interruptCurves(now_);
-        offset_ = now_ + kNanosecondsPerSecond - adapterTime;
-        return now_ = adapterTime + offset_;
     }
+    const unsigned source = unsigned(frame.channel) << 1 | unsigned(frame.direction == Direction::Sent);
+    auto last = lastOf_.find(source);
+    if (last == lastOf_.end())
+        last = lastOf_.insert(source, now_);
+    if (time < *last - kNanosecondsPerSecond) {
+        interruptCurves(now_);
+        offset_ = now_ + kNanosecondsPerSecond - frame.time;
+        time = frame.time + offset_;
+    }
+    *last = std::max(*last, time);
     now_ = std::max(now_, time);
     return time;
 }
 
 void SignalStore::consumeOne(const RawFrame &frame)
 {
-    const std::int64_t time = storeTime(frame.time);
+    const std::int64_t time = storeTime(frame);
     if (frame.error || frame.remote)
         return;
     const quint64 key = quint64(frame.channel) << 32 | quint64(frame.extended) << 31 | frame.id;
@@ -141,6 +148,7 @@ void SignalStore::beginAnew()
     bindFeeds();
     started_ = false;
     offset_ = now_ = 0;
+    lastOf_.clear();
     lost_ = 0;
 }
 

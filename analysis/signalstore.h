@@ -76,7 +76,7 @@ private:
     };
 
     void consumeOne(const RawFrame &frame);
-    std::int64_t storeTime(std::int64_t adapterTime);
+    std::int64_t storeTime(const RawFrame &frame);
     Slot *slotOf(unsigned channel, const KnownMessage *message);
     void bindFeeds();
     void push(CurveFeed *feed, CurvePoint point) const;
@@ -92,5 +92,6 @@ private:
     std::int64_t offset_ = 0;         // from the adapter's clock to the store's time
     std::int64_t now_ = 0;
     bool started_ = false;
+    QHash<unsigned, std::int64_t> lastOf_; // the store's time of what each channel received and sent last
     std::uint64_t lost_ = 0;
 };

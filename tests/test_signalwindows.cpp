@@ -477,18 +477,19 @@ private slots:
         QVERIFY(!store.read(1, message, &record));
         send(10 * kSecond, 8, 8, 1);
         send(11 * kSecond, 6, 2, 1);
-        send(11 * kSecond, 99, 8, 2); // no database there
+        send(20 * kSecond, 99, 8, 2); // no database there; a thread that is ahead of the other channel's
+        send(12 * kSecond, 6, 2, 1);
         QVERIFY(store.read(1, message, &record));
-        QCOMPARE(int(record.count), 2);
+        QCOMPARE(int(record.count), 3);
         QCOMPARE(record.values[0].value.physical, 3.0);
         QCOMPARE(record.values[0].range.maximum, 4.0);
         QVERIFY(record.values[1].state == SignalState::BeyondFrame && record.values[1].seen);
         send(kSecond, 2, 8, 1); // opened again
         std::vector<CurvePoint> points;
         store.take(*feed, &points);
-        QCOMPARE(int(points.size()), 4);
-        QVERIFY(std::isnan(points[2].value) && points[3].time > points[1].time);
-        QCOMPARE(points[3].value, 1.0);
+        QCOMPARE(int(points.size()), 5);
+        QVERIFY(std::isnan(points[3].value) && points[4].time > points[2].time);
+        QCOMPARE(points[4].value, 1.0);
         store.resetRanges();
         QVERIFY(store.read(1, message, &record));
         QCOMPARE(record.values[0].range.maximum, 1.0);
