@@ -31,7 +31,9 @@ private:
         setLanguageCode(SimplifiedChinese);
         scene.window = std::make_unique<MainWindow>();
         scene.user = std::make_unique<WindowDriver>(*scene.window);
-        QTest::qWait(100); // the late start, some rounds
+        const auto *field = scene.user->find<QLineEdit>("ch2SendIDEdit");
+        QVERIFY(QTest::qWaitFor([field] { return !field->text().isEmpty(); })); // the late start
+        QTest::qWait(100);                                                      // some rounds
     }
     static bool isStored(const Scene &scene, const char *entry)
     {
