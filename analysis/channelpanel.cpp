@@ -13,6 +13,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 
 namespace
 {
@@ -39,7 +40,7 @@ KindCount sum(const ChannelStatistics &statistics, Direction direction, int row,
     if (span != Span::WholeBySecond || seconds <= 0)
         return all;
     const auto bySecond = [seconds](std::uint64_t count) {
-        return static_cast<std::uint64_t>(static_cast<double>(count) / seconds + 0.5);
+        return static_cast<std::uint64_t>(std::llround(static_cast<double>(count) / seconds));
     };
     return {bySecond(all.frames), bySecond(all.bytes)};
 }

@@ -95,7 +95,7 @@ DatabaseDialog::DatabaseDialog(SignalDatabases *databases, QWidget *parent)
     connect(channels_, QOverload<int>::of(&QComboBox::activated), this, &DatabaseDialog::setChannels);
     connect(list_, &QTreeWidget::currentItemChanged, this, &DatabaseDialog::showSelected);
     connect(databases_, &SignalDatabases::changed, this, &DatabaseDialog::showDatabases);
-    retranslate();
+    DatabaseDialog::retranslate();
     finishForm();
     add_->setFocus();
 }
