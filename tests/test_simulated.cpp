@@ -250,7 +250,7 @@ private slots:
             QVERIFY(round % 2 == 0 || driver_->OpenDevice(kDeviceType, 0, 0) == 0);
             simulated->replug();
         }
-        QTRY_COMPARE(threads(), before); // a joined thread leaves the list a moment later
+        QTRY_VERIFY(threads() <= before); // a joined thread leaves the list a moment later, one of an earlier test too
     }
 
     // The table has no context: its calls reach the driver that was asked last, and none once that one is gone.
