@@ -21,6 +21,7 @@
 #include "device/settingsstore.h"
 #include "dialogs/filedlg.h"
 #include "dialogs/listsenddlg.h"
+#include "frames/framesender.h"
 #include "frames/recvthread.h"
 #include "frames/sendthread.h"
 #include "ui_mainwindow.h"
@@ -346,7 +347,11 @@ void MainWindow::upgradeFirmware()
 
 void MainWindow::lookAtDevice()
 {
-    switch (deviceWatch_.look()) {
+    DeviceWatch::Change change = DeviceWatch::Change::None;
+    // The list and the replay bar may be sending for hours: the adapter is not asked in the midst of their frames only.
+    if (const SendersHalted halted; halted)
+        change = deviceWatch_.look();
+    switch (change) {
     case DeviceWatch::Change::Gone:
         deviceClosed();
         if (openDialog_)

@@ -206,8 +206,10 @@ void ReceiveView::setMerge(bool merge)
 {
     merge_ = merge;
     ui_->tableView->setFollowsEnd(!merge);
-    if (!merge)
+    if (!merge) {
+        ui_->tableView->scrollToBottom(); // the merged rows were shown from the top
         return;
+    }
     clearList();
     filter_->clearAll();
 }

@@ -84,6 +84,16 @@ bool sendRecords(unsigned channel, const CanFdTransmitRecord *records, unsigned 
     return send(channel, records, count);
 }
 
+SendersHalted::SendersHalted() : halted_(std::try_lock(senderLocks[0], senderLocks[1]) == -1) {}
+
+SendersHalted::~SendersHalted()
+{
+    if (!halted_)
+        return;
+    for (std::mutex &lock : senderLocks)
+        lock.unlock();
+}
+
 void showSent(unsigned channel, const CanTransmitRecord *records, unsigned count)
 {
     show(channel, records, count);

@@ -11,6 +11,22 @@
 bool sendRecords(unsigned channel, const CanTransmitRecord *records, unsigned count);
 bool sendRecords(unsigned channel, const CanFdTransmitRecord *records, unsigned count);
 
+// While it holds, no frame is on its way to the driver, and senders wait. Taken at once or, while a sender is in the
+// driver, not at all; any thread.
+class SendersHalted
+{
+public:
+    SendersHalted();
+    ~SendersHalted();
+    SendersHalted(const SendersHalted &) = delete;
+    SendersHalted &operator=(const SendersHalted &) = delete;
+
+    explicit operator bool() const { return halted_; }
+
+private:
+    const bool halted_;
+};
+
 // Rows of records for the frame list, in one batch; nothing when there is no window to take them. Any thread.
 void showSent(unsigned channel, const CanTransmitRecord *records, unsigned count);
 void showSent(unsigned channel, const CanFdTransmitRecord *records, unsigned count);

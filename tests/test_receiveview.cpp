@@ -239,6 +239,10 @@ private slots:
         const int place = bar->value();
         frames(run(310)); // comes in below
         QCOMPARE(bar->value(), place);
+        table()->scrollToTop();
+        view_->setMerge(false);
+        frames(run(20));
+        QCOMPARE(bar->value(), bar->maximum());
     }
 
     void mergingKeepsOneRowPerIdentifier()
