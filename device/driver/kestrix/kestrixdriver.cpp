@@ -42,25 +42,14 @@ void KestrixDriver::notify(DriverNotice notice)
         notices_.push_back(std::move(notice));
 }
 
-std::string KestrixDriver::hardwareType(Handle device) const
-{
-    DeviceInfoRecord record{};
-    if (library().GetDeviceInfo(device, &record) != kDriverSuccess)
-        return {};
-    const auto end = std::find(std::begin(record.hardwareType), std::end(record.hardwareType), '\0');
-    return std::string(std::begin(record.hardwareType), end);
-}
-
 Driver::Handle KestrixDriver::OpenDevice(std::uint32_t deviceType, std::uint32_t deviceIndex, std::uint32_t reserved)
 {
     if (auto failure = library_.load(folder_)) {
         notify(std::move(*failure));
         return 0;
     }
-    const Handle device = library().OpenDevice(deviceType, deviceIndex, reserved);
-    if (device != 0 && hardwareType(device) == kSimulatedName)
-        notify({DriverNotice::Kind::NotHardware, kSimulatedName});
-    return device;
+    recognised_ = false;
+    return library().OpenDevice(deviceType, deviceIndex, reserved);
 }
 
 std::uint32_t KestrixDriver::CloseDevice(Handle device)
@@ -72,7 +61,14 @@ std::uint32_t KestrixDriver::CloseDevice(Handle device)
 
 std::uint32_t KestrixDriver::GetDeviceInfo(Handle device, DeviceInfoRecord *record)
 {
-    return library().GetDeviceInfo(device, record);
+    const std::uint32_t answer = library().GetDeviceInfo(device, record);
+    if (answer == kDriverSuccess && !recognised_) {
+        recognised_ = true;
+        const auto end = std::find(std::begin(record->hardwareType), std::end(record->hardwareType), '\0');
+        if (std::string(std::begin(record->hardwareType), end) == kSimulatedName)
+            notify({DriverNotice::Kind::NotHardware, kSimulatedName});
+    }
+    return answer;
 }
 
 std::uint32_t KestrixDriver::GetDeviceStatus(Handle device)

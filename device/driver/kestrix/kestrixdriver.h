@@ -14,8 +14,8 @@ public:
     std::vector<std::string> deviceNames() override;
     std::vector<DriverNotice> takeNotices() override;
 
-    // Without a usable library: 0 and one notice, however often it is called before the notice is taken. A notice too
-    // when the library turns out to be the simulated one.
+    // Without a usable library: 0 and one notice, however often it is called before the notice is taken. The first
+    // GetDeviceInfo after it gives a notice when the library turns out to be the simulated one.
     Handle OpenDevice(std::uint32_t deviceType, std::uint32_t deviceIndex, std::uint32_t reserved) override;
     // All others answer 0 until the library is loaded.
     std::uint32_t CloseDevice(Handle device) override;
@@ -43,11 +43,11 @@ public:
 
 private:
     const KestrixOperations &library() const { return library_.operations(); }
-    std::string hardwareType(Handle device) const; // empty when the device does not tell
     void notify(DriverNotice notice);
 
     std::wstring folder_;
     KestrixLibrary library_;
     const PropertyInterface *properties_ = nullptr; // the library's
+    bool recognised_ = false;                       // what was opened has told what it is
     std::vector<DriverNotice> notices_;
 };
