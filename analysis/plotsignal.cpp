@@ -18,7 +18,7 @@ constexpr double kLargestRaw = 9e15;     // whole numbers that a double holds ex
 QColor plotColour(int number)
 {
     const int index = qMax(0, number - 1);
-    const QColor colour(kColours[index % kColourCount]);
+    QColor colour(kColours[index % kColourCount]);
     switch (index / kColourCount % 3) {
     case 1:
         return colour == Qt::black ? QColor(Qt::darkGray) : colour.darker(kDarker);

@@ -42,7 +42,7 @@ PlotWindow::PlotWindow(SignalHub *hub, int number, QWidget *parent)
     timer_.setInterval(kPictureMs);
     hub_->start();
     restore();
-    retranslate();
+    PlotWindow::retranslate();
 }
 
 PlotWindow::~PlotWindow()

@@ -156,7 +156,7 @@ const RecordingModel::Frames *RecordingModel::blockOf(std::uint64_t row) const
     const int got = source_.read(number * kBlock, static_cast<int>(kBlock), frames->data());
     frames->resize(static_cast<std::size_t>(got));
     blocks_.insert(number, frames);
-    return frames;
+    return blocks_.object(number);
 }
 
 std::optional<RawFrame> RecordingModel::frameAt(std::uint64_t row) const

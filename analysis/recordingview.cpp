@@ -175,7 +175,8 @@ void RecordingView::keyPressEvent(QKeyEvent *event)
     case Qt::Key_End:
         return setCurrent(model_->total() - 1, extend);
     default:
-        QAbstractScrollArea::keyPressEvent(event);
+        // The table would search and select among the rows of this page only.
+        QAbstractScrollArea::keyPressEvent(event); // NOLINT(bugprone-parent-virtual-call)
     }
 }
 

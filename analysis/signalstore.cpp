@@ -195,7 +195,7 @@ std::shared_ptr<CurveFeed> SignalStore::feed(const SignalId &id)
     return made;
 }
 
-void SignalStore::endFeed(std::shared_ptr<CurveFeed> feed)
+void SignalStore::endFeed(const std::shared_ptr<CurveFeed> &feed)
 {
     const std::lock_guard<std::mutex> guard(lock_);
     feeds_.erase(std::remove(feeds_.begin(), feeds_.end(), feed), feeds_.end());

@@ -64,7 +64,7 @@ public:
 
     // Every value of the signal from now on, whether a database knows it already or not.
     std::shared_ptr<CurveFeed> feed(const SignalId &id);
-    void endFeed(std::shared_ptr<CurveFeed> feed); // null: nothing happens
+    void endFeed(const std::shared_ptr<CurveFeed> &feed); // null: nothing happens
     // Hands over what came since; replaces what `points` held.
     void take(CurveFeed &feed, std::vector<CurvePoint> *points);
 

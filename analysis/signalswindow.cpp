@@ -41,7 +41,7 @@ SignalsWindow::SignalsWindow(SignalHub *hub, QWidget *parent)
     refreshTimer_.setInterval(kRefreshMs);
     connect(&refreshTimer_, &QTimer::timeout, this, &SignalsWindow::refresh);
     connect(hub_, &SignalHub::databasesChanged, this, &SignalsWindow::showDatabases);
-    retranslate();
+    SignalsWindow::retranslate();
     showDatabases();
 }
 

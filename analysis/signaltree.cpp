@@ -103,9 +103,9 @@ void SignalCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
     if (painter->pen().color() != colour)
         painter->setPen(colour);
     const bool right = index.data(Qt::TextAlignmentRole).toInt() & Qt::AlignRight;
-    const QPointF baseline(room.left() + (right ? room.width() - width : 0),
-                           room.top() + (room.height() - option.fontMetrics.height()) / 2 +
-                               option.fontMetrics.ascent());
+    const int top =
+        room.top() + (room.height() - option.fontMetrics.height()) / 2; // a whole pixel, as the style has it
+    const QPointF baseline(room.left() + (right ? room.width() - width : 0), top + option.fontMetrics.ascent());
     if (number)
         glyphs_.draw(painter, baseline);
     else

@@ -2,6 +2,7 @@
 
 #include "device/driver/timeunits.h"
 #include "device/language.h"
+#include "traces/frametexts.h"
 
 #include <QGuiApplication>
 #include <QMimeData>
@@ -35,11 +36,7 @@ int messageOf(quintptr id)
 
 QString idText(const MessageDefinition &message)
 {
-    constexpr int kStandardDigits = 3;
-    constexpr int kExtendedDigits = 8;
-    return QStringLiteral("0x") + QString::number(message.id, 16)
-                                      .toUpper()
-                                      .rightJustified(message.extended ? kExtendedDigits : kStandardDigits, '0');
+    return QStringLiteral("0x") + identifierText(message.id, message.extended);
 }
 
 QString rawText(const SignalDefinition &signal, std::int64_t raw)

@@ -2,13 +2,11 @@
 
 #include "device/driver/timeunits.h"
 #include "device/language.h"
+#include "traces/frametexts.h"
 
 namespace
 {
 constexpr int kDecimals = 3;
-constexpr int kStandardDigits = 3;
-constexpr int kExtendedDigits = 8;
-constexpr int kHex = 16;
 constexpr std::uint32_t kKilo = 1000;
 constexpr std::uint32_t kMega = 1000000;
 
@@ -49,8 +47,7 @@ QString directionText(Direction direction)
 
 QString idText(const IdentifierKey &key)
 {
-    const int digits = key.extended ? kExtendedDigits : kStandardDigits;
-    return QStringLiteral("0x") + QString::number(key.id, kHex).rightJustified(digits, QLatin1Char('0')).toUpper();
+    return QStringLiteral("0x") + identifierText(key.id, key.extended);
 }
 
 QString dataText(const RawFrame &frame)
@@ -132,12 +129,10 @@ QString violationName(Violation::Kind kind)
 
 QString violationLine(const Violation &violation)
 {
-    const QString line = text3("监视：通道%1 %2 %3 %4", "監視：通道%1 %2 %3 %4", "Supervision: channel %1 %2 %3 %4")
-                             .arg(QString::number(violation.key.channel), directionText(violation.key.direction),
-                                  idText(violation.key), violationName(violation.kind));
-    if (violation.kind == Violation::Kind::New)
-        return line;
-    if (violation.limit == 0)
+    QString line = text3("监视：通道%1 %2 %3 %4", "監視：通道%1 %2 %3 %4", "Supervision: channel %1 %2 %3 %4")
+                       .arg(QString::number(violation.key.channel), directionText(violation.key.direction),
+                            idText(violation.key), violationName(violation.kind));
+    if (violation.kind == Violation::Kind::New || violation.limit == 0)
         return line;
     return line + text3("（%1 ms，限值%2 ms）", "（%1 ms，限值%2 ms）", " (%1 ms, limit %2 ms)")
                       .arg(millisecondsText(static_cast<double>(violation.distance)),

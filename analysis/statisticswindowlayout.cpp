@@ -192,10 +192,10 @@ void StatisticsWindow::storeArrangement() const
 
 QString StatisticsWindow::title() const
 {
-    const QString title = text3("总线统计", "匯流排統計", "Bus statistics");
+    QString title = text3("总线统计", "匯流排統計", "Bus statistics");
     if (isLive())
         return title;
-    const QString of = title + text3("：", "：", ": ") + QFileInfo(part_->index->path()).fileName();
+    QString of = title + text3("：", "：", ": ") + QFileInfo(part_->index->path()).fileName();
     if (part_->first == 0 && part_->end >= part_->index->rows())
         return of;
     return of + text3("，第%1至%2帧", "，第%1至%2幀", ", frames %1 to %2")

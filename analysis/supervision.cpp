@@ -83,9 +83,8 @@ void Supervision::setTexts()
 
 QString Supervision::ask(bool save, const QString &title, const QString &filter) const
 {
-    const QString path = save ? QFileDialog::getSaveFileName(window_, title, QStringLiteral("baseline.json"), filter)
-                              : QFileDialog::getOpenFileName(window_, title, QString(), filter);
-    return path;
+    return save ? QFileDialog::getSaveFileName(window_, title, QStringLiteral("baseline.json"), filter)
+                : QFileDialog::getOpenFileName(window_, title, QString(), filter);
 }
 
 void Supervision::setTolerance(int percent)

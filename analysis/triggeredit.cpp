@@ -1,6 +1,8 @@
 #include "analysis/triggeredit.h"
 
 #include "device/driver/driver.h"
+#include "device/driver/identifiers.h"
+#include "device/driver/numbertext.h"
 #include "device/language.h"
 #include "widgets/accessibletexts.h"
 
@@ -13,9 +15,6 @@
 namespace
 {
 
-constexpr int kHex = 16;
-constexpr std::uint32_t kMaxStandardId = 0x7FF;
-constexpr std::uint32_t kMaxExtendedId = 0x1FFFFFFF;
 constexpr int kMostBytes = 64;
 
 } // namespace
@@ -100,13 +99,12 @@ bool TriggerEdit::readIds(RecorderTrigger &trigger)
     const QRegularExpressionMatch match = pattern.match(ids_->text());
     const QString first = match.captured(1);
     const QString last = match.captured(2).isEmpty() ? first : match.captured(2);
-    trigger.firstId = first.toUInt(nullptr, kHex);
-    trigger.lastId = last.toUInt(nullptr, kHex);
-    if (!match.hasMatch() || trigger.firstId > trigger.lastId || trigger.lastId > kMaxExtendedId)
+    trigger.firstId = first.toUInt(nullptr, kHexBase);
+    trigger.lastId = last.toUInt(nullptr, kHexBase);
+    if (!match.hasMatch() || trigger.firstId > trigger.lastId || trigger.lastId > kLargestExtendedId)
         return refuse(ids_,
                       text3("ID范围应如100..1FF", "ID範圍應如100..1FF", "A range of identifiers looks like 100..1FF"));
-    constexpr int kStandardDigits = 3;
-    trigger.extended = last.size() > kStandardDigits || trigger.lastId > kMaxStandardId;
+    trigger.extended = last.size() > kStandardIdDigits || trigger.lastId > kLargestStandardId;
     return true;
 }
 

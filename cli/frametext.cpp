@@ -2,6 +2,7 @@
 
 #include "cli/databases.h"
 #include "cli/valuetexts.h"
+#include "device/driver/identifiers.h"
 #include "traces/textput.h"
 
 #include <algorithm>
@@ -11,8 +12,6 @@ namespace
 
 constexpr int kTextDecimals = 6;
 constexpr int kJsonDecimals = 9;
-constexpr int kExtendedDigits = 8;
-constexpr int kStandardDigits = 3;
 
 void appendHex(std::string *out, std::uint64_t number, int digits)
 {
@@ -73,8 +72,8 @@ void FrameText::appendLine(std::string *out, const RawFrame &frame)
     out->append(frame.bitRateSwitch ? "B " : "- ").append(frame.errorStateIndicator ? "E  " : "-  ");
     const bool wide = frame.extended || frame.error;
     if (!wide)
-        out->append(kExtendedDigits - kStandardDigits, ' ');
-    appendHex(out, frame.id, wide ? kExtendedDigits : kStandardDigits);
+        out->append(kExtendedIdDigits - kStandardIdDigits, ' ');
+    appendHex(out, frame.id, idDigits(wide));
     out->append(frame.fd ? "  [" : "   [");
     if (frame.fd && frame.length < 10)
         out->push_back('0');

@@ -11,7 +11,6 @@ namespace
 
 using Way = GeneratorSettings::Way;
 
-constexpr std::uint32_t kLastExtended = 0x1FFFFFFF;
 constexpr double kLongestIntervalMs = 86'400'000;
 constexpr double kDefaultIntervalMs = 10;
 
@@ -48,7 +47,7 @@ void readIdentifier(Arguments &arguments, GeneratorSettings *frames)
 {
     const QString text = arguments.text("id");
     frames->extended = arguments.isSet("extended");
-    const std::uint32_t limit = frames->extended ? kLastExtended : kStandardIdLimit - 1;
+    const std::uint32_t limit = largestId(frames->extended);
     if (text.isEmpty())
         return;
     if (wayOf(text) != Way::Fixed) {

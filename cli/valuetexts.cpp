@@ -1,5 +1,6 @@
 #include "cli/valuetexts.h"
 
+#include "device/driver/identifiers.h"
 #include "device/driver/timeunits.h"
 #include "traces/textput.h"
 
@@ -11,7 +12,6 @@
 namespace
 {
 
-constexpr std::uint32_t kLargestIdentifier = 0x1FFFFFFF;
 constexpr double kLatestSeconds = 9e9; // whose nanoseconds fit 64 bits
 constexpr int kMostDecimals = 9;
 
@@ -54,7 +54,7 @@ std::optional<std::uint32_t> identifierFromText(const QString &text)
 {
     bool ok = false;
     const std::uint32_t id = text.toUInt(&ok, 16);
-    return ok && id <= kLargestIdentifier ? std::optional<std::uint32_t>(id) : std::nullopt;
+    return ok && id <= kLargestExtendedId ? std::optional<std::uint32_t>(id) : std::nullopt;
 }
 
 void appendSeconds(std::string *out, std::int64_t nanoseconds, int decimals)

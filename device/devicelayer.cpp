@@ -16,7 +16,6 @@ namespace
 {
 
 constexpr unsigned long kRetryPauseMs = 10;
-constexpr std::uint32_t kChannelTypeCanFd = 1;
 
 struct Layer {
     std::unique_ptr<Driver> driver = std::make_unique<NullDriver>(); // never null

@@ -55,7 +55,7 @@ listSendDlg::listSendDlg(QWidget *parent)
     refresh_->setInterval(kRefreshMs);
     connect(refresh_, &QTimer::timeout, this, &listSendDlg::showCounts);
     const QString problem = document_.openLast();
-    retranslate();
+    listSendDlg::retranslate();
     if (!problem.isEmpty())
         hint(text3("上次的列表无法打开：%1", "上次的列表無法開啟：%1", "The last list cannot be opened: %1")
                  .arg(problem));

@@ -1,7 +1,7 @@
 #include "dialogs/messagedlg.h"
 
-#include "device/driver/numbertext.h"
 #include "device/language.h"
+#include "traces/frametexts.h"
 #include "transmit/signalfields.h"
 
 #include <QFileInfo>
@@ -19,15 +19,7 @@ enum Column { Name, Id, Length, CycleTime, Senders, File, Comment, ColumnCount }
 enum Role { FileIndexRole = Qt::UserRole, MessageIndexRole };
 constexpr QSize kDesignSize(900, 420);
 constexpr int kWidestChars = 32; // average characters of a column
-constexpr int kStandardDigits = 3;
-constexpr int kExtendedDigits = 8;
 
-QString idText(const MessageDefinition &message)
-{
-    return QString::number(message.id, kHexBase)
-        .toUpper()
-        .rightJustified(message.extended ? kExtendedDigits : kStandardDigits, QLatin1Char('0'));
-}
 } // namespace
 
 MessageDlg::MessageDlg(DatabaseAccess databases, QWidget *parent)
@@ -76,7 +68,7 @@ MessageDlg::MessageDlg(DatabaseAccess databases, QWidget *parent)
     });
     connect(ok_, &QPushButton::clicked, this, &QDialog::accept);
     connect(cancel_, &QPushButton::clicked, this, &QDialog::reject);
-    retranslate();
+    MessageDlg::retranslate();
     finishForm();
     fill();
     search_->setFocus();
@@ -109,7 +101,7 @@ void MessageDlg::fill()
                 continue;
             auto *item = new QTreeWidgetItem;
             item->setText(Name, message.name);
-            item->setText(Id, idText(message));
+            item->setText(Id, identifierText(message.id, message.extended));
             item->setText(Length, QString::number(message.length));
             item->setText(CycleTime, message.cycleTimeMs == 0 ? QString() : QString::number(message.cycleTimeMs));
             item->setText(Senders, message.senders.join(QStringLiteral(", ")));

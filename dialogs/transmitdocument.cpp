@@ -109,7 +109,7 @@ QString TransmitDocument::open(const QString &path)
 
 QString TransmitDocument::save(const QString &path)
 {
-    const QString error = writeTransmitFile(path, list());
+    QString error = writeTransmitFile(path, list());
     if (!error.isEmpty())
         return error;
     path_ = path;

@@ -114,7 +114,7 @@ bool readId(const std::array<Field, FrameColumnCount> &fields, std::uint32_t &wo
     if (text.substr(0, 2) != "0x" || !readNumber(text.substr(2), 16, maxDigits, word))
         return false;
     const bool extended = !standardFrame.matches(fields[FormatColumn]);
-    if (word >= (extended ? kExtendedIdLimit : kStandardIdLimit))
+    if (word > largestId(extended))
         return false;
     if (extended)
         word |= kIdExtendedFlag;

@@ -1,5 +1,6 @@
 #include "frames/framebuilder.h"
 
+#include "device/driver/identifiers.h"
 #include "device/settingsstore.h"
 #include "traces/frametexts.h"
 
@@ -10,8 +11,6 @@ namespace
 {
 
 constexpr char16_t kHexDigits[] = u"0123456789ABCDEF";
-constexpr int kStandardIdDigits = 3;
-constexpr int kExtendedIdDigits = 8;
 
 // "0x" and the number in upper-case hexadecimal, padded with zeros to at least minDigits.
 QString prefixedHex(quint64 number, int minDigits)
@@ -77,7 +76,7 @@ template <typename Record> void append(QList<ModelItem> &batch, const Record &re
         item.timeStamp = QStringLiteral("无");
     item.channelText = channelNumberText(channel);
     item.dirText = isReceived ? QStringLiteral("Rx") : QStringLiteral("Tx");
-    item.idText = prefixedHex(record.id & kIdMask, extended ? kExtendedIdDigits : kStandardIdDigits);
+    item.idText = prefixedHex(record.id & kIdMask, idDigits(extended));
     item.formatText = extended ? words.extendedFrame : words.standardFrame;
     item.typeText = remote ? words.remoteFrame : words.dataFrame;
     item.dlcText = smallNumberText(length);

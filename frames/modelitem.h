@@ -1,28 +1,14 @@
 // One frame as one row of the frame list: ready-made texts, made once in the worker that handled the frame.
 #pragma once
 
+#include "traces/columntitles.h"
+
 #include <QList>
 #include <QMetaType>
 #include <QString>
 #include <QStringList>
 
 #include <array>
-
-// The columns of the frame list and of a CSV row.
-enum FrameColumn {
-    IndexColumn,
-    SystemTimeColumn,
-    TimeStampColumn,
-    ChannelColumn,
-    DirectionColumn,
-    IdColumn,
-    FormatColumn,
-    TypeColumn,
-    DlcColumn,
-    ProtocolColumn,
-    DataColumn,
-    FrameColumnCount
-};
 
 enum FrameDirection : unsigned { Transmitted = 0, Received = 1 };
 

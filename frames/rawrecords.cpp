@@ -78,7 +78,7 @@ RawFrame toRawFrame(const CanFdTransmitRecord &record, unsigned channel, std::in
 
 bool isSendable(const RawFrame &frame)
 {
-    const bool idFits = frame.id < (frame.extended ? kExtendedIdLimit : kStandardIdLimit);
+    const bool idFits = frame.id <= largestId(frame.extended);
     const bool lengthFits =
         frame.fd ? frame.length <= kFdDataBytes && lengthOfDlc(dlcOfLength(frame.length), true) == frame.length
                  : frame.length <= kClassicDataBytes;

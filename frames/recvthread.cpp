@@ -21,11 +21,10 @@ constexpr uint kWaitMs = 1;
 constexpr unsigned long kPollPauseMs = 1;
 constexpr quint8 kIdlePasses = 9;
 constexpr qint64 kBurstQuietMs = 10000; // so long without a pause ends a burst of them
-constexpr std::uint32_t kLastStandardId = kStandardIdLimit - 1;
 
 bool inOrder(std::uint32_t last, std::uint32_t current)
 {
-    return current == last + 1 || (last == kLastStandardId && current == 0);
+    return current == last + 1 || (last == kLargestStandardId && current == 0);
 }
 
 } // namespace

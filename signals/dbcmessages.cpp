@@ -1,11 +1,10 @@
+#include "device/driver/identifiers.h"
 #include "signals/dbcparser.h"
 
 namespace
 {
 
 constexpr std::uint32_t kExtended = 0x80000000;
-constexpr std::uint32_t kMostStandard = 0x7FF;
-constexpr std::uint32_t kMostExtended = 0x1FFFFFFF;
 constexpr std::int64_t kMostBits = 64;
 constexpr std::int64_t kMostStartBit = 0xFFFF - kMostBits;
 constexpr std::int64_t kMostLength = 0xFFFF;
@@ -26,7 +25,7 @@ void DbcParser::readMessage()
     const std::uint32_t word = scanner_.messageWord();
     MessageDefinition message;
     message.id = word & ~kExtended;
-    message.extended = message.id != word || message.id > kMostStandard;
+    message.extended = message.id != word || message.id > kLargestStandardId;
     const std::uint32_t key = message.extended ? message.id | kExtended : message.id;
     const std::string_view name = scanner_.word();
     message.name = scanner_.text(name);
@@ -39,7 +38,7 @@ void DbcParser::readMessage()
             scanner_.word();
         return;
     }
-    if (message.id > kMostExtended)
+    if (message.id > kLargestExtendedId)
         throw DbcError{DbcFault::BadIdentifier, place, QString::number(word)};
     if (length < 0 || length > kMostLength)
         throw DbcError{DbcFault::BadNumber, lengthPlace, QString::number(length)};

@@ -1,5 +1,6 @@
 // What can be said only when the whole file has been read: who selects whom, frame formats, long names.
 #include "signals/dbcparser.h"
+#include "traces/rawframe.h"
 
 #include <algorithm>
 
@@ -9,8 +10,6 @@ namespace
 constexpr qlonglong kFormatJ1939 = 3; // VFrameFormat where it is a number
 constexpr qlonglong kFormatStandardFd = 14;
 constexpr qlonglong kFormatExtendedFd = 15;
-constexpr int kClassicBytes = 8;
-constexpr int kFrameBytes = 64;
 
 QString longName(const Attributes &attributes, const char *attribute, const QString &name)
 {
@@ -64,7 +63,7 @@ void DbcParser::resolveFormats()
             message.j1939 = number == kFormatJ1939;
         } else {
             message.j1939 = networkIsJ1939;
-            message.fd = !networkIsJ1939 && message.length > kClassicBytes && message.length <= kFrameBytes;
+            message.fd = !networkIsJ1939 && message.length > int(kClassicBytes) && message.length <= int(kRawDataBytes);
         }
         message.j1939 = message.j1939 && message.extended;
         message.bitRateSwitch =

@@ -1,5 +1,7 @@
 #include "statistics/baseline.h"
 
+#include "device/driver/identifiers.h"
+#include "device/driver/numbertext.h"
 #include "device/driver/timeunits.h"
 
 #include <QJsonArray>
@@ -16,10 +18,7 @@ constexpr int kVersion = 1;
 constexpr std::uint64_t kPeriodicFrom = 5; // frames
 constexpr double kPeriodicDeviation = 0.5; // of the mean
 constexpr double kLongestMilliseconds = 1e12;
-constexpr std::uint32_t kMaxStandardId = 0x7FF;
-constexpr std::uint32_t kMaxExtendedId = 0x1FFFFFFF;
 constexpr int kMaxChannel = 65535;
-constexpr int kHex = 16;
 
 const QString kVersionKey = QStringLiteral("ostrel_baseline");
 const QString kMessagesKey = QStringLiteral("messages");
@@ -55,9 +54,9 @@ QString readMessage(const QJsonObject &object, BaselineMessage *message)
         return QStringLiteral("\"direction\" is neither \"rx\" nor \"tx\"");
     bool isNumber = false;
     const QString id = object.value(kIdKey).toString();
-    message->key.id = id.toUInt(&isNumber, kHex);
+    message->key.id = id.toUInt(&isNumber, kHexBase);
     message->key.extended = object.value(kExtendedKey).toBool(false);
-    if (!isNumber || message->key.id > (message->key.extended ? kMaxExtendedId : kMaxStandardId))
+    if (!isNumber || message->key.id > largestId(message->key.extended))
         return QStringLiteral("\"id\" is no identifier: %1").arg(id);
     message->key.channel = static_cast<std::uint16_t>(channel);
     message->key.direction = direction == kSent ? Direction::Sent : Direction::Received;
@@ -105,7 +104,7 @@ QByteArray toJson(const Baseline &baseline)
         QJsonObject object{
             {kChannelKey, message.key.channel},
             {kDirectionKey, message.key.direction == Direction::Sent ? kSent : kReceived},
-            {kIdKey, QStringLiteral("0x") + QString::number(message.key.id, kHex).toUpper()},
+            {kIdKey, QStringLiteral("0x") + QString::number(message.key.id, kHexBase).toUpper()},
             {kExtendedKey, message.key.extended},
         };
         if (message.mean > 0) {

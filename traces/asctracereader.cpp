@@ -1,3 +1,4 @@
+#include "device/driver/identifiers.h"
 #include "device/driver/timeunits.h"
 #include "traces/asclayout.h"
 #include "traces/asctrace.h"
@@ -142,7 +143,7 @@ TextTraceReader::LineKind AscReader::readId(Text word, RawFrame *frame) const
     if (!scan::number(word, base_, UINT32_MAX, &id))
         return LineKind::Unknown; // a name
     frame->id = static_cast<std::uint32_t>(id);
-    return id <= (frame->extended ? kExtendedIds : kStandardIds) ? LineKind::Frame : LineKind::Damaged;
+    return id <= largestId(frame->extended) ? LineKind::Frame : LineKind::Damaged;
 }
 
 bool AscReader::takeData(Text *text, unsigned length, std::uint8_t *data) const

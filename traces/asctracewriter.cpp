@@ -1,3 +1,4 @@
+#include "device/driver/identifiers.h"
 #include "device/driver/timeunits.h"
 #include "traces/asclayout.h"
 #include "traces/asctrace.h"
@@ -85,7 +86,7 @@ char *AscWriter::writeTime(char *out, std::int64_t time) const
 
 char *writeId(char *out, const RawFrame &frame, int width)
 {
-    const std::uint32_t id = frame.id & (frame.extended ? kExtendedIds : kStandardIds);
+    const std::uint32_t id = frame.id & largestId(frame.extended);
     char *const end = out + width;
     out = put::hex(out, id, put::hexDigits(id));
     if (frame.extended)

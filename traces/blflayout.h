@@ -71,7 +71,6 @@ constexpr std::uint16_t kZlib = 2;
 
 // The bodies, from the end of the object's header.
 constexpr std::uint32_t kExtendedBit = 0x80000000U;
-constexpr std::uint32_t kIdMask = 0x1FFFFFFFU;
 constexpr std::uint8_t kFlagSent = 0x01;
 constexpr std::uint8_t kFlagRemote = 0x80;
 namespace can // types 1 and 86; 100 begins alike

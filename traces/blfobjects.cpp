@@ -1,5 +1,7 @@
 #include "traces/blfobjects.h"
 
+#include "device/driver/identifiers.h"
+
 #include <QtEndian>
 
 #include <algorithm>
@@ -13,7 +15,6 @@ namespace
 {
 
 constexpr std::int64_t kTenMicroseconds = 10'000;
-constexpr unsigned kClassicBytes = 8;
 
 template <typename T> T at(const std::uint8_t *bytes, std::size_t offset)
 {
@@ -27,13 +28,13 @@ template <typename T> void put(std::uint8_t *bytes, std::size_t offset, T value)
 
 void setId(std::uint32_t raw, RawFrame *frame)
 {
-    frame->id = raw & kIdMask;
+    frame->id = raw & kLargestExtendedId;
     frame->extended = (raw & kExtendedBit) != 0;
 }
 
 std::uint32_t rawId(const RawFrame &frame)
 {
-    return (frame.id & kIdMask) | (frame.extended ? kExtendedBit : 0);
+    return (frame.id & kLargestExtendedId) | (frame.extended ? kExtendedBit : 0);
 }
 
 // Channels are counted from 1; a file's 0 means the first.

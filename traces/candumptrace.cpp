@@ -1,6 +1,7 @@
 #include "traces/candumptrace.h"
 
 #include "device/driver/candumpline.h"
+#include "device/driver/identifiers.h"
 #include "device/driver/timeunits.h"
 #include "traces/channelnames.h"
 #include "traces/textput.h"
@@ -110,9 +111,10 @@ char *CandumpWriter::writeLine(char *out, const RawFrame &frame)
     out = put::decimal(out, std::max(1u, unsigned(frame.channel)) - 1);
     *out++ = ' ';
     if (frame.error)
-        out = put::hex(out, (frame.id & kExtendedIds) | kErrorFlag, 8);
+        out = put::hex(out, (frame.id & kLargestExtendedId) | kErrorFlag, 8);
     else
-        out = frame.extended ? put::hex(out, frame.id & kExtendedIds, 8) : put::hex(out, frame.id & kStandardIds, 3);
+        out = frame.extended ? put::hex(out, frame.id & kLargestExtendedId, 8)
+                             : put::hex(out, frame.id & kLargestStandardId, 3);
     *out++ = '#';
     out = writePayload(out, frame);
     if (frame.direction == Direction::Sent)

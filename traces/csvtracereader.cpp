@@ -1,4 +1,6 @@
+#include "device/driver/identifiers.h"
 #include "device/driver/timeunits.h"
+#include "traces/columntitles.h"
 #include "traces/csvtrace.h"
 #include "traces/frametexts.h"
 #include "traces/textscan.h"
@@ -14,22 +16,7 @@ namespace
 
 using Field = std::string_view;
 
-enum Column {
-    IndexColumn,
-    SystemTimeColumn,
-    TimeStampColumn,
-    ChannelColumn,
-    DirectionColumn,
-    IdColumn,
-    FormatColumn,
-    TypeColumn,
-    LengthColumn,
-    ProtocolColumn,
-    DataColumn,
-    ColumnCount
-};
-
-using Fields = std::array<Field, ColumnCount>;
+using Fields = std::array<Field, FrameColumnCount>;
 
 constexpr std::int64_t kStampTolerance = 1000 * kNanosecondsPerMillisecond;
 constexpr std::int64_t kUnknown = -1;
@@ -183,9 +170,9 @@ bool readFrame(const Fields &fields, RawFrame *frame)
     const Field protocol = fields[ProtocolColumn];
     frame->fd = protocol.find("CANFD") != Field::npos;
     frame->bitRateSwitch = frame->fd && protocol.find('-') != Field::npos;
-    if (!scan::number(fields[IdColumn].substr(2), 16, frame->extended ? kExtendedIds : kStandardIds, &id) ||
+    if (!scan::number(fields[IdColumn].substr(2), 16, largestId(frame->extended), &id) ||
         !scan::number(fields[ChannelColumn], 10, UINT16_MAX, &channel) || channel == 0 ||
-        !scan::number(fields[LengthColumn], 10, UINT32_MAX, &length))
+        !scan::number(fields[DlcColumn], 10, UINT32_MAX, &length))
         return false;
     frame->id = static_cast<std::uint32_t>(id);
     frame->channel = static_cast<std::uint16_t>(channel);

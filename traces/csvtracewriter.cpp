@@ -1,3 +1,4 @@
+#include "device/driver/identifiers.h"
 #include "device/driver/timeunits.h"
 #include "traces/columntitles.h"
 #include "traces/csvtrace.h"
@@ -110,7 +111,8 @@ char *CsvWriter::writeRow(char *out, const RawFrame &frame)
     out = writeTimes(out, frame);
     out = put::decimal(out, frame.channel);
     out = put::text(out, frame.direction == Direction::Sent ? ",Tx,0x" : ",Rx,0x");
-    out = frame.extended ? put::hex(out, frame.id & kExtendedIds, 8) : put::hex(out, frame.id & kStandardIds, 3);
+    out = frame.extended ? put::hex(out, frame.id & kLargestExtendedId, 8)
+                         : put::hex(out, frame.id & kLargestStandardId, 3);
     *out++ = ',';
     out = put::text(out, frame.extended ? words_.extendedFrame : words_.standardFrame);
     *out++ = ',';

@@ -1,5 +1,7 @@
 #include "traces/framefilterparser.h"
 
+#include "device/driver/identifiers.h"
+#include "device/driver/numbertext.h"
 #include "device/driver/timeunits.h"
 #include "device/language.h"
 
@@ -12,9 +14,7 @@
 
 namespace
 {
-constexpr std::int64_t kMaxId = 0x1FFFFFFF;
 constexpr std::int64_t kMaxChannel = 65535;
-constexpr int kHex = 16;
 constexpr int kDecimal = 10;
 constexpr int kBitsPerDigit = 4;
 constexpr double kMaxSeconds = 9e9; // what 64 bits of nanoseconds hold
@@ -53,7 +53,7 @@ bool isComparison(const QString &text)
 int hexDigit(QChar c)
 {
     bool good = false;
-    const int value = QString(c).toInt(&good, kHex);
+    const int value = QString(c).toInt(&good, kHexBase);
     return good ? value : -1;
 }
 
@@ -235,10 +235,10 @@ std::optional<std::int64_t> FrameFilterParser::number(int base, std::int64_t lar
     bool good = false;
     const qulonglong value = peek().toULongLong(&good, base);
     if (!good || value > static_cast<qulonglong>(largest)) {
-        fail(base == kHex
+        fail(base == kHexBase
                  ? text3("此处应为十六进制数，最大 %1", "此處應為十六進位數，最大 %1",
                          "a hexadecimal number up to %1 is expected here")
-                       .arg(QString::number(largest, kHex).toUpper())
+                       .arg(QString::number(largest, kHexBase).toUpper())
                  : text3("此处应为数字，最大 %1", "此處應為數字，最大 %1", "a number up to %1 is expected here")
                        .arg(largest));
         return std::nullopt;
@@ -264,13 +264,13 @@ int FrameFilterParser::parseIds()
 {
     int left = -1;
     do {
-        const auto low = number(kHex, kMaxId);
+        const auto low = number(kHexBase, kLargestExtendedId);
         if (!low)
             return -1;
         FrameFilter::Node node{FrameFilter::Kind::Id};
         node.low = *low;
         const bool masked = take(QStringLiteral("/"));
-        const auto high = masked ? number(kHex, kMaxId) : rangeEnd(*low, kHex, kMaxId);
+        const auto high = masked ? number(kHexBase, kLargestExtendedId) : rangeEnd(*low, kHexBase, kLargestExtendedId);
         if (!high)
             return -1;
         node.kind = masked ? FrameFilter::Kind::IdMask : FrameFilter::Kind::Id;

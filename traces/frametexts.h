@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include <cstdint>
+
 struct FrameWords {
     QString standardFrame;
     QString extendedFrame;
@@ -15,6 +17,9 @@ struct FrameWords {
 
 // The words of a language; a code above English has no words for format and type, and the bare FD protocol.
 const FrameWords &frameWords(unsigned code);
+
+// Hexadecimal in capitals, with as many digits as its format has: "07F", "0000007F".
+QString identifierText(std::uint32_t id, bool extended);
 
 // Decimal text of a small number (up to 64), shared instead of made anew.
 const QString &smallNumberText(unsigned number);

@@ -1,5 +1,7 @@
 #include "traces/pcapngtrace.h"
 
+#include "device/driver/identifiers.h"
+
 #include <QByteArray>
 #include <QtEndian>
 
@@ -33,11 +35,9 @@ constexpr std::uint32_t kSnapLength = kFrameHeader + kRawDataBytes;
 constexpr std::uint32_t kExtended = 0x80000000U;
 constexpr std::uint32_t kRemote = 0x40000000U;
 constexpr std::uint32_t kError = 0x20000000U;
-constexpr std::uint32_t kIdMask = 0x1FFFFFFFU;
 constexpr std::uint8_t kBitRateSwitch = 1;
 constexpr std::uint8_t kErrorState = 2;
 constexpr std::uint8_t kFd = 4;
-constexpr unsigned kClassicBytes = 8;
 constexpr unsigned kErrorBytes = 8; // an error frame has all of them
 
 // Fills one block from its front.
@@ -157,7 +157,7 @@ void PcapngWriter::append(const RawFrame &frame)
     const unsigned length = std::min<unsigned>(frame.length, fd ? kRawDataBytes : kClassicBytes);
 
     std::uint8_t packet[kFrameHeader + kRawDataBytes] = {};
-    qToBigEndian<std::uint32_t>((frame.id & kIdMask) | (frame.extended && !frame.error ? kExtended : 0) |
+    qToBigEndian<std::uint32_t>((frame.id & kLargestExtendedId) | (frame.extended && !frame.error ? kExtended : 0) |
                                     (frame.remote ? kRemote : 0) | (frame.error ? kError : 0),
                                 packet);
     packet[4] = static_cast<std::uint8_t>(frame.error ? kErrorBytes : length);

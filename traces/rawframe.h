@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+constexpr unsigned kClassicBytes = 8;
 constexpr unsigned kRawDataBytes = 64;
 
 enum class Direction : std::uint8_t { Received, Sent };

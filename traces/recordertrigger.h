@@ -1,6 +1,7 @@
 // When a recorder begins and ends on its own, and what it keeps from before.
 #pragma once
 
+#include "device/driver/identifiers.h"
 #include "traces/rawframe.h"
 
 #include <QByteArray>
@@ -18,7 +19,7 @@ struct RecorderTrigger {
     };
     Kind kind = Kind::Identifier;
     std::uint32_t firstId = 0;
-    std::uint32_t lastId = 0x1FFFFFFF;
+    std::uint32_t lastId = kLargestExtendedId;
     std::optional<bool> extended; // unset: both kinds of identifiers
     std::uint16_t channel = 0;    // 0: any; also of error frames
     // Data: (data & mask) == (value & mask), byte by byte. A frame that has fewer bytes than the mask does not fit;

@@ -8,10 +8,6 @@
 #include <algorithm>
 #include <tuple>
 
-constexpr std::uint32_t kStandardIds = 0x7FF;
-constexpr std::uint32_t kExtendedIds = 0x1FFFFFFF;
-constexpr unsigned kClassicBytes = 8;
-
 // The data bytes of a frame of its kind; a remote frame has none.
 inline unsigned lengthOnFile(const RawFrame &frame)
 {

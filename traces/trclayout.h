@@ -37,10 +37,7 @@ constexpr std::string_view kColumns21 = "NOTBIdRLD";
 
 constexpr std::size_t kStandardDigits = 4;
 constexpr std::size_t kExtendedDigits = 8;
-constexpr std::uint32_t kLargestStandard = 0x7FF;
-constexpr std::uint32_t kLargestExtended = 0x1FFFFFFF;
 constexpr std::string_view kStatusId = "FFFFFFFF"; // versions 1.x: a state of the bus and no frame
-constexpr unsigned kClassicData = 8;
 constexpr unsigned kLargestCode = 15;
 constexpr unsigned kLargestBus = 0xFFFF;
 

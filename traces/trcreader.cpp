@@ -1,5 +1,6 @@
 #include "traces/trcreader.h"
 
+#include "device/driver/identifiers.h"
 #include "traces/trclayout.h"
 
 #include <algorithm>
@@ -100,7 +101,7 @@ bool takeId(std::string_view word, RawFrame *frame)
         frame->id = frame->id << 4 | hexDigit(c);
     }
     frame->extended = word.size() > kStandardDigits;
-    return frame->id <= (frame->extended ? kLargestExtended : kLargestStandard);
+    return frame->id <= largestId(frame->extended);
 }
 
 bool takeData(std::string_view rest, RawFrame *frame)
@@ -131,10 +132,10 @@ bool takeLength(std::string_view word, bool isCode, RawFrame *frame)
         return false;
     if (!isCode) {
         frame->length = static_cast<std::uint8_t>(std::min<unsigned>(number, kRawDataBytes));
-        return number <= (frame->fd ? kRawDataBytes : kClassicData);
+        return number <= (frame->fd ? kRawDataBytes : kClassicBytes);
     }
     frame->length = lengthOfDlc(number, frame->fd);
-    if (!frame->fd && number > kClassicData)
+    if (!frame->fd && number > kClassicBytes)
         frame->rawDlc = static_cast<std::uint8_t>(number);
     return number <= kLargestCode;
 }

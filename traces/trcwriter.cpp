@@ -1,5 +1,6 @@
 #include "traces/trcwriter.h"
 
+#include "device/driver/identifiers.h"
 #include "device/driver/timeunits.h"
 #include "traces/textput.h"
 #include "traces/trclayout.h"
@@ -86,9 +87,9 @@ char *TrcWriter::writeRow(const RawFrame &frame, char *at)
     if (frame.error)
         at = put::text(at, "        -");
     else if (frame.extended)
-        at = put::hex(put::text(at, " "), frame.id & kLargestExtended, kExtendedDigits);
+        at = put::hex(put::text(at, " "), frame.id & kLargestExtendedId, kExtendedDigits);
     else
-        at = put::hex(put::text(at, "     "), frame.id & kLargestStandard, kStandardDigits);
+        at = put::hex(put::text(at, "     "), frame.id & kLargestStandardId, kStandardDigits);
     at = put::text(at, frame.direction == Direction::Sent ? " Tx -  " : " Rx -  ");
     if (frame.error) {
         if (frame.id != 0 || frame.length != 0 || frame.fd || frame.extended)
@@ -98,8 +99,8 @@ char *TrcWriter::writeRow(const RawFrame &frame, char *at)
     const bool fd = frame.fd && !frame.remote;
     if (frame.fd && frame.remote)
         losses_.add(Loss::RemoteFd);
-    const unsigned length = std::min<unsigned>(frame.length, fd ? kRawDataBytes : kClassicData);
-    const bool oddCode = !fd && length == kClassicData && frame.rawDlc > kClassicData;
+    const unsigned length = std::min<unsigned>(frame.length, fd ? kRawDataBytes : kClassicBytes);
+    const bool oddCode = !fd && length == kClassicBytes && frame.rawDlc > kClassicBytes;
     const unsigned code = oddCode ? frame.rawDlc : dlcOfLength(length);
     at = put::decimal(at, code);
     if (!frame.remote && code > 0) {

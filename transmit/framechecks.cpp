@@ -7,7 +7,7 @@ bool identifierFits(const QString &text, bool extended, unsigned *identifier)
 {
     // Wide enough that a number with its highest bit set is out of range and not a negative one.
     const qulonglong number = text.toULongLong(nullptr, 16);
-    if (number >= (extended ? kExtendedIdLimit : kStandardIdLimit))
+    if (number > largestId(extended))
         return false;
     *identifier = static_cast<unsigned>(number);
     return true;

@@ -1,8 +1,10 @@
 #include "transmit/transmitentry.h"
 
+#include "device/driver/identifiers.h"
 #include "device/driver/numbertext.h"
 #include "device/language.h"
 #include "frames/rawrecords.h"
+#include "traces/frametexts.h"
 #include "transmit/framechecks.h"
 
 #include <QRegularExpression>
@@ -12,17 +14,8 @@
 
 namespace
 {
-constexpr int kStandardDigits = 3;
-constexpr int kExtendedDigits = 8;
 constexpr int kFirstFunctionKey = 5; // those before it are the desktop's and the table's
 constexpr int kLastFunctionKey = 12;
-
-QString hexText(std::uint32_t number, bool extended)
-{
-    return QStringLiteral("%1")
-        .arg(number, extended ? kExtendedDigits : kStandardDigits, kHexBase, QLatin1Char('0'))
-        .toUpper();
-}
 } // namespace
 
 unsigned newTransmitSerial()
@@ -58,7 +51,7 @@ bool setAwaited(TransmitEntry &entry, const QString &text)
     static const QRegularExpression pattern(QStringLiteral("^(?:0[xX])?([0-9a-fA-F]{1,8})(?:/([0-9a-fA-F]{1,8}))?$"));
     const QRegularExpressionMatch match = pattern.match(text.trimmed());
     unsigned id = 0;
-    const bool extended = match.captured(1).size() > kStandardDigits;
+    const bool extended = match.captured(1).size() > kStandardIdDigits;
     if (!match.hasMatch() || !identifierFits(match.captured(1), extended, &id))
         return false;
     entry.awaited = id;
@@ -69,9 +62,10 @@ bool setAwaited(TransmitEntry &entry, const QString &text)
 
 QString awaitedText(const TransmitEntry &entry)
 {
-    const QString id = hexText(entry.awaited, entry.awaitedExtended);
-    return entry.awaitedMask == kIdMask ? id
-                                        : id + QLatin1Char('/') + hexText(entry.awaitedMask, entry.awaitedExtended);
+    const QString id = identifierText(entry.awaited, entry.awaitedExtended);
+    return entry.awaitedMask == kIdMask
+               ? id
+               : id + QLatin1Char('/') + identifierText(entry.awaitedMask, entry.awaitedExtended);
 }
 
 bool isAwaited(const TransmitEntry &entry, const RawFrame &received)
@@ -83,7 +77,7 @@ bool isAwaited(const TransmitEntry &entry, const RawFrame &received)
 QString transmitProblem(const TransmitEntry &entry)
 {
     const RawFrame &frame = entry.frame;
-    if (frame.id >= (frame.extended ? kExtendedIdLimit : kStandardIdLimit))
+    if (frame.id > largestId(frame.extended))
         return identifierRangeText(frame.extended, entry.channel);
     if (!isSendable(frame))
         return text3("没有这样的帧：长度、类型与协议不相配", "沒有這樣的訊框：長度、類型與協定不相配",

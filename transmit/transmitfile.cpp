@@ -137,7 +137,7 @@ QString readEntry(const QJsonValue &value, TransmitEntry &entry)
     entry.key = fields.text("key");
     if (!entry.key.isEmpty() && !transmitKeys().contains(entry.key))
         fields.blame("key");
-    const QString problem = setChanges(entry, fields.text("changes"));
+    QString problem = setChanges(entry, fields.text("changes"));
     entry.comment = fields.text("comment");
     if (!problem.isEmpty())
         return problem;
@@ -200,7 +200,7 @@ TransmitFile parseTransmitFile(const QByteArray &content)
         return file;
     }
     int number = 0;
-    for (const QJsonValue &value : top.value(QLatin1String("entries")).toArray()) {
+    for (const QJsonValue value : top.value(QLatin1String("entries")).toArray()) {
         ++number;
         auto entry = std::make_shared<TransmitEntry>();
         const QString problem = readEntry(value, *entry);

@@ -75,7 +75,7 @@ QString fixedWidthFamily()
     const QStringList present = QFontDatabase().families();
     for (const char *family :
          {"Consolas", "DejaVu Sans Mono", "Liberation Mono", "Noto Sans Mono", "FreeMono", "Courier New"}) {
-        const QString name = QLatin1String(family);
+        QString name = QLatin1String(family);
         if (present.contains(name))
             return name;
     }

@@ -1,6 +1,7 @@
 #include "device/driver/candumpline.h"
 
 #include "device/driver/busframe.h"
+#include "device/driver/identifiers.h"
 #include "device/driver/numbertext.h"
 #include "device/driver/timeunits.h"
 
@@ -10,8 +11,6 @@
 namespace
 {
 constexpr std::uint64_t kMaxSeconds = 1ull << 32;
-constexpr std::ptrdiff_t kStandardIdDigits = 3;
-constexpr std::ptrdiff_t kExtendedIdDigits = 8;
 constexpr int kFirstRawDlc = 9;
 
 // Places in a line; every step moves on over what it asks for, or answers false.
@@ -69,7 +68,7 @@ public:
     bool identifier(std::uint32_t *id, std::ptrdiff_t *digits)
     {
         const char *const start = at_;
-        const char *const most = at_ + std::min(kExtendedIdDigits, end_ - at_);
+        const char *const most = at_ + std::min<std::ptrdiff_t>(kExtendedIdDigits, end_ - at_);
         std::uint32_t value = 0;
         for (int digit = 0; at_ != most && (digit = hexDigitValue(*at_)) >= 0; ++at_)
             value = value << 4 | static_cast<unsigned>(digit);

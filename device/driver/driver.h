@@ -11,7 +11,9 @@
 
 constexpr std::uint32_t kDeviceType = 41;   // the Halden-D2's type code
 constexpr std::uint32_t kStatusPresent = 2; // GetDeviceStatus: present and answering
+constexpr std::uint32_t kStatusGone = 0;
 constexpr std::uint32_t kDriverSuccess = 1; // what most operations answer on success
+constexpr std::uint32_t kDriverRefused = 0;
 constexpr unsigned kChannelCount = 2;
 
 // The table of entry points that GetPropertyInterface answers; the program uses its first entry only.

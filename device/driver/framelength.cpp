@@ -147,7 +147,7 @@ Bits identifierBits(std::uint32_t idWord, unsigned rtr)
     const std::uint32_t id = idWord & kIdMask;
     Bits bits;
     if ((idWord & kIdExtendedFlag) == 0) {
-        bits.add(id & (kStandardIdLimit - 1), kBaseIdBits);
+        bits.add(id & kLargestStandardId, kBaseIdBits);
         bits.add(rtr << 1, 2); // and a dominant identifier extension
     } else {
         bits.add(id >> kIdExtensionBits, kBaseIdBits);

@@ -1,6 +1,8 @@
 // The records that travel between the program and the adapter's driver library, byte for byte (little-endian).
 #pragma once
 
+#include "device/driver/identifiers.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -8,12 +10,10 @@ constexpr std::size_t kClassicDataBytes = 8;
 constexpr std::size_t kFdDataBytes = 64;
 
 // The identifier word of every frame record: bits 0..28 identifier, 29 spare flag, 30 remote, 31 extended.
-constexpr std::uint32_t kIdMask = 0x1FFFFFFF;
+constexpr std::uint32_t kIdMask = kLargestExtendedId;
 constexpr std::uint32_t kIdThirdFlag = 1u << 29;
 constexpr std::uint32_t kIdRemoteFlag = 1u << 30;
 constexpr std::uint32_t kIdExtendedFlag = 1u << 31;
-constexpr std::uint32_t kStandardIdLimit = 0x800;      // first value past the 11-bit identifiers
-constexpr std::uint32_t kExtendedIdLimit = 0x20000000; // first value past the 29-bit identifiers
 
 // The flags byte of an FD record that asks for, or tells of, the bit-rate switch.
 constexpr std::uint8_t kFdBitRateSwitch = 1;
@@ -21,10 +21,14 @@ constexpr std::uint8_t kFdBitRateSwitch = 1;
 // Transmit types: how often a frame is tried, and whether its sender hears it too.
 enum class TransmitType : std::uint32_t { Normal = 0, Single = 1, SelfReceive = 2, SingleSelfReceive = 3 };
 
+constexpr std::uint32_t kChannelTypeCanFd = 1;
+constexpr std::uint8_t kWorkModeNormal = 0;
+constexpr std::uint8_t kWorkModeListenOnly = 1;
+
 struct ChannelInitRecord {
-    std::uint32_t channelType; // always 1, CAN FD
+    std::uint32_t channelType; // always kChannelTypeCanFd
     std::uint8_t reserved1[15];
-    std::uint8_t workMode1; // 0 normal, 1 listen-only
+    std::uint8_t workMode1; // kWorkModeNormal or kWorkModeListenOnly
     std::uint8_t reserved2[5];
     std::uint8_t workMode2; // the same value again
     std::uint8_t reserved3[6];

@@ -11,11 +11,6 @@
 namespace
 {
 
-constexpr std::uint32_t kChannelTypeCanFd = 1;
-constexpr std::uint8_t kWorkModeNormal = 0;
-constexpr std::uint8_t kWorkModeListenOnly = 1;
-constexpr std::uint32_t kStatusGone = 0;
-constexpr std::uint32_t kRefused = 0;
 // The bus thread looks at most so often; every frame still gets its own time.
 constexpr BusTime kSlice = 1000000;
 constexpr std::size_t kFramesPerTurn = 256; // others get at the state after so many
@@ -163,7 +158,7 @@ std::uint32_t SimulatedDriver::CloseDevice(Handle device)
     {
         const Lock lock(state_);
         if (device == 0 || device != device_)
-            return kRefused;
+            return kDriverRefused;
     }
     close();
     return kDriverSuccess;
@@ -205,7 +200,7 @@ std::uint32_t SimulatedDriver::GetDeviceInfo(Handle device, DeviceInfoRecord *re
 {
     const Lock lock(state_);
     if (!answers(device) || !record)
-        return kRefused;
+        return kDriverRefused;
     *record = simulatedDeviceInfo(options_.firmwareVersion);
     return kDriverSuccess;
 }
@@ -220,7 +215,7 @@ std::uint32_t SimulatedDriver::UpdateDevice(Handle device)
 {
     const Lock lock(state_);
     if (!answers(device))
-        return kRefused;
+        return kDriverRefused;
     leave();
     return kDriverSuccess;
 }
@@ -245,7 +240,7 @@ std::uint32_t SimulatedDriver::StartChannel(Handle channel)
     const Lock lock(state_);
     const unsigned index = channelOf(channel);
     if (index == kChannelCount)
-        return kRefused;
+        return kDriverRefused;
     bus_.start(index, now());
     wakeBusThread(0);
     return kDriverSuccess;
@@ -256,7 +251,7 @@ std::uint32_t SimulatedDriver::ResetChannel(Handle channel)
     const Lock lock(state_);
     const unsigned index = channelOf(channel);
     if (index == kChannelCount)
-        return kRefused;
+        return kDriverRefused;
     bus_.initialise(index, false, now());
     channel_[index] = 0;
     moved_.notify_all();
@@ -269,10 +264,10 @@ std::uint32_t SimulatedDriver::changeSettings(Handle device, std::uint32_t chann
 {
     const Lock lock(state_);
     if (!answers(device) || channel >= kChannelCount)
-        return kRefused;
+        return kDriverRefused;
     BusSettings settings = bus_.channel(channel).settings;
     if (!change(&settings, value))
-        return kRefused;
+        return kDriverRefused;
     bus_.setSettings(channel, settings, now());
     wakeBusThread(0);
     return kDriverSuccess;
@@ -317,10 +312,10 @@ std::uint32_t SimulatedDriver::setProperty(const char *path, const char *value)
     const Lock lock(state_);
     PropertyWrite write;
     if (!answers(device_) || !parsePropertyWrite(path, value, &write))
-        return kRefused;
+        return kDriverRefused;
     BusSettings settings = bus_.channel(write.channel).settings;
     if (!applyProperty(write, &bus_.channel(write.channel).filter, &settings))
-        return kRefused;
+        return kDriverRefused;
     bus_.setSettings(write.channel, settings, now());
     wakeBusThread(0);
     return kDriverSuccess;

@@ -8,12 +8,6 @@
 namespace
 {
 
-constexpr std::uint32_t kChannelTypeCanFd = 1;
-constexpr std::uint8_t kWorkModeNormal = 0;
-constexpr std::uint8_t kWorkModeListenOnly = 1;
-constexpr std::uint32_t kStatusGone = 0;
-constexpr std::uint32_t kRefused = 0;
-
 bool isStillThere(const CanInterface &interface, const std::vector<CanInterface> &now)
 {
     return std::any_of(now.begin(), now.end(), [&interface](const CanInterface &each) {
@@ -164,7 +158,7 @@ std::uint32_t SocketCanDriver::CloseDevice(Handle device)
     {
         const std::lock_guard<std::mutex> lock(guard_);
         if (!isOpen(device))
-            return kRefused;
+            return kDriverRefused;
     }
     close();
     return kDriverSuccess;
@@ -189,14 +183,14 @@ std::uint32_t SocketCanDriver::GetDeviceInfo(Handle device, DeviceInfoRecord *re
     const std::lock_guard<std::mutex> lock(guard_);
     const std::vector<CanInterface> own = ownAmong(all);
     if (!record || !isPresent(device, own))
-        return kRefused;
+        return kDriverRefused;
     *record = socketCanDeviceInfo(own);
     return kDriverSuccess;
 }
 
 std::uint32_t SocketCanDriver::UpdateDevice(Handle)
 {
-    return kRefused;
+    return kDriverRefused;
 }
 
 // --- channels ---------------------------------------------------------------------------------------------------
@@ -235,7 +229,7 @@ Driver::Handle SocketCanDriver::InitChannel(Handle device, std::uint32_t channel
 std::uint32_t SocketCanDriver::StartChannel(Handle channel)
 {
     const ChannelPointer found = channelOf(channel);
-    return found && found->start() ? kDriverSuccess : kRefused;
+    return found && found->start() ? kDriverSuccess : kDriverRefused;
 }
 
 std::uint32_t SocketCanDriver::ResetChannel(Handle channel)
@@ -247,7 +241,7 @@ std::uint32_t SocketCanDriver::ResetChannel(Handle channel)
         while (index < kChannelCount && (channel == 0 || slots_[index].handle != channel))
             ++index;
         if (index == kChannelCount)
-            return kRefused;
+            return kDriverRefused;
         found = std::move(slots_[index].channel);
         slots_[index] = Slot();
     }
@@ -258,7 +252,7 @@ std::uint32_t SocketCanDriver::ResetChannel(Handle channel)
 std::uint32_t SocketCanDriver::accept(Handle device, std::uint32_t channel) const
 {
     const std::lock_guard<std::mutex> lock(guard_);
-    return isOpen(device) && channel < kChannelCount ? kDriverSuccess : kRefused;
+    return isOpen(device) && channel < kChannelCount ? kDriverSuccess : kDriverRefused;
 }
 
 std::uint32_t SocketCanDriver::SetArbitrationBaud(Handle device, std::uint32_t channel, std::uint32_t)
@@ -291,12 +285,12 @@ std::uint32_t SocketCanDriver::setProperty(const char *path, const char *value)
     const std::lock_guard<std::mutex> lock(guard_);
     PropertyWrite write;
     if (device_ == 0 || !parsePropertyWrite(path, value, &write))
-        return kRefused;
+        return kDriverRefused;
     if (write.name == kCustomRatesProperty)
         return kDriverSuccess;
     Slot &slot = slots_[write.channel];
     if (!applyFilterProperty(write, &slot.filter))
-        return kRefused;
+        return kDriverRefused;
     if (slot.channel)
         slot.channel->setFilter(slot.filter);
     return kDriverSuccess;
