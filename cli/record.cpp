@@ -34,6 +34,7 @@ int runRecord(const QStringList &words)
         arguments.wrong(QStringLiteral("give one output"));
     RecorderSettings settings = readRecordSettings(arguments, arguments.operands().value(0), "format");
     readRecordRow(arguments, &settings);
+    settings.mostFrames = static_cast<std::uint64_t>(most.value_or(0));
     Databases databases;
     databases.load(arguments);
     FrameSelection selection;
@@ -47,13 +48,9 @@ int runRecord(const QStringList &words)
     const LiveListener listener = {
         [&](std::int64_t startUtc) { return begun = target.begin(startUtc); },
         [&](RawFrame *frames, int count) {
-            int kept = selection.keep(frames, count);
-            const std::uint64_t recorded = target.frames();
-            if (most)
-                kept = static_cast<int>(std::min<std::uint64_t>(static_cast<std::uint64_t>(kept),
-                                                                static_cast<std::uint64_t>(*most) - recorded));
+            const int kept = selection.keep(frames, count);
             progress.add(0, static_cast<std::uint64_t>(count));
-            return target.write(frames, kept) && !(most && target.frames() >= static_cast<std::uint64_t>(*most));
+            return target.write(frames, kept);
         },
         [&](std::uint64_t count) { target.markLost(count); },
     };

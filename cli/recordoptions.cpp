@@ -99,7 +99,7 @@ void addRecordOptions(Arguments &arguments)
     arguments.add("nanoseconds", "Nine decimals instead of six, in candump logs and ASC.");
     arguments.add("rotate-size", "Begin the next file, with a number in its name, at this size: 500k, 100M.", "BYTES");
     arguments.add("rotate-time", "Begin the next file after so many seconds.", "SECONDS");
-    arguments.add("keep", "Keep only the newest files of this row.", "N");
+    arguments.add("keep", "Keep only the newest files of this row, those of earlier recordings included.", "N");
     arguments.add("start-on",
                   "Record from a frame on: id:100..1FF, \"id:123 data:02??7F channel:1\", error, lost; "
                   "may be given several times.",

@@ -2,6 +2,8 @@
 
 #include "cli/messages.h"
 
+#include <algorithm>
+
 bool RecordTarget::begin(std::int64_t startUtc)
 {
     settings_.options.startUtc = startUtc;
@@ -16,8 +18,12 @@ bool RecordTarget::begin(std::int64_t startUtc)
 
 bool RecordTarget::write(const RawFrame *frames, int count)
 {
-    if (!recorder_)
-        return count == 0 || (output_.write(frames, count) && output_.flush());
+    if (!recorder_) {
+        const std::uint64_t left = settings_.mostFrames > 0 ? settings_.mostFrames - output_.frames() : UINT64_MAX;
+        const int wanted = static_cast<int>(std::min<std::uint64_t>(static_cast<std::uint64_t>(count), left));
+        return (wanted == 0 || (output_.write(frames, wanted) && output_.flush())) &&
+               static_cast<std::uint64_t>(wanted) < left;
+    }
     recorder_->write(frames, count);
     return !recorder_->done();
 }

@@ -168,6 +168,26 @@ private slots:
         QCOMPARE(bench.recorded(), QStringLiteral("3 | 4 5"));
         QCOMPARE(bench.names(), (QStringList{"drive_0002.log", "drive_0003.log"}));
         QCOMPARE(bench.recorder->recordedFrames(), 5u);
+        bench.begin(); // another day, in the same ring
+        bench.feed({frameOf(6, 500)});
+        bench.recorder->end();
+        QCOMPARE(bench.recorded(), QStringLiteral("4 5 | 6"));
+    }
+
+    void aLimitCountsWhatIsRecorded()
+    {
+        Bench bench;
+        bench.settings.start = {idTrigger(8, 8)};
+        bench.settings.preTriggerFrames = 2;
+        bench.settings.mostFrames = 5;
+        bench.begin();
+        std::vector<RawFrame> frames;
+        for (std::uint32_t id = 1; id < 20; ++id)
+            frames.push_back(frameOf(id));
+        bench.feed(frames);
+        QCOMPARE(bench.recorded(), QStringLiteral("6 7 8 9 a"));
+        QVERIFY(bench.recorder->done());
+        QCOMPARE(bench.count(Event::FileEnded), 1);
     }
 
     void triggers_data()

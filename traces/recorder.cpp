@@ -40,7 +40,12 @@ void Recorder::begin()
 {
     if (state_ != State::Idle)
         return;
-    number_ = inRow() ? highestNumber(settings_.path) : 0;
+    if (inRow()) {
+        const std::map<int, QString> before = numberedFiles(settings_.path);
+        number_ = before.empty() ? 0 : before.rbegin()->first;
+        for (const auto &file : before)
+            row_.append(file.second);
+    }
     if (settings_.start.empty())
         startRecording();
     else
@@ -63,7 +68,8 @@ void Recorder::write(const RawFrame *frames, int count)
         } else if (state_ == State::Recording && anyMatches(settings_.stop, frames[index])) {
             record(frames + first, index + 1 - first);
             first = index + 1;
-            stopRecording();
+            if (state_ == State::Recording)
+                stopRecording();
         }
     }
     if (state_ == State::Recording)
@@ -106,7 +112,7 @@ void Recorder::startRecording()
     trouble_ = false;
     troubleLost_ = 0;
     openFile();
-    for (int index = 0; index < before_.size(); ++index)
+    for (int index = 0; index < before_.size() && state_ == State::Recording; ++index)
         record(&before_.at(index), 1);
     before_.clear();
 }
@@ -117,8 +123,21 @@ void Recorder::stopRecording()
     state_ = settings_.start.empty() ? State::Done : State::Waiting;
 }
 
-// Parts the frames at the times at which a new file is due.
 void Recorder::record(const RawFrame *frames, int count)
+{
+    if (settings_.mostFrames == 0)
+        return recordPart(frames, count);
+    // What cannot be written does not count: the rest has its chance.
+    for (int index = 0; index < count && recordedFrames() < settings_.mostFrames; index += kSlice) {
+        const auto left = settings_.mostFrames - recordedFrames();
+        recordPart(frames + index, static_cast<int>(std::min<std::uint64_t>(left, std::min(count - index, kSlice))));
+    }
+    if (recordedFrames() >= settings_.mostFrames)
+        end();
+}
+
+// Parts the frames at the times at which a new file is due.
+void Recorder::recordPart(const RawFrame *frames, int count)
 {
     const std::int64_t span = settings_.rotateSeconds * kNanosecondsPerSecond;
     int first = 0;

@@ -15,7 +15,8 @@ struct RecorderSettings {
     TraceWriterOptions options;
     std::uint64_t rotateBytes = 0;      // a file that has so many is followed by the next; 0: files may grow
     int rotateSeconds = 0;              // by the frames' own time; 0: however long
-    int keepFiles = 0;                  // of this recorder's row, the newest; 0: all
+    int keepFiles = 0;                  // of the row, the newest, earlier recordings' files included; 0: all
+    std::uint64_t mostFrames = 0;       // the recording is done with so many; 0: however many
     std::vector<RecorderTrigger> start; // any of them; none: at once. Every start begins a file
     std::vector<RecorderTrigger> stop;  // any of them; the frame that stops is still recorded
     int preTriggerFrames = 0;           // kept from before a start, see PreTriggerBuffer
@@ -63,7 +64,7 @@ public:
     void end();
 
     bool recording() const { return state_ == State::Recording; }
-    // Nothing will be recorded any more: end() was called, or the last trigger was met.
+    // Nothing will be recorded any more: end() was called, the last trigger was met, or there are as many as wanted.
     bool done() const { return state_ == State::Done; }
     std::uint64_t recordedFrames() const { return ended_ + (file_.isOpen() ? file_.frames() : 0); }
     // That should have been recorded and could not.
@@ -76,6 +77,7 @@ private:
     void startRecording();
     void stopRecording();
     void record(const RawFrame *frames, int count);
+    void recordPart(const RawFrame *frames, int count);
     void recordSlice(const RawFrame *frames, int count);
     bool openFile();
     void endFile();
@@ -92,7 +94,7 @@ private:
     State state_ = State::Idle;
     RecorderFile file_;
     std::optional<std::int64_t> fileTime_; // of the file's first frame
-    QStringList row_;                      // this recorder's files, the oldest first
+    QStringList row_;                      // the files of the row, the oldest first
     int number_ = 0;                       // of the newest file
     std::uint64_t ended_ = 0;              // frames in files that are complete
     std::uint64_t lost_ = 0;

@@ -29,20 +29,20 @@ QString numberedName(const QString &path, int number)
                                ending(info));
 }
 
-int highestNumber(const QString &path)
+std::map<int, QString> numberedFiles(const QString &path)
 {
     const QFileInfo info(path);
     const QString before = stem(info);
     const QString after = ending(info);
-    int highest = 0;
+    std::map<int, QString> files;
     for (const QString &name : info.dir().entryList(QDir::Files | QDir::Hidden)) {
         if (!name.startsWith(before) || !name.endsWith(after) || name.size() < before.size() + after.size())
             continue;
         const QString digits = name.mid(before.size(), name.size() - before.size() - after.size());
         bool number = false;
         const int value = digits.toInt(&number);
-        if (number && digits.size() >= kDigits)
-            highest = std::max(highest, value);
+        if (number && value > 0 && name == QFileInfo(numberedName(path, value)).fileName())
+            files.emplace(value, info.dir().filePath(name));
     }
-    return highest;
+    return files;
 }

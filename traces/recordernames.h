@@ -3,7 +3,9 @@
 
 #include <QString>
 
+#include <map>
+
 // "folder/drive.blf" and 3: "folder/drive_0003.blf".
 QString numberedName(const QString &path, int number);
-// The highest number that a file of this row has in the folder; 0 when there is none.
-int highestNumber(const QString &path);
+// The files of this row in the folder, by number.
+std::map<int, QString> numberedFiles(const QString &path);
