@@ -26,7 +26,7 @@ cd source
 for switch in QwtSvg QwtOpenGL QwtMathML QwtDesigner QwtExamples QwtPlayground QwtTests; do
     sed -i "s/^\( *QWT_CONFIG *+= *$switch\)\b/#\1/" qwtconfig.pri
 done
-sed -i '/QT *+= *concurrent/d' src/src.pro
+sed -i '/QT *+= *concurrent/d' src/src.pri
 cd src
 "$qmake" CONFIG+=release CONFIG-=debug_and_release DEFINES+=QT_NO_QFUTURE src.pro
 make -s -j"$jobs"
