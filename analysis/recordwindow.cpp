@@ -349,7 +349,7 @@ void RecordWindow::tell(const RecorderEvent &event)
                      .arg(path, QString::number(event.frames)));
         break;
     case RecorderEvent::Kind::Trouble:
-        emit log(text3("记录受阻：%1：%2，数据可能丢失", "記錄受阻：%1：%2，資料可能遺失",
+        emit log(text3("记录受阻：%1（%2），数据可能丢失", "記錄受阻：%1（%2），資料可能遺失",
                        "Recording is in trouble: %1: %2; frames are being lost")
                      .arg(path, event.reason));
         break;
