@@ -280,7 +280,7 @@ void PlotWindow::showValues()
     if (dropped > 0)
         line += text3("　已舍弃最早的%1个点", "　已捨棄最早的%1個點", "   %1 oldest points dropped").arg(dropped);
     if (hub_->store().lost() > 0)
-        line += text3("　丢失%1帧", "　遺失%1個訊框", "   %1 frames lost").arg(hub_->store().lost());
+        line += text3("　丢失%1帧", "　遺失%1幀", "   %1 frames lost").arg(hub_->store().lost());
     times_->setText(line);
 }
 

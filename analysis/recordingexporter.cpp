@@ -81,7 +81,7 @@ void RecordingExporter::tellLosses(const RecordingExport::State &state) const
 {
     QStringList lines;
     for (const TraceLoss &loss : state.losses)
-        lines.append(QStringLiteral("%1: %2").arg(loss.what).arg(loss.count));
+        lines.append(text3("%1：%2", "%1：%2", "%1: %2").arg(loss.what).arg(loss.count));
     if (!lines.isEmpty())
         showInformation(window_, tipTitle(),
                         text3("该格式无法保存：", "該格式無法儲存：", "The format cannot hold:") + QLatin1Char('\n') +

@@ -111,8 +111,8 @@ QString RecordingWindow::stateText() const
     else if (state.change == RecordingIndex::Change::Gone)
         parts.append(text3("文件已不存在", "檔案已不存在", "the file is gone"));
     else if (state.error)
-        parts.append(text3("读取止于 %1：%2", "讀取止於 %1：%2", "reading ended at %1: %2")
-                         .arg(state.error->place, state.error->reason));
+        parts.append(text3("读取止于%1：%2", "讀取止於%1：%2", "reading ended at %1: %2")
+                         .arg(state.error->place.toString(), state.error->reason.toString()));
     if (const auto row = currentRow()) {
         const auto note = bookmarks_.all().constFind(*row);
         if (note != bookmarks_.all().constEnd())

@@ -347,9 +347,13 @@ void RecordWindow::tell(const RecorderEvent &event)
     case RecorderEvent::Kind::FileEnded:
         emit log(text3("记录文件完成：%1，%2帧", "記錄檔案完成：%1，%2幀", "Recorded: %1, %2 frames")
                      .arg(path, QString::number(event.frames)));
+        for (const TraceLoss &loss : event.losses)
+            emit log(text3("该格式无法保存：%1（%2次）", "該格式無法儲存：%1（%2次）",
+                           "The format cannot hold: %1 (%2 times)")
+                         .arg(loss.what, QString::number(loss.count)));
         break;
     case RecorderEvent::Kind::Trouble:
-        emit log(text3("记录受阻：%1：%2，数据可能丢失", "記錄受阻：%1：%2，資料可能遺失",
+        emit log(text3("记录受阻：%1（%2），数据可能丢失", "記錄受阻：%1（%2），資料可能遺失",
                        "Recording is in trouble: %1: %2; frames are being lost")
                      .arg(path, event.reason));
         break;

@@ -189,7 +189,7 @@ QString SignalTreeModel::messageText(const Node &node, int column) const
     case Value:
         return node.seen ? QString::number(node.record.count) : QString();
     case Unit:
-        return text3("帧", "訊框", "frames");
+        return text3("帧", "幀", "frames");
     case Raw:
         return idText(definition);
     case Text:
@@ -214,7 +214,7 @@ QString SignalTreeModel::signalText(const Node &node, int signal, int column) co
         return {};
     const SignalRecord &record = node.record.values[std::size_t(signal)];
     if (column == Text && record.state == SignalState::BeyondFrame)
-        return text3("不在帧内", "不在訊框內", "not in the frame");
+        return text3("不在帧内", "不在幀內", "not in the frame");
     if (!record.seen)
         return {};
     switch (column) {

@@ -193,8 +193,8 @@ void Supervision::readRecording(const QString &path)
                 return;
             reader_.join();
             if (!error_.isEmpty())
-                emit log(
-                    text3("读取%1：%2", "讀取%1：%2", "Reading %1: %2").arg(QDir::toNativeSeparators(path), error_));
+                emit log(text3("读取%1时出错：%2", "讀取%1時出錯：%2", "Reading %1: %2")
+                             .arg(QDir::toNativeSeparators(path), error_));
             if (!learned_.messages.empty())
                 use(std::move(learned_), QDir::toNativeSeparators(path));
         });
@@ -225,10 +225,10 @@ void Supervision::read(const QString &path)
     if (giveUp_)
         return;
     if (const std::optional<TraceError> error = reader->error())
-        error_ = error->place + QStringLiteral(": ") + error->reason;
+        error_ = text3("%1：%2", "%1：%2", "%1: %2").arg(error->place.toString(), error->reason.toString());
     learned_ = learnBaseline(table);
     if (learned_.messages.empty() && error_.isEmpty())
-        error_ = QStringLiteral("no frames");
+        error_ = text3("没有帧", "沒有幀", "no frames");
 }
 
 // --- what was found -----------------------------------------------------------------------------------------------

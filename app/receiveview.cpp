@@ -233,7 +233,7 @@ void ReceiveView::showConditions()
     ui_->pushButton_2->setEnabled(!filtered.isEmpty());
     ui_->pushButton_2->setToolTip(
         filtered.isEmpty() ? key
-                           : text3("已筛选的列：%1（%2）", "已篩選的列：%1（%2）", "Filtered columns: %1 (%2)")
+                           : text3("已筛选的列：%1（%2）", "已篩選的欄：%1（%2）", "Filtered columns: %1 (%2)")
                                  .arg(filtered.join(text3("、", "、", ", ")), key));
 }
 

@@ -33,7 +33,7 @@ QString tableHintText(TableHint hint)
     case TableHint::Filtered:
         return text3("没有符合筛选条件的帧", "沒有符合篩選條件的幀", "No frame has met the filters");
     case TableHint::Waiting:
-        return text3("等待总线上的帧", "等待總線上的幀", "Waiting for frames on the bus");
+        return text3("等待总线上的帧", "等待匯流排上的幀", "Waiting for frames on the bus");
     case TableHint::None:
         break;
     }

@@ -34,7 +34,7 @@ bool TraceInput::open(const QString &path, std::optional<TraceFormat> format)
     }
     if (reader_)
         return true;
-    tell(name_ + QLatin1Char(' ') + error);
+    tell(name_ + QStringLiteral(": ") + error);
     return false;
 }
 
@@ -70,7 +70,7 @@ bool TraceInput::tellTrouble() const
     if (skipped > 0)
         tell(name_ + QStringLiteral(": %1 parts are no frames and were passed over").arg(skipped));
     if (const auto error = reader_->error())
-        tell(name_ + QStringLiteral(", ") + error->place + QStringLiteral(": ") + error->reason);
+        tell(name_ + QStringLiteral(", ") + error->place.toString() + QStringLiteral(": ") + error->reason.toString());
     if (standardInput_.failed())
         tell(name_ + QStringLiteral(" cannot be read on"));
     return skipped == 0 && !reader_->error() && !standardInput_.failed();

@@ -63,7 +63,7 @@ QString noticeText(const DriverNotice &notice)
     case DriverNotice::Kind::InterfaceBack:
         return text3("CAN接口已重新启用：%1", "CAN接口已重新啓用：%1", "CAN interface is up again: %1").arg(detail);
     case DriverNotice::Kind::InterfaceNotFd:
-        return text3("CAN接口不支持CANFD：%1", "CAN接口不支持CANFD：%1", "CAN interface is not FD-capable: %1")
+        return text3("CAN接口不支持CANFD：%1", "CAN接口不支援CANFD：%1", "CAN interface is not FD-capable: %1")
             .arg(detail);
     case DriverNotice::Kind::InterfaceRefused:
         return text3("CAN接口无法使用：%1", "CAN接口無法使用：%1", "CAN interface cannot be used: %1").arg(detail);

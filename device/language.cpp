@@ -34,6 +34,14 @@ QString text3(const char *simplified, const char *traditional, const char *engli
     return text3(languageCode(), simplified, traditional, english);
 }
 
+QString Text3::toString() const
+{
+    QString text = text3(simplified, traditional, english);
+    for (const QString &argument : arguments)
+        text = text.arg(argument);
+    return text;
+}
+
 const QStringList &catalogueNames()
 {
     static const QStringList names{QStringLiteral("CN.qm"), QStringLiteral("CNF.qm"), QStringLiteral("EN.qm")};

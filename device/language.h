@@ -15,6 +15,17 @@ void setLanguageCode(unsigned code);
 QString text3(const char *simplified, const char *traditional, const char *english);
 QString text3(unsigned code, const char *simplified, const char *traditional, const char *english);
 
+// A text that becomes words when it is shown, in the language of that moment. The three are UTF-8 and live as long as
+// the program.
+struct Text3 {
+    const char *simplified = "";
+    const char *traditional = "";
+    const char *english = "";
+    QStringList arguments = {}; // of %1, %2, ...: numbers or the like, without a "%"
+
+    QString toString() const; // any thread
+};
+
 // The files of the three translation catalogues, in the order of the codes.
 const QStringList &catalogueNames();
 

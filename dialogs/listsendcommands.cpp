@@ -278,7 +278,7 @@ void listSendDlg::takeRows(const QString &csv)
 {
     const CsvEntries taken = entriesFromCsv(csv);
     if (taken.entries.isEmpty()) {
-        hint(text3("没有可用的帧行", "沒有可用的訊框列", "There are no rows that are frames"));
+        hint(text3("没有可用的帧行", "沒有可用的幀列", "There are no rows that are frames"));
         return;
     }
     hint({});

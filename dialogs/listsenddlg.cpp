@@ -147,7 +147,7 @@ void listSendDlg::on_pbnStop_clicked()
                                [count](std::uint64_t all, const TransmitCounts &one) { return all + one.*count; });
     };
     emit logLine(text3("列表发送：停止，已发送%1帧，被拒绝%2帧，错过%3帧",
-                       "列表發送：停止，已發送%1個訊框，被拒絕%2個，錯過%3個",
+                       "列表發送：停止，已發送%1幀，被拒絕%2幀，錯過%3幀",
                        "List send: stopped; frames sent: %1, refused: %2, missed: %3")
                      .arg(sum(&TransmitCounts::sent))
                      .arg(sum(&TransmitCounts::refused))

@@ -67,7 +67,7 @@ void listSendDlg::showFields()
 void listSendDlg::editSignals()
 {
     if (!fields_.isKnown()) {
-        hint(text3("没有数据库认识当前行的帧", "沒有資料庫認識目前列的訊框",
+        hint(text3("没有数据库认识当前行的帧", "沒有資料庫認識目前列的幀",
                    "No signal database knows the frame of the current row"));
         return;
     }

@@ -44,7 +44,7 @@ const KindText kKinds[] = {
     {[](const BusEvent &event) { return hasClass(event, buserror::kTransceiver); },
      {"收发器错误", "收發器錯誤", "transceiver error"}},
     {[](const BusEvent &event) { return hasClass(event, buserror::kTransmitTimeout); },
-     {"发送超时", "傳送逾時", "transmit timeout"}},
+     {"发送超时", "發送逾時", "transmit timeout"}},
     {[](const BusEvent &event) {
          return hasClass(event, buserror::kController) &&
                 (event.data[buserror::ControllerFlags] & (buserror::kReceiveOverflow | buserror::kTransmitOverflow)) !=

@@ -24,7 +24,7 @@ std::vector<RawFrame> readAll(const QByteArray &bytes)
         require(count == 3 || reader->atEnd());
         frames.insert(frames.end(), piece, piece + count);
     }
-    require(!reader->error() || !reader->error()->place.isEmpty());
+    require(!reader->error() || !reader->error()->place.toString().isEmpty());
     return frames;
 }
 

@@ -23,7 +23,7 @@ inline std::vector<RawFrame> fuzzRead(const QByteArray &bytes, TraceFormat forma
         require(count == 3 || reader->atEnd());
         frames.insert(frames.end(), piece, piece + count);
     }
-    require(!reader->error() || !reader->error()->place.isEmpty());
+    require(!reader->error() || !reader->error()->place.toString().isEmpty());
     return frames;
 }
 

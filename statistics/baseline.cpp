@@ -3,6 +3,7 @@
 #include "device/driver/identifiers.h"
 #include "device/driver/numbertext.h"
 #include "device/driver/timeunits.h"
+#include "device/language.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -48,16 +49,18 @@ QString readMessage(const QJsonObject &object, BaselineMessage *message)
 {
     const int channel = object.value(kChannelKey).toInt(0);
     if (channel < 1 || channel > kMaxChannel)
-        return QStringLiteral("\"channel\" is not between 1 and 65535");
+        return text3("“channel”不在 1 到 65535 之间", "「channel」不在 1 到 65535 之間",
+                     "\"channel\" is not between 1 and 65535");
     const QString direction = object.value(kDirectionKey).toString();
     if (direction != kReceived && direction != kSent)
-        return QStringLiteral("\"direction\" is neither \"rx\" nor \"tx\"");
+        return text3("“direction”既不是“rx”也不是“tx”", "「direction」既不是「rx」也不是「tx」",
+                     "\"direction\" is neither \"rx\" nor \"tx\"");
     bool isNumber = false;
     const QString id = object.value(kIdKey).toString();
     message->key.id = id.toUInt(&isNumber, kHexBase);
     message->key.extended = object.value(kExtendedKey).toBool(false);
     if (!isNumber || message->key.id > largestId(message->key.extended))
-        return QStringLiteral("\"id\" is no identifier: %1").arg(id);
+        return text3("“id”不是标识符：%1", "「id」不是識別碼：%1", "\"id\" is no identifier: %1").arg(id);
     message->key.channel = static_cast<std::uint16_t>(channel);
     message->key.direction = direction == kSent ? Direction::Sent : Direction::Received;
     message->optional = object.value(kOptionalKey).toBool(false);
@@ -68,7 +71,9 @@ QString readMessage(const QJsonObject &object, BaselineMessage *message)
     double maximum = 0;
     if (!readTime(object, kMeanKey, &message->mean) || !readTime(object, kMinimumKey, &minimum) ||
         !readTime(object, kMaximumKey, &maximum) || minimum > maximum)
-        return QStringLiteral("\"mean_ms\", \"minimum_ms\" and \"maximum_ms\" are not three times in order");
+        return text3("“mean_ms”、“minimum_ms”和“maximum_ms”不是合乎次序的三个时间",
+                     "「mean_ms」、「minimum_ms」和「maximum_ms」不是合乎次序的三個時間",
+                     "\"mean_ms\", \"minimum_ms\" and \"maximum_ms\" are not three times in order");
     message->minimum = std::llround(minimum);
     message->maximum = std::llround(maximum);
     return {};
@@ -129,11 +134,13 @@ std::optional<Baseline> baselineFromJson(const QByteArray &json, QString *error)
     QJsonParseError parseError;
     const QJsonObject root = QJsonDocument::fromJson(json, &parseError).object();
     if (parseError.error != QJsonParseError::NoError) {
-        *error = QStringLiteral("offset %1: %2").arg(parseError.offset).arg(parseError.errorString());
+        *error = text3("偏移量 %1：%2", "偏移量 %1：%2", "offset %1: %2")
+                     .arg(parseError.offset)
+                     .arg(parseError.errorString());
         return std::nullopt;
     }
     if (root.value(kVersionKey).toInt() != kVersion || !root.value(kMessagesKey).isArray()) {
-        *error = QStringLiteral("no baseline of version %1").arg(kVersion);
+        *error = text3("不是版本 %1 的基准", "不是版本 %1 的基準", "no baseline of version %1").arg(kVersion);
         return std::nullopt;
     }
     Baseline baseline;
@@ -143,7 +150,9 @@ std::optional<Baseline> baselineFromJson(const QByteArray &json, QString *error)
         BaselineMessage message;
         const QString reason = readMessage(value.toObject(), &message);
         if (!reason.isEmpty()) {
-            *error = QStringLiteral("message %1: %2").arg(baseline.messages.size() + 1).arg(reason);
+            *error = text3("第 %1 个报文：%2", "第 %1 個訊息：%2", "message %1: %2")
+                         .arg(baseline.messages.size() + 1)
+                         .arg(reason);
             return std::nullopt;
         }
         baseline.messages.push_back(message);

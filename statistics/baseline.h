@@ -31,5 +31,5 @@ Baseline learnBaseline(const IdentifierTable &identifiers);
 
 // Readable JSON with a version; identifiers as hexadecimal texts, times in milliseconds.
 QByteArray toJson(const Baseline &baseline);
-// Nothing, with the place and reason in *error (English as on a command line), when the text is no baseline.
+// Nothing, with the place and reason in *error (in the current language), when the text is no baseline.
 std::optional<Baseline> baselineFromJson(const QByteArray &json, QString *error);

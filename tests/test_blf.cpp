@@ -69,7 +69,7 @@ QString textOf(const ReadTrace &read)
     for (const RawFrame &frame : read.frames)
         texts << frameText(frame);
     if (read.error)
-        texts << read.error->place + QStringLiteral(": ") + read.error->reason;
+        texts << read.error->place.toString() + QStringLiteral(": ") + read.error->reason.toString();
     return texts.join(QStringLiteral("; "));
 }
 
@@ -89,6 +89,8 @@ class TestBlf : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase() { setLanguageCode(English); }
+
     void builds_data()
     {
         QTest::addColumn<QByteArray>("objects");

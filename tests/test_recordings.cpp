@@ -256,7 +256,7 @@ void TestRecordings::exports()
     QCOMPARE(state.written, std::uint64_t(expected.size()));
     QCOMPARE(written().size(), expected.size());
     QVERIFY(std::any_of(state.losses.begin(), state.losses.end(), [](const TraceLoss &loss) {
-        return loss.what == QLatin1String(lossText(Loss::ErrorStateIndicator)) && loss.count > 0;
+        return loss.what == lossText(Loss::ErrorStateIndicator) && loss.count > 0;
     }));
     // What stood there stays when nothing comes of it.
     RecordingExport refused(index, nullptr, 0, 5, path("no/such/folder"), TraceFormat::Asc);
@@ -324,7 +324,7 @@ void TestRecordings::damage()
     QVERIFY(index.open(&error));
     QTRY_VERIFY(index.settled());
     QCOMPARE(index.rows(), std::uint64_t(5000));
-    QVERIFY(index.state().error && index.state().error->place == QLatin1String("line 5001"));
+    QVERIFY(index.state().error && index.state().error->place.arguments == QStringList(QStringLiteral("5001")));
 }
 
 void TestRecordings::feedsConsumers()

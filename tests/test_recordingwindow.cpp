@@ -62,6 +62,7 @@ private slots:
     void copiesForTheTransmitList();
     void bookmarks();
     void follows();
+    void damaged();
     void dropped();
 
 private:
@@ -258,6 +259,26 @@ void TestRecordingWindow::follows()
         window_->findChild<QLabel *>(QStringLiteral("recordingStatus"))->text().contains(QLatin1String("shorter")));
     enter("recordingGoTo", "30000"); // a row that is no longer there
     QCOMPARE(cell(IndexColumn), QStringLiteral("30000"));
+}
+
+void TestRecordingWindow::damaged()
+{
+    QFile file(log_);
+    QVERIFY(file.open(QIODevice::Append));
+    file.write("(1700000001.000000) can0 12\n");
+    file.close();
+    QString error;
+    const std::unique_ptr<RecordingWindow> damaged(RecordingWindow::openFile(log_, nullptr, &error));
+    auto *status = damaged->findChild<QLabel *>(QStringLiteral("recordingStatus"));
+    const std::pair<unsigned, const char *> texts[] = {{English, "reading ended at line 40001: no whole frame"},
+                                                       {SimplifiedChinese, "读取止于第 40001 行：不是完整的帧"},
+                                                       {TraditionalChinese, "讀取止於第 40001 行：不是完整的幀"}};
+    for (const auto &[code, text] : texts) {
+        setLanguageCode(code);
+        QEvent change(QEvent::LanguageChange);
+        QApplication::sendEvent(damaged.get(), &change);
+        QTRY_VERIFY2(status->text().contains(QString::fromUtf8(text)), qPrintable(status->text()));
+    }
 }
 
 void TestRecordingWindow::dropped()

@@ -109,6 +109,22 @@ private slots:
     }
 
     // From a start to a stop, with what was before, through a filter; the next start begins the next file.
+    void whatAFormatCannotHoldIsTold()
+    {
+        SimulatorOptions options = quiet();
+        options.errorOneIn = 8;
+        Scene scene(options);
+        QVERIFY(scene.user->openEverything());
+        RecordWindow *window = shown(scene, "drive.csv");
+        window->findChild<QPushButton *>("beginBtn")->click();
+        for (int i = 0; i < 80; ++i)
+            send(0x100, std::uint8_t(i));
+        QTRY_VERIFY(scene.user->log().contains(" error frames")); // they are asked for now and then
+        window->findChild<QPushButton *>("endBtn")->click();
+        QVERIFY(scene.user->log().contains("The format cannot hold: error frame ("));
+        scene.user->closeDevice();
+    }
+
     void triggersBeginAndEndFiles()
     {
         Scene scene(quiet());

@@ -3,6 +3,7 @@
 #include "statistics/supervisor.h"
 
 #include "device/driver/framelength.h"
+#include "device/language.h"
 
 #include <QTest>
 
@@ -44,6 +45,8 @@ class TestStatistics : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase() { setLanguageCode(English); }
+
     void loadIsTheShareOfTheBus();
     void loadFallsWhenNothingComes();
     void kindsAreCountedApart();

@@ -8,6 +8,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QtTest>
 
 #include <cstring>
@@ -206,7 +207,7 @@ private slots:
             if (limits.text && harmless)
                 QVERIFY2(!read.error, qPrintable(QString::number(size)));
             else if (size > 0 && *std::lower_bound(ends.begin(), ends.end(), size) - size > padding)
-                QVERIFY2(read.error && !read.error->place.isEmpty(), qPrintable(QString::number(size)));
+                QVERIFY2(read.error && !read.error->place.toString().isEmpty(), qPrintable(QString::number(size)));
         }
     }
 
@@ -232,11 +233,38 @@ private slots:
                 QVERIFY(frame.id <= (frame.extended || frame.error ? 0x1FFFFFFFu : 0x7FFu));
             }
             if (file % 2 == 0 && !bytes.trimmed().isEmpty())
-                QVERIFY2(read.error && !read.error->reason.isEmpty(), bytes.toHex().constData());
+                QVERIFY2(read.error && !read.error->reason.toString().isEmpty(), bytes.toHex().constData());
         }
         Pipe endless; // a file that never ends a line or an object
         const ReadTrace read = readTrace(&endless, format);
         QVERIFY(read.error && read.frames.empty());
+    }
+
+    void damageInEveryLanguage_data() { formatRows(); }
+    void damageInEveryLanguage()
+    {
+        QFETCH(TraceFormat, format);
+        if (!canBeRead(format))
+            return;
+        const auto restored = qScopeGuard([] { setLanguageCode(English); });
+        QSet<QString> reasons;
+        QSet<QString> places;
+        QSet<QString> refusals;
+        QSet<QString> losses;
+        for (unsigned code = 0; code < LanguageCount; ++code) {
+            setLanguageCode(code);
+            const ReadTrace read = readTrace("no frame of any format", format);
+            QVERIFY(read.error);
+            reasons.insert(read.error->reason.toString());
+            places.insert(read.error->place.toString().remove(QRegularExpression(QStringLiteral("[^0-9]"))));
+            refusals.insert(readTrace(QByteArray()).openError);
+            losses.insert(lossText(Loss::ErrorFrame));
+        }
+        QCOMPARE(reasons.size(), int(LanguageCount));
+        QCOMPARE(places.size(), 1);
+        QVERIFY(!places.contains(QString()));
+        QCOMPARE(refusals.size(), int(LanguageCount));
+        QCOMPARE(losses.size(), int(LanguageCount));
     }
 
     void foreignFiles()
@@ -252,7 +280,7 @@ private slots:
         noise.setData("hello\n");
         noise.open(QIODevice::ReadOnly);
         const ReadTrace byName = readTrace(&noise, {}, QStringLiteral("some.LOG"));
-        QVERIFY(byName.opened && byName.error && byName.error->place == QLatin1String("line 1"));
+        QVERIFY(byName.opened && byName.error && byName.error->place.toString() == QLatin1String("line 1"));
     }
 
     void pipes_data() { formatRows(); }

@@ -204,7 +204,7 @@ ReadTrace readTrace(QIODevice *device, std::optional<TraceFormat> format, const 
         read.frames.insert(read.frames.end(), frames.begin(), frames.begin() + count);
     }
     if (!reader->atEnd())
-        read.error = TraceError{QStringLiteral("nowhere"), QStringLiteral("reading does not end")};
+        read.error = TraceError{{"", "", "nowhere"}, {"", "", "reading does not end"}};
     else
         read.error = reader->error();
     read.start = reader->startUtc();
@@ -261,6 +261,6 @@ QString textsOf(const ReadTrace &read)
     for (const RawFrame &frame : read.frames)
         texts << frameText(frame);
     if (read.error)
-        texts << read.error->place;
+        texts << read.error->place.toString();
     return texts.join(QLatin1Char('\n'));
 }

@@ -101,7 +101,10 @@ BlfReader::Step BlfReader::nextFrame(RawFrame *frame)
         if (!padding && size < kLargestPadding + kSignatureBytes)
             return Step::More;
         if (!padding) {
-            fail(QStringLiteral("no object where object %1 must begin").arg(objectNumber_ + 1));
+            fail({"第 %1 个对象应开始之处没有对象",
+                  "第 %1 個物件應開始之處沒有物件",
+                  "no object where object %1 must begin",
+                  {QString::number(objectNumber_ + 1)}});
             return Step::Stop;
         }
         begin_ += *padding;
@@ -113,11 +116,11 @@ BlfReader::Step BlfReader::nextFrame(RawFrame *frame)
         const auto headerBytes = at<std::uint16_t>(object, objectheader::kHeaderBytes);
         const auto type = at<std::uint32_t>(object, objectheader::kType);
         if (bytes < kObjectBaseBytes || headerBytes < kObjectBaseBytes || headerBytes > bytes) {
-            fail(QStringLiteral("object %1 of type %2 says it has %3 bytes, %4 of them header")
-                     .arg(objectNumber_ + 1)
-                     .arg(type)
-                     .arg(bytes)
-                     .arg(headerBytes));
+            fail({"第 %1 个对象（类型 %2）自称有 %3 字节，其中头部 %4 字节",
+                  "第 %1 個物件（類型 %2）自稱有 %3 位元組，其中標頭 %4 位元組",
+                  "object %1 of type %2 says it has %3 bytes, %4 of them header",
+                  {QString::number(objectNumber_ + 1), QString::number(type), QString::number(bytes),
+                   QString::number(headerBytes)}});
             return Step::Stop;
         }
         if (!isFrameType(type)) {
@@ -131,7 +134,10 @@ BlfReader::Step BlfReader::nextFrame(RawFrame *frame)
             return Step::More;
         ++objectNumber_;
         if (bytes > kLargestFrameObject || !decode(object, bytes, headerBytes, frame)) {
-            fail(QStringLiteral("object %1 of type %2 cannot have %3 bytes").arg(objectNumber_).arg(type).arg(bytes));
+            fail({"第 %1 个对象（类型 %2）不可能有 %3 字节",
+                  "第 %1 個物件（類型 %2）不可能有 %3 位元組",
+                  "object %1 of type %2 cannot have %3 bytes",
+                  {QString::number(objectNumber_), QString::number(type), QString::number(bytes)}});
             return Step::Stop;
         }
         begin_ += bytes;
@@ -174,7 +180,7 @@ bool BlfReader::readFileHeader()
     const char *const header = source_.data();
     const auto bytes = at<std::uint32_t>(header, fileheader::kSize);
     if (std::memcmp(header, "LOGG", kSignatureBytes) != 0 || bytes < kFileHeaderBytes || bytes > kLargestFileHeader) {
-        fail(QStringLiteral("no header of a BLF file"));
+        fail({"没有 BLF 文件头", "沒有 BLF 檔案標頭", "no header of a BLF file"});
         return false;
     }
     start_ = utcFromSystemTime(reinterpret_cast<const std::uint8_t *>(header) + fileheader::kStart);
@@ -195,7 +201,7 @@ bool BlfReader::beginObject()
         if (source_.ended() && size <= kLargestPadding)
             return waitOrEnd(passOver_ == 0 && objects_.size() - begin_ <= kLargestPadding &&
                              std::all_of(source_.data(), source_.data() + size, [](char byte) { return byte == 0; }));
-        fail(QStringLiteral("no object where one must begin"));
+        fail({"对象应开始之处没有对象", "物件應開始之處沒有物件", "no object where one must begin"});
         return false;
     }
     source_.consume(*padding);
@@ -204,7 +210,8 @@ bool BlfReader::beginObject()
         return waitOrEnd(false);
     const auto bytes = at<std::uint32_t>(source_.data(), objectheader::kObjectBytes);
     if (bytes < kObjectBaseBytes) {
-        fail(QStringLiteral("an object says it has %1 bytes").arg(bytes));
+        fail(
+            {"对象自称有 %1 字节", "物件自稱有 %1 位元組", "an object says it has %1 bytes", {QString::number(bytes)}});
         return false;
     }
     if (at<std::uint32_t>(source_.data(), objectheader::kType) == LogContainer)
@@ -217,7 +224,10 @@ bool BlfReader::beginObject()
 bool BlfReader::beginContainer(std::uint32_t objectBytes)
 {
     if (objectBytes < container::kData) {
-        fail(QStringLiteral("a container says it has %1 bytes").arg(objectBytes));
+        fail({"容器自称有 %1 字节",
+              "容器自稱有 %1 位元組",
+              "a container says it has %1 bytes",
+              {QString::number(objectBytes)}});
         return false;
     }
     if (source_.size() < container::kData)
@@ -228,10 +238,16 @@ bool BlfReader::beginContainer(std::uint32_t objectBytes)
     if (method == kStored) {
         stage_ = Stage::Plain;
     } else if (method != kZlib) {
-        fail(QStringLiteral("a container packed with method %1, which is not known").arg(method));
+        fail({"容器的压缩方法 %1 未知",
+              "容器的壓縮方法 %1 未知",
+              "a container packed with method %1, which is not known",
+              {QString::number(method)}});
         return false;
     } else if (unpackedBytes_ > kLargestUnpacked || !canUnpackTo(left_, unpackedBytes_)) {
-        fail(QStringLiteral("a container says that its %1 bytes unpack to %2").arg(left_).arg(unpackedBytes_));
+        fail({"容器自称其 %1 字节解压后为 %2 字节",
+              "容器自稱其 %1 位元組解壓縮後為 %2 位元組",
+              "a container says that its %1 bytes unpack to %2",
+              {QString::number(left_), QString::number(unpackedBytes_)}});
         return false;
     } else {
         stage_ = Stage::Packed;
@@ -286,7 +302,7 @@ bool BlfReader::unpack()
         stage_ == Stage::Cut ? result == Inflated::Cut : result == Inflated::Whole && bytes == unpackedBytes_;
     objects_.resize(before + (good ? bytes : 0));
     if (!good && stage_ != Stage::Cut)
-        fail(QStringLiteral("a container that cannot be unpacked"));
+        fail({"容器无法解压", "容器無法解壓縮", "a container that cannot be unpacked"});
     return stage_ == Stage::Cut || good;
 }
 
@@ -333,15 +349,15 @@ bool BlfReader::waitOrEnd(bool complete)
     if (!source_.ended())
         return false;
     if (source_.failed())
-        fail(QStringLiteral("the device cannot be read"));
+        fail({"文件无法继续读取", "檔案無法繼續讀取", "the file cannot be read on"});
     else if (!complete)
-        fail(QStringLiteral("the file ends in the middle of an object"));
+        fail({"文件在对象中间结束", "檔案在物件中間結束", "the file ends in the middle of an object"});
     ended_ = true;
     return false;
 }
 
-void BlfReader::fail(const QString &reason)
+void BlfReader::fail(const Text3 &reason)
 {
-    error_ = TraceError{QStringLiteral("offset 0x%1").arg(place_, 0, 16), reason};
+    error_ = TraceError{{"偏移量 0x%1", "偏移量 0x%1", "offset 0x%1", {QString::number(place_, 16)}}, reason};
     ended_ = true;
 }

@@ -37,7 +37,7 @@ private:
     void makeRoom();
     void notePart();
     bool waitOrEnd(bool complete);
-    void fail(const QString &reason);
+    void fail(const Text3 &reason);
 
     // A container, or an object outside of them, of which something lies in objects_.
     struct Part {

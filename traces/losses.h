@@ -21,7 +21,7 @@ enum class Loss : std::uint8_t {
     Count
 };
 
-const char *lossText(Loss loss);
+QString lossText(Loss loss); // in the current language
 
 class LossCounts
 {

@@ -14,6 +14,11 @@ constexpr std::int64_t kFlushMilliseconds = 1000;
 // So many frames at most go between two looks at a file's size.
 constexpr int kSlice = 256;
 
+QString fileGone()
+{
+    return text3("文件已不存在", "檔案已不存在", "the file is gone");
+}
+
 Recorder::Clock steadyClock()
 {
     QElapsedTimer timer;
@@ -210,7 +215,7 @@ void Recorder::endFile()
     if (file_.vanished()) {
         file_.abandon();
         lose(taken);
-        beginTrouble(path, QStringLiteral("the file is gone"), taken);
+        beginTrouble(path, fileGone(), taken);
         return;
     }
     const bool complete = file_.finish();
@@ -267,7 +272,7 @@ void Recorder::flushWhenDue()
         const QString path = file_.path();
         file_.abandon();
         lost_ += gone;
-        beginTrouble(path, QStringLiteral("the file is gone"), gone);
+        beginTrouble(path, fileGone(), gone);
     } else if (!file_.flush()) {
         beginTrouble(file_.path(), file_.errorText(), 0);
     }

@@ -34,7 +34,7 @@ struct RecorderEvent {
     QString path;
     std::uint64_t frames = 0;
     std::uint64_t lost = 0;
-    QString reason;                     // of trouble, as the system has it
+    QString reason;                     // of trouble, in the current language or the system's words
     std::vector<TraceLoss> losses = {}; // of an ended file: what its format could not hold
 };
 

@@ -22,7 +22,7 @@ bool RecorderFile::open(const QString &path, bool mayReplace, TraceFormat format
     }
     writer_ = createTrace(&file_, format, options);
     if (!writer_) {
-        errorText_ = QStringLiteral("the format cannot be written");
+        errorText_ = text3("该格式无法写入", "該格式無法寫入", "the format cannot be written");
         file_.close();
     }
     return writer_ != nullptr;

@@ -63,7 +63,7 @@ QString RecordingExport::writeRows(QIODevice *device)
     options.nanoseconds = true;
     const std::unique_ptr<TraceWriter> writer = createTrace(device, format_, options);
     if (!writer)
-        return QStringLiteral("cannot be written");
+        return text3("该格式无法写入", "該格式無法寫入", "the format cannot be written");
     RecordingRows source(index_);
     RawFrame frames[kFramesAtATime];
     for (std::uint64_t at = first_; at < end_ && !stop_;) {
@@ -78,7 +78,7 @@ QString RecordingExport::writeRows(QIODevice *device)
         if (!writer->write(frames, got))
             return writer->errorText();
         if (got < count)
-            return QStringLiteral("the recording can no longer be read");
+            return text3("记录已无法读取", "記錄已無法讀取", "the recording can no longer be read");
         at += static_cast<std::uint64_t>(got);
         const std::lock_guard<std::mutex> lock(guard_);
         state_.written = at - first_;

@@ -12,7 +12,7 @@ public:
         std::uint64_t total = 0;   // that shall be written
         bool finished = false;
         bool cancelled = false;
-        QString error; // empty while all is well; English as writers tell it
+        QString error; // empty while all is well; in the current language, or the system's words
         std::vector<TraceLoss> losses;
     };
 

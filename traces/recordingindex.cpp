@@ -35,7 +35,7 @@ bool RecordingIndex::open(QString *error)
         return false;
     }
     if (file_.isSequential()) {
-        *error = QStringLiteral("is no file");
+        *error = text3("不是普通文件", "不是一般檔案", "not a regular file");
         return false;
     }
     opened_ = openTrace(&file_, path_, error);

@@ -43,18 +43,19 @@ int TextTraceReader::read(RawFrame *frames, int capacity)
             if (completeWithoutEnd(lines_.text()))
                 count += take(&frames[count]);
             else
-                stop("the line has no end, the file may be cut");
+                stop({"该行没有结尾，文件可能被截断", "該行沒有結尾，檔案可能被截斷",
+                      "the line has no end, the file may be cut"});
             break;
         case LineSource::Next::TooLong:
-            stop("a line without end");
+            stop({"该行过长，没有结尾", "該行過長，沒有結尾", "a line without end"});
             break;
         case LineSource::Next::Nothing:
             return count;
         case LineSource::Next::End:
             if (lines_.failed())
-                stop("the file cannot be read on");
+                stop({"文件无法继续读取", "檔案無法繼續讀取", "the file cannot be read on"});
             else if (!understood_ && skipped_ > 0)
-                stop("no line of this format");
+                stop({"没有该格式的行", "沒有該格式的行", "no line of this format"});
             ended_ = true;
             break;
         }
@@ -90,7 +91,7 @@ int TextTraceReader::take(RawFrame *frame)
         skipped_ += lines_.text().empty() ? 0 : 1;
         break;
     case LineKind::Damaged:
-        stop("no whole frame");
+        stop({"不是完整的帧", "不是完整的幀", "no whole frame"});
         break;
     }
     return 0;
@@ -101,8 +102,8 @@ bool TextTraceReader::completeWithoutEnd(std::string_view line) const
     return line.find_first_not_of(" \t\r") == std::string_view::npos;
 }
 
-void TextTraceReader::stop(const char *reason)
+void TextTraceReader::stop(const Text3 &reason)
 {
-    error_ = TraceError{QStringLiteral("line %1").arg(lines_.number()), QLatin1String(reason)};
+    error_ = TraceError{{"第 %1 行", "第 %1 行", "line %1", {QString::number(lines_.number())}}, reason};
     ended_ = true;
 }

@@ -116,7 +116,7 @@ protected:
 private:
     // Takes the line at hand; answers how many frames it was, 0 or 1.
     int take(RawFrame *frame);
-    void stop(const char *reason);
+    void stop(const Text3 &reason);
 
     std::optional<TraceError> error_;
     std::uint64_t skipped_ = 0;

@@ -23,10 +23,16 @@ const TraceFormatEntry *find(TraceFormat format)
     return found == all.end() ? nullptr : &*found;
 }
 
-std::unique_ptr<TraceReader> fail(QString *error, const char *reason)
+std::unique_ptr<TraceReader> fail(QString *error, const QString &reason)
 {
-    *error = QLatin1String(reason);
+    *error = reason;
     return nullptr;
+}
+
+std::unique_ptr<TraceReader> cannotRead(QString *error)
+{
+    return fail(error,
+                text3("该格式的记录无法读取", "該格式的記錄無法讀取", "recordings of this format cannot be read"));
 }
 
 } // namespace
@@ -49,9 +55,10 @@ std::unique_ptr<TraceReader> openTrace(QIODevice *device, const QString &name, Q
     ByteSource source(device);
     source.fill(kTraceHeadBytes);
     if (source.size() == 0)
-        return fail(error, source.failed()  ? "cannot be read"
-                           : source.ended() ? "is empty"
-                                            : "has nothing to read yet");
+        return fail(error, source.failed() ? text3("记录无法读取", "記錄無法讀取", "the recording cannot be read")
+                           : source.ended()
+                               ? text3("记录是空的", "記錄是空的", "the recording is empty")
+                               : text3("还没有可读的内容", "還沒有可讀的內容", "there is nothing to read yet"));
     const std::string_view head(source.data(), std::min(source.size(), kTraceHeadBytes));
     for (const TraceFormatEntry &entry : traceFormats())
         if (entry.recognises && entry.recognises(head))
@@ -59,7 +66,7 @@ std::unique_ptr<TraceReader> openTrace(QIODevice *device, const QString &name, Q
     const std::optional<TraceFormat> named = traceFormatOfName(name);
     const TraceFormatEntry *entry = named ? find(*named) : nullptr;
     if (!entry || !entry->read)
-        return fail(error, "is no recording of a known format");
+        return fail(error, text3("不是已知格式的记录", "不是已知格式的記錄", "no recording of a known format"));
     return entry->read(std::move(source));
 }
 
@@ -67,7 +74,7 @@ std::unique_ptr<TraceReader> openTrace(QIODevice *device, TraceFormat format, QS
 {
     const TraceFormatEntry *entry = find(format);
     if (!entry || !entry->read)
-        return fail(error, "recordings of this format cannot be read");
+        return cannotRead(error);
     return entry->read(ByteSource(device));
 }
 
@@ -76,9 +83,10 @@ std::unique_ptr<TraceReader> openTraceAt(QIODevice *device, TraceFormat format, 
 {
     const TraceFormatEntry *entry = find(format);
     if (!entry || !entry->read)
-        return fail(error, "recordings of this format cannot be read");
+        return cannotRead(error);
     if (!device->seek(static_cast<qint64>(checkpoint.offset)))
-        return fail(error, "cannot be read from there on");
+        return fail(error, text3("记录无法从该处继续读取", "記錄無法從該處繼續讀取",
+                                 "the recording cannot be read from there on"));
     std::unique_ptr<TraceReader> reader = entry->read(ByteSource(device, checkpoint.offset));
     if (checkpoint.offset > 0 || checkpoint.passOver > 0)
         reader->resume(checkpoint);

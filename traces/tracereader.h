@@ -1,9 +1,8 @@
 // The one way to read a recording, whatever its format. A reader streams: its memory does not grow with the file.
 #pragma once
 
+#include "device/language.h"
 #include "traces/rawframe.h"
-
-#include <QString>
 
 #include <cstdint>
 #include <memory>
@@ -17,8 +16,8 @@ enum class TraceFormat { Candump, Asc, Trc, Blf, Pcapng, Csv };
 
 // Where and why reading ended before the end of the file.
 struct TraceError {
-    QString place;  // "line 12", "offset 0x90", English as on a command line
-    QString reason; // what was found there
+    Text3 place;  // "line 12", "offset 0x90"
+    Text3 reason; // what was found there
 };
 
 // What a format has to know to go on in the middle of a recording.
@@ -60,7 +59,8 @@ public:
 };
 
 // Opens what the device (open for reading, sequential or not; outlives the reader) holds: by content first, by the
-// name's ending second. Null with *error set when it is no recording this program knows, or empty.
+// name's ending second. Null with *error set, in the current language, when it is no recording this program knows, or
+// empty.
 std::unique_ptr<TraceReader> openTrace(QIODevice *device, const QString &name, QString *error);
 // The same when the format is known (pipes).
 std::unique_ptr<TraceReader> openTrace(QIODevice *device, TraceFormat format, QString *error);

@@ -7,7 +7,7 @@
 
 // Something of the frames that the format cannot hold.
 struct TraceLoss {
-    QString what; // "error state indicator", English as on a command line
+    QString what; // "error state indicator", in the current language
     std::uint64_t count = 0;
 };
 

@@ -182,7 +182,7 @@ TransmitFile parseTransmitFile(const QByteArray &content)
     const QJsonDocument document = QJsonDocument::fromJson(content, &error);
     if (error.error != QJsonParseError::NoError) {
         const QByteArray before = content.left(error.offset);
-        file.error = text3("第%1行第%2列：%3", "第%1行第%2列：%3", "line %1, column %2: %3")
+        file.error = text3("第%1行第%2列：%3", "第%1行第%2欄：%3", "line %1, column %2: %3")
                          .arg(before.count('\n') + 1)
                          .arg(before.size() - before.lastIndexOf('\n'))
                          .arg(error.errorString());

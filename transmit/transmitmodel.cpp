@@ -276,9 +276,9 @@ QVariant TransmitModel::headerData(int section, Qt::Orientation orientation, int
     case EntryIdColumn:
         return QStringLiteral("ID(0x)");
     case EntryFormatColumn:
-        return text3("帧格式", "訊框格式", "Format");
+        return text3("帧格式", "幀格式", "Format");
     case EntryTypeColumn:
-        return text3("帧类型", "訊框類型", "Type");
+        return text3("帧类型", "幀類型", "Type");
     case EntryProtocolColumn:
         return text3("协议", "協定", "Protocol");
     case SendTypeColumn:

@@ -37,12 +37,12 @@ const QStringList &transmitModeNames()
 
 QStringList formatTexts()
 {
-    return {text3("标准帧", "標準訊框", "Standard"), text3("扩展帧", "擴展訊框", "Extended")};
+    return {text3("标准帧", "標準幀", "Standard"), text3("扩展帧", "擴展幀", "Extended")};
 }
 
 QStringList frameTypeTexts()
 {
-    return {text3("数据帧", "資料訊框", "Data"), text3("远程帧", "遠端訊框", "Remote")};
+    return {text3("数据帧", "數據幀", "Data"), text3("远程帧", "遠程幀", "Remote")};
 }
 
 QStringList protocolTexts()
