@@ -26,7 +26,9 @@ cd source
 for switch in QwtSvg QwtOpenGL QwtMathML QwtDesigner QwtExamples QwtPlayground QwtTests; do
     sed -i "s/^\( *QWT_CONFIG *+= *$switch\)\b/#\1/" qwtconfig.pri
 done
+sed -i '/dpkg-buildflags/d' qwtconfig.pri # the flags of this machine's own programs
 sed -i '/QT *+= *concurrent/d' src/src.pri
+sed -i '/#include <qtconcurrentrun.h>/d' src/*.cpp # QT_NO_QFUTURE leaves out what would need it
 cd src
 "$qmake" CONFIG+=release CONFIG-=debug_and_release DEFINES+=QT_NO_QFUTURE src.pro
 make -s -j"$jobs"
