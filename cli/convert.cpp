@@ -168,12 +168,12 @@ bool convertOne(const ConversionPlan &plan, const Conversion &file, Progress *pr
         progress->add(input.newBytes(), static_cast<std::uint64_t>(count));
         return !begun || output.write(frames, kept);
     };
-    input.readThrough(convert, [&] { return !begun || output.flush(); });
+    const bool ended = input.readThrough(convert, [&] { return !begun || output.flush(); });
     const bool whole = input.tellTrouble();
     const bool written = output.finish();
     if (interrupted())
         tell(QStringLiteral("interrupted: %1 frames are in ").arg(output.rows()) + file.output);
-    return whole && written && !interrupted();
+    return ended && whole && written;
 }
 
 } // namespace
@@ -195,10 +195,11 @@ int runConvert(const QStringList &words)
     for (const Conversion &file : plan.files)
         inputs.append(file.input);
     Progress progress(totalBytes(inputs));
-    std::atomic<bool> lost{false};
-    runSideBySide(static_cast<int>(plan.files.size()), jobs, [&](int index) {
-        if (!convertOne(plan, plan.files[static_cast<std::size_t>(index)], &progress))
-            lost = true;
+    const int count = static_cast<int>(plan.files.size());
+    std::atomic<int> whole{0};
+    runSideBySide(count, jobs, [&](int index) {
+        if (convertOne(plan, plan.files[static_cast<std::size_t>(index)], &progress))
+            ++whole;
     });
-    return lost || interrupted() ? SomethingLost : AllWell;
+    return whole == count ? AllWell : SomethingLost;
 }

@@ -6,13 +6,21 @@
 #include <algorithm>
 #include <vector>
 
+namespace
+{
+
+// After an interrupt: how long a pipe's writer may say nothing, and how long it may go on at most.
+constexpr int kSilenceMs = 1000;
+constexpr int kLongestRestMs = 10000;
+
+} // namespace
+
 bool TraceInput::open(const QString &path, std::optional<TraceFormat> format)
 {
     told_ = 0;
     if (path == QLatin1String("-")) {
         name_ = QStringLiteral("standard input");
-        device_ = &standardInput_;
-        standardInput_.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+        device_ = &pipe_;
     } else {
         name_ = path;
         device_ = &file_;
@@ -22,19 +30,27 @@ bool TraceInput::open(const QString &path, std::optional<TraceFormat> format)
             tell(name_ + QStringLiteral(": ") + file_.errorString());
             return false;
         }
+        if (file_.isSequential()) {
+            device_ = &pipe_;
+            pipe_.setDescriptor(file_.handle());
+        }
+    }
+    if (isLive()) {
+        allowSecondInterrupt();
+        pipe_.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
     QString error;
     if (format) {
         reader_ = openTrace(device_, *format, &error);
     } else {
         // The beginning, by which the format is known, may come late.
-        while (isLive() && !interrupted() && standardInput_.peek(1).isEmpty() && !standardInput_.ended()) {
+        while (isLive() && goesOn() && pipe_.peek(1).isEmpty() && !pipe_.ended()) {
         }
         reader_ = openTrace(device_, path, &error);
     }
     if (reader_)
         return true;
-    tell(name_ + QStringLiteral(": ") + error);
+    tell(name_ + QStringLiteral(": ") + (pipe_.failed() ? QStringLiteral("cannot be read") : error));
     return false;
 }
 
@@ -42,8 +58,10 @@ bool TraceInput::readThrough(const std::function<bool(RawFrame *frames, int coun
                              const std::function<bool()> &pause)
 {
     std::vector<RawFrame> frames(kFramesAtATime);
-    while (!interrupted()) {
+    while (goesOn()) {
         const int count = reader_->read(frames.data(), kFramesAtATime);
+        if (count > 0)
+            sinceFrames_.start();
         if (!take(frames.data(), count))
             return false;
         if (count == kFramesAtATime)
@@ -53,7 +71,20 @@ bool TraceInput::readThrough(const std::function<bool(RawFrame *frames, int coun
         if (isLive() && !pause())
             return false;
     }
-    return false;
+    return isLive() && !interruptedTwice() && sinceFrames_.hasExpired(kSilenceMs);
+}
+
+bool TraceInput::goesOn()
+{
+    if (!interrupted())
+        return true;
+    if (!isLive() || interruptedTwice())
+        return false;
+    if (!sinceInterrupt_.isValid()) {
+        sinceInterrupt_.start();
+        sinceFrames_.start();
+    }
+    return !sinceFrames_.hasExpired(kSilenceMs) && !sinceInterrupt_.hasExpired(kLongestRestMs);
 }
 
 std::uint64_t TraceInput::newBytes()
@@ -71,7 +102,7 @@ bool TraceInput::tellTrouble() const
         tell(name_ + QStringLiteral(": %1 parts are no frames and were passed over").arg(skipped));
     if (const auto error = reader_->error())
         tell(name_ + QStringLiteral(", ") + error->place.toString() + QStringLiteral(": ") + error->reason.toString());
-    if (standardInput_.failed())
+    if (pipe_.failed())
         tell(name_ + QStringLiteral(" cannot be read on"));
-    return skipped == 0 && !reader_->error() && !standardInput_.failed();
+    return skipped == 0 && !reader_->error() && !pipe_.failed();
 }

@@ -1,9 +1,10 @@
 // One recording to read, a file or the standard input.
 #pragma once
 
-#include "cli/standardinput.h"
+#include "cli/pipeinput.h"
 #include "traces/tracereader.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 
 #include <functional>
@@ -17,7 +18,8 @@ public:
     TraceReader &reader() { return *reader_; }
     // Hands over what is read, batch by batch, until the end, an interrupt, or `take` or `pause` answering false; true
     // at the end. A batch may be empty. pause: more may come later, so what has been made of it so far is to be handed
-    // on at once.
+    // on at once. After an interrupt a pipe is read on until its writer, who got it as well, ends or falls silent; true
+    // then too.
     bool readThrough(
         const std::function<bool(RawFrame *frames, int count)> &take,
         const std::function<bool()> &pause = [] { return true; });
@@ -31,10 +33,15 @@ public:
     QString name() const { return name_; }
 
 private:
+    // false: an interrupt leaves nothing to wait for.
+    bool goesOn();
+
     QString name_;
     QFile file_;
-    StandardInput standardInput_;
+    PipeInput pipe_;
     QIODevice *device_ = nullptr;
+    QElapsedTimer sinceInterrupt_;
+    QElapsedTimer sinceFrames_; // from the interrupt on
     std::unique_ptr<TraceReader> reader_;
     qint64 told_ = 0;
 };

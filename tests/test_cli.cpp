@@ -166,6 +166,7 @@ void TestCli::endsWith_data()
         {"no such device", "record --device 7 x.blf", "", "", 1, "\"7\""},
         {"no such file", "show none.asc", "", "", 1, "none.asc"},
         {"empty input", "show -", "", "", 1, "empty"},
+        {"empty device", "show /dev/null", "", "", 1, "empty"},
         {"cut input", "show -", "", log + "(2.0) can0 12", 1, "line 2"},
         {"no recording", "show -", "", "hello\nworld\n", 1, "format"},
         {"lost in the format", "convert - - --format csv", "", "(1.0) can0 123##2AA\n", 1, "indicator"},
