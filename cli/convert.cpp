@@ -88,12 +88,11 @@ void readFiles(Arguments &arguments, std::optional<TraceFormat> format, Conversi
         arguments.wrong(QStringLiteral("give one input and one output, or --into FOLDER and inputs"));
     }
     plan->format = format.value_or(TraceFormat::Candump);
-    for (const Conversion &file : plan->files) {
-        const QString canonical = QFileInfo(file.output).canonicalFilePath();
-        if (!canonical.isEmpty() && QFileInfo(canonical).isFile() &&
-            canonical == QFileInfo(file.input).canonicalFilePath())
-            arguments.wrong(file.output + QStringLiteral(" is the input as well"));
-    }
+    QStringList read = plan->databases.paths();
+    for (const Conversion &file : plan->files)
+        read.append(file.input);
+    for (const Conversion &file : plan->files)
+        refuseInput(arguments, file.output, read);
 }
 
 void readPlan(Arguments &arguments, ConversionPlan *plan)

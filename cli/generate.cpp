@@ -143,7 +143,7 @@ int runGenerate(const QStringList &words)
     GeneratePlan plan;
     readPlan(arguments, &plan);
     LiveSender sender;
-    sender.readOptions(arguments);
+    sender.readOptions(arguments, {});
     if (!arguments.fine())
         return arguments.exitCode();
     if (!sender.open(setup))

@@ -4,17 +4,29 @@
 #include "cli/platform.h"
 #include "traces/traceformats.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QThread>
 
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <thread>
 
 namespace
 {
 
 constexpr int kMostJobs = 256;
+
+// standard: what "-" is, where the system has a name for it.
+std::filesystem::path nativePath(const QString &path, [[maybe_unused]] const char *standard)
+{
+#ifdef _WIN32
+    return path == QLatin1String("-") ? std::wstring() : path.toStdWString();
+#else
+    return path == QLatin1String("-") ? standard : QFile::encodeName(path).toStdString();
+#endif
+}
 
 } // namespace
 
@@ -52,6 +64,17 @@ int jobCount(Arguments &arguments)
 {
     const auto given = arguments.integer("jobs", 1, kMostJobs);
     return given ? static_cast<int>(*given) : std::max(1, QThread::idealThreadCount());
+}
+
+void refuseInput(Arguments &arguments, const QString &output, const QStringList &read)
+{
+    std::error_code none;
+    const std::filesystem::path written = nativePath(output, "/dev/stdout");
+    if (!std::filesystem::is_regular_file(written, none))
+        return;
+    for (const QString &path : read)
+        if (std::filesystem::equivalent(written, nativePath(path, "/dev/stdin"), none))
+            arguments.wrong(output + QStringLiteral(" is read as well"));
 }
 
 std::uint64_t totalBytes(const QStringList &paths)

@@ -140,7 +140,7 @@ int runReplay(const QStringList &words)
     ReplayPlan plan;
     readPlan(arguments, databases, &plan);
     LiveSender sender;
-    sender.readOptions(arguments);
+    sender.readOptions(arguments, plan.inputs + databases.paths());
     if (!arguments.fine())
         return arguments.exitCode();
     if (!sender.open(setup))

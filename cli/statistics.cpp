@@ -244,6 +244,8 @@ int runStatistics(const QStringList &words)
         plan.rates[channel] =
             inputs.isEmpty() && setup.used[channel] ? ratesOf(setup.channel[channel]) : givenRates(arguments, channel);
     plan.databases.load(arguments);
+    if (!plan.learn.isEmpty())
+        refuseInput(arguments, plan.learn, inputs + plan.databases.paths());
     readBaseline(arguments, &plan);
     plan.selection.read(arguments, plan.databases.signalSource());
     if (!arguments.fine())

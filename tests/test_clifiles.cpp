@@ -7,6 +7,7 @@
 #include <QtTest>
 
 #include <csignal>
+#include <unistd.h>
 
 using namespace cli;
 
@@ -21,6 +22,8 @@ private slots:
     void tableOfSignals();
     void livePipe_data();
     void livePipe();
+    void keepsItsInput_data();
+    void keepsItsInput();
     void manyFiles();
     void baseline();
 
@@ -121,6 +124,26 @@ void TestCliFiles::livePipe()
     }
     const Ended ended = end(&process);
     QVERIFY2(ended.code == 0 && ended.errors.contains(": 2 frames"), ended.errors.constData());
+}
+
+void TestCliFiles::keepsItsInput_data()
+{
+    QTest::addColumn<QString>("command");
+    for (const char *command : {"convert --nanoseconds", "replay --record", "statistics --learn"})
+        QTest::newRow(command) << command;
+}
+
+// Not even under another name of the same file.
+void TestCliFiles::keepsItsInput()
+{
+    QFETCH(QString, command);
+    const QByteArray log = "(1.0) can0 123#11\n";
+    const QString file = folder_.write("kept.log", log);
+    const QString other = folder_.path("other.log");
+    QVERIFY(QFile::exists(other) || ::link(qPrintable(file), qPrintable(other)) == 0);
+    QCOMPARE(run(command.split(' ') << other << file).code, 2);
+    QFile kept(file);
+    QVERIFY(kept.open(QIODevice::ReadOnly) && kept.readAll() == log);
 }
 
 void TestCliFiles::manyFiles()
