@@ -18,6 +18,13 @@ namespace
 
 constexpr int kMostJobs = 256;
 
+bool isReadable(TraceFormat format)
+{
+    const auto &all = traceFormats();
+    return std::any_of(all.begin(), all.end(),
+                       [format](const TraceFormatEntry &entry) { return entry.format == format && entry.read; });
+}
+
 // standard: what "-" is, where the system has a name for it.
 std::filesystem::path nativePath(const QString &path, [[maybe_unused]] const char *standard)
 {
@@ -57,7 +64,10 @@ std::optional<TraceFormat> formatOption(Arguments &arguments, const char *name)
 
 std::optional<TraceFormat> inputFormat(Arguments &arguments)
 {
-    return formatOption(arguments, "input-format");
+    const auto format = formatOption(arguments, "input-format");
+    if (format && !isReadable(*format))
+        arguments.wrongValue("input-format", QStringLiteral("can only be written"));
+    return format;
 }
 
 int jobCount(Arguments &arguments)
