@@ -2,6 +2,7 @@
 
 #include "cli/messages.h"
 #include "cli/platform.h"
+#include "traces/tracewriter.h"
 
 #include <algorithm>
 #include <vector>
@@ -17,6 +18,15 @@ constexpr int kLongestRestMs = 10000;
 
 bool TraceInput::open(const QString &path, std::optional<TraceFormat> format)
 {
+    QString trouble;
+    if (open(path, format, &trouble))
+        return true;
+    tell(trouble);
+    return false;
+}
+
+bool TraceInput::open(const QString &path, std::optional<TraceFormat> format, QString *trouble)
+{
     told_ = 0;
     if (path == QLatin1String("-")) {
         name_ = QStringLiteral("standard input");
@@ -27,7 +37,7 @@ bool TraceInput::open(const QString &path, std::optional<TraceFormat> format)
         file_.close();
         file_.setFileName(path);
         if (!file_.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-            tell(name_ + QStringLiteral(": ") + file_.errorString());
+            *trouble = name_ + QStringLiteral(": ") + file_.errorString();
             return false;
         }
         if (file_.isSequential()) {
@@ -39,6 +49,9 @@ bool TraceInput::open(const QString &path, std::optional<TraceFormat> format)
         allowSecondInterrupt();
         pipe_.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
+    // A log without frames has nothing in it at all.
+    if (!format && !isLive() && file_.size() == 0 && traceFormatOfName(path) == TraceFormat::Candump)
+        format = TraceFormat::Candump;
     QString error;
     if (format) {
         reader_ = openTrace(device_, *format, &error);
@@ -50,7 +63,7 @@ bool TraceInput::open(const QString &path, std::optional<TraceFormat> format)
     }
     if (reader_)
         return true;
-    tell(name_ + QStringLiteral(": ") + (pipe_.failed() ? QStringLiteral("cannot be read") : error));
+    *trouble = name_ + QStringLiteral(": ") + (pipe_.failed() ? QStringLiteral("cannot be read") : error);
     return false;
 }
 
@@ -62,6 +75,8 @@ bool TraceInput::readThrough(const std::function<bool(RawFrame *frames, int coun
         const int count = reader_->read(frames.data(), kFramesAtATime);
         if (count > 0)
             sinceFrames_.start();
+        if (reader_->format() == TraceFormat::Csv)
+            rebase(frames.data(), count);
         if (!take(frames.data(), count))
             return false;
         if (count == kFramesAtATime)
@@ -72,6 +87,14 @@ bool TraceInput::readThrough(const std::function<bool(RawFrame *frames, int coun
             return false;
     }
     return isLive() && !interruptedTwice() && sinceFrames_.hasExpired(kSilenceMs);
+}
+
+void TraceInput::rebase(RawFrame *frames, int count)
+{
+    if (!base_ && count > 0)
+        base_ = frames[0].time;
+    for (int i = 0; i < count; ++i)
+        frames[i].time -= base();
 }
 
 bool TraceInput::goesOn()
