@@ -13,7 +13,8 @@ namespace
 {
 
 constexpr std::chrono::milliseconds kPollEvery{10};
-constexpr double kDefaultLinger = 0.2; // seconds
+constexpr std::chrono::milliseconds kLastFrames{200}; // in which they reach the bus, after an interrupt, too
+constexpr double kDefaultLinger = 0.2;                // seconds
 constexpr double kLongestLinger = 86400;
 
 } // namespace
@@ -112,9 +113,16 @@ void LiveSender::send(unsigned channel, const RawFrame &frame)
 
 bool LiveSender::close()
 {
-    const auto until = Clock::now() + linger_;
-    while (Clock::now() < until && goesOn())
+    auto until = Clock::now() + linger_;
+    bool hurried = false;
+    while (Clock::now() < until && !adapter_.gone()) {
+        adapter_.poll();
+        if (interrupted() && !hurried) {
+            hurried = true;
+            until = std::min(until, Clock::now() + kLastFrames);
+        }
         std::this_thread::sleep_until(std::min(until, Clock::now() + kPollEvery));
+    }
     adapter_.close();
     const bool recorded = !recording_ || recording_->end();
     tell(QStringLiteral("%1 frames sent").arg(counts_.sent));

@@ -217,18 +217,21 @@ void TestCli::recordsToAPipe()
 
 void TestCli::interrupted_data()
 {
+    QTest::addColumn<QString>("command");
     QTest::addColumn<int>("signalNumber");
-    QTest::newRow("Ctrl+C") << SIGINT;
-    QTest::newRow("request to end") << SIGTERM;
+    QTest::newRow("Ctrl+C") << "record" << SIGINT;
+    QTest::newRow("request to end") << "record" << SIGTERM;
+    QTest::newRow("lingering") << "generate --count 300 --interval 0 --data random --linger 80000 --record" << SIGINT;
 }
 
 void TestCli::interrupted()
 {
+    QFETCH(QString, command);
     QFETCH(int, signalNumber);
     const QString file = folder_.path("interrupted.blf");
     QFile::remove(file);
     QProcess process;
-    start(&process, words("record") + kRates << file, "");
+    start(&process, command.split(' ') << file << kRates, "");
     QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(file).size() > 1000, kTimeoutMs); // brought to the disk each second
     ::kill(static_cast<pid_t>(process.processId()), signalNumber);
     const Ended ended = end(&process);
