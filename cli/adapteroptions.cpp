@@ -86,9 +86,10 @@ void addAdapterOptions(Arguments &arguments)
                   "DEVICE");
     arguments.add("only", "Open this channel alone, 1 or 2.", "CHANNEL");
     addRateOptions(arguments);
-    arguments.add("accept", "Acceptance ranges of both channels, hexadecimal: 100..1FF,ext:0..FFFF.", "RANGES");
-    arguments.add("accept1", "The same of channel 1 alone.", "RANGES");
-    arguments.add("accept2", "The same of channel 2 alone.", "RANGES");
+    arguments.add("accept", "Acceptance ranges of both channels, hexadecimal: 100..1FF,ext:0..FFFF.", "RANGES",
+                  Repeated::Joined);
+    arguments.add("accept1", "The same of channel 1 alone.", "RANGES", Repeated::Joined);
+    arguments.add("accept2", "The same of channel 2 alone.", "RANGES", Repeated::Joined);
     arguments.add("listen-only", "Send nothing, not even an acknowledgement.");
     arguments.add("fd-standard", "iso or bosch.", "STANDARD");
 }

@@ -13,12 +13,14 @@ Arguments::Arguments(const char *command, const char *operands, const char *desc
     add("h help", "Shows this help.");
 }
 
-void Arguments::add(const char *names, const char *description, const char *value)
+void Arguments::add(const char *names, const char *description, const char *value, Repeated repeated)
 {
     QCommandLineOption option(QString::fromLatin1(names).split(QLatin1Char(' ')), QLatin1String(description));
     if (value)
         option.setValueName(QLatin1String(value));
     parser_.addOption(option);
+    if (value && repeated == Repeated::Wrong)
+        onceOnly_.append(option.names().last());
 }
 
 bool Arguments::parse(const QStringList &words)
@@ -27,8 +29,12 @@ bool Arguments::parse(const QStringList &words)
         wrong(parser_.errorText());
         return fine();
     }
-    if (!parser_.isSet(QStringLiteral("help")))
-        return true;
+    if (!parser_.isSet(QStringLiteral("help"))) {
+        for (const QString &name : qAsConst(onceOnly_))
+            if (parser_.values(name).size() > 1)
+                wrong(QStringLiteral("--%1 is given more than once").arg(name));
+        return fine();
+    }
     // The first line of the parser's own text has the program's path instead of the command.
     QString help = parser_.helpText();
     help.remove(0, help.indexOf(QLatin1Char('\n')));

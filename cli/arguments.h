@@ -8,6 +8,13 @@
 
 constexpr double kLongestDuration = 1e9; // seconds that --duration takes
 
+// What an option means that is given several times.
+enum class Repeated {
+    Wrong,
+    Joined, // one list: text() has all of them, with commas between
+    Each,   // texts() has each; a switch may be repeated, too
+};
+
 class Arguments
 {
 public:
@@ -15,13 +22,14 @@ public:
     Arguments(const char *command, const char *operands, const char *description);
 
     // names: "j jobs"; value: what follows, null when nothing does.
-    void add(const char *names, const char *description, const char *value = nullptr);
+    void add(const char *names, const char *description, const char *value = nullptr,
+             Repeated repeated = Repeated::Wrong);
     // false when the command is not to run: help was asked for, or the words are wrong; exitCode() says which.
     bool parse(const QStringList &words);
     int exitCode() const { return exitCode_; }
 
     bool isSet(const char *name) const { return parser_.isSet(QLatin1String(name)); }
-    QString text(const char *name) const { return parser_.value(QLatin1String(name)); }
+    QString text(const char *name) const { return texts(name).join(QLatin1Char(',')); }
     QStringList texts(const char *name) const { return parser_.values(QLatin1String(name)); }
     QStringList operands() const { return parser_.positionalArguments(); }
     // The values as numbers within limits; nothing when the option is not given. What is none is a usage error.
@@ -39,6 +47,7 @@ private:
     const QString command_;
     const QString operands_;
     QCommandLineParser parser_;
+    QStringList onceOnly_; // names of options
     QString wrong_;
     int exitCode_ = 0;
 };

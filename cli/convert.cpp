@@ -45,16 +45,16 @@ void addConvertOptions(Arguments &arguments)
     arguments.add("times",
                   "How times are written where a format has both: absolute (with the date; the default) or relative.",
                   "KIND");
-    arguments.add("start",
-                  "The recording's start, where the input has none: 2026-11-21T10:00:00Z or seconds since 1970.",
-                  "TIME");
+    arguments.add(
+        "start", "The recording's start, whatever the input says: 2026-11-21T10:00:00Z or seconds since 1970.", "TIME");
     arguments.add("nanoseconds", "Nine decimals instead of six, in candump logs and ASC.");
     FrameSelection::addOptions(arguments);
     Databases::addOptions(arguments);
-    arguments.add("signals",
-                  "With --dbc and to .csv: a column for each of these signals, a row for each frame that carries one; "
-                  "\"all\" or names: Speed,Engine.Speed,Engine.",
-                  "LIST");
+    arguments.add(
+        "signals",
+        "With --dbc csv is a table: a column for each of these signals, a row for each frame that carries one; "
+        "\"all\" (the default), names such as Speed,Engine.Speed,Engine, or \"none\": frames as they are.",
+        "LIST", Repeated::Joined);
 }
 
 // Where each input goes: into a folder, or the one input to the one output.
@@ -88,12 +88,11 @@ void readFiles(Arguments &arguments, std::optional<TraceFormat> format, Conversi
         arguments.wrong(QStringLiteral("give one input and one output, or --into FOLDER and inputs"));
     }
     plan->format = format.value_or(TraceFormat::Candump);
-    for (const Conversion &file : plan->files) {
-        const QString canonical = QFileInfo(file.output).canonicalFilePath();
-        if (!canonical.isEmpty() && QFileInfo(canonical).isFile() &&
-            canonical == QFileInfo(file.input).canonicalFilePath())
-            arguments.wrong(file.output + QStringLiteral(" is the input as well"));
-    }
+    QStringList read = plan->databases.paths();
+    for (const Conversion &file : plan->files)
+        read.append(file.input);
+    for (const Conversion &file : plan->files)
+        refuseInput(arguments, file.output, read);
 }
 
 void readPlan(Arguments &arguments, ConversionPlan *plan)
@@ -113,11 +112,14 @@ void readPlan(Arguments &arguments, ConversionPlan *plan)
             arguments.wrongValue("start", QStringLiteral("is no time"));
     }
     plan->selection.read(arguments, plan->databases.signalSource());
-    if (arguments.isSet("signals")) {
-        plan->columns.choose(arguments, arguments.text("signals"), plan->databases);
-        if (plan->format != TraceFormat::Csv)
-            arguments.wrong(QStringLiteral("--signals writes csv; name the output so or give --format csv"));
-    }
+    const bool csv = plan->format == TraceFormat::Csv;
+    if (arguments.isSet("signals") && !csv)
+        arguments.wrong(QStringLiteral("--signals writes csv; name the output so or give --format csv"));
+    const QString names = arguments.isSet("signals")          ? arguments.text("signals")
+                          : csv && !plan->databases.isEmpty() ? QStringLiteral("all")
+                                                              : QStringLiteral("none");
+    if (names != QLatin1String("none"))
+        plan->columns.choose(arguments, names, plan->databases);
 }
 
 // What the frames of one input are written to: a recording, or a table of signals.
@@ -130,14 +132,20 @@ public:
             table_.emplace(plan.columns, plan.databases);
     }
     bool open(const QString &path) { return table_ ? table_->open(path) : recording_.open(path, plan_.format); }
-    // Before the first write().
-    void begin(std::optional<std::int64_t> start)
+    // Before the first write(). start: of the input, if it has one; base: see TraceInput.
+    void begin(std::optional<std::int64_t> start, std::int64_t base)
     {
+        // Times of day stay what they are unless other times are wanted.
+        shift_ = plan_.start || plan_.relativeTimes ? 0 : base;
+        if (plan_.start)
+            start = plan_.start;
         tableStart_ = plan_.relativeTimes ? 0 : start.value_or(0);
         recording_.setOptions({start, plan_.nanoseconds, plan_.relativeTimes});
     }
-    bool write(const RawFrame *frames, int count)
+    bool write(RawFrame *frames, int count)
     {
+        for (int i = 0; i < count && shift_ != 0; ++i)
+            frames[i].time += shift_;
         return table_ ? table_->write(frames, count, tableStart_) : recording_.write(frames, count);
     }
     bool flush() { return table_ ? table_->flush() : recording_.flush(); }
@@ -148,6 +156,7 @@ private:
     const ConversionPlan &plan_;
     std::optional<SignalTable> table_;
     std::int64_t tableStart_ = 0;
+    std::int64_t shift_ = 0;
     TraceOutput recording_;
 };
 
@@ -162,18 +171,18 @@ bool convertOne(const ConversionPlan &plan, const Conversion &file, Progress *pr
     const auto convert = [&](RawFrame *frames, int count) {
         if (!begun && (count > 0 || input.atEnd())) {
             begun = true;
-            output.begin(plan.start ? plan.start : input.reader().startUtc());
+            output.begin(input.reader().startUtc(), input.base());
         }
         const int kept = plan.selection.keep(frames, count);
         progress->add(input.newBytes(), static_cast<std::uint64_t>(count));
         return !begun || output.write(frames, kept);
     };
-    input.readThrough(convert, [&] { return !begun || output.flush(); });
+    const bool ended = input.readThrough(convert, [&] { return !begun || output.flush(); });
     const bool whole = input.tellTrouble();
     const bool written = output.finish();
     if (interrupted())
         tell(QStringLiteral("interrupted: %1 frames are in ").arg(output.rows()) + file.output);
-    return whole && written && !interrupted();
+    return ended && whole && written;
 }
 
 } // namespace
@@ -195,10 +204,11 @@ int runConvert(const QStringList &words)
     for (const Conversion &file : plan.files)
         inputs.append(file.input);
     Progress progress(totalBytes(inputs));
-    std::atomic<bool> lost{false};
-    runSideBySide(static_cast<int>(plan.files.size()), jobs, [&](int index) {
-        if (!convertOne(plan, plan.files[static_cast<std::size_t>(index)], &progress))
-            lost = true;
+    const int count = static_cast<int>(plan.files.size());
+    std::atomic<int> whole{0};
+    runSideBySide(count, jobs, [&](int index) {
+        if (convertOne(plan, plan.files[static_cast<std::size_t>(index)], &progress))
+            ++whole;
     });
-    return lost || interrupted() ? SomethingLost : AllWell;
+    return whole == count ? AllWell : SomethingLost;
 }

@@ -5,9 +5,9 @@
 
 void Databases::addOptions(Arguments &arguments)
 {
-    arguments.add("dbc", "A signal database for both channels; may be given several times.", "FILE");
-    arguments.add("dbc1", "The same for channel 1 alone.", "FILE");
-    arguments.add("dbc2", "The same for channel 2 alone.", "FILE");
+    arguments.add("dbc", "A signal database for both channels; may be given several times.", "FILE", Repeated::Each);
+    arguments.add("dbc1", "The same for channel 1 alone.", "FILE", Repeated::Each);
+    arguments.add("dbc2", "The same for channel 2 alone.", "FILE", Repeated::Each);
 }
 
 void Databases::load(Arguments &arguments)

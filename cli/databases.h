@@ -13,6 +13,7 @@ public:
     void load(Arguments &arguments);
 
     bool isEmpty() const { return set_.entries().empty(); }
+    QStringList paths() const { return set_.paths(); }
     const std::vector<DatabaseSet::Entry> &entries() const { return set_.entries(); }
     const MessageLookup &lookup() const { return *lookup_; }
 

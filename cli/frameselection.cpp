@@ -18,8 +18,11 @@ QString secondsText(std::optional<double> seconds)
 
 void FrameSelection::addOptions(Arguments &arguments)
 {
-    arguments.add("id", "Only these identifiers, hexadecimal: 123,100..1FF,120/7F0 (value/mask).", "LIST");
-    arguments.add("channels", "Only these channels, from 1: 1 or 1,2 or 1..4.", "LIST");
+    arguments.add("id",
+                  "Only these identifiers, standard and extended alike, hexadecimal: 123,100..1FF,120/7F0 "
+                  "(value/mask).",
+                  "LIST", Repeated::Joined);
+    arguments.add("channels", "Only these channels, from 1: 1 or 1,2 or 1..4.", "LIST", Repeated::Joined);
     arguments.add("from", "Only from this time on, in seconds since the recording's start.", "SECONDS");
     arguments.add("to", "Only up to this time.", "SECONDS");
     arguments.add("filter",
@@ -46,15 +49,21 @@ void FrameSelection::read(Arguments &arguments, const std::shared_ptr<const Sign
 {
     const QLatin1String id("id ");
     const QLatin1String channel("channel ");
-    if (arguments.isSet("id"))
-        add(arguments, "id", id + arguments.text("id"), id.size());
-    if (arguments.isSet("channels"))
-        add(arguments, "channels", channel + arguments.text("channels"), channel.size());
     const auto from = arguments.number("from", 0, kLatestTime);
     const auto to = arguments.number("to", 0, kLatestTime);
-    if (from || to)
+    timed_ = from || to;
+    if (from && to && *from > *to)
+        arguments.wrong(QStringLiteral("--from is behind --to"));
+    if (timed_)
         add(arguments, from ? "from" : "to",
             QStringLiteral("time ") + secondsText(from) + QStringLiteral("..") + secondsText(to), 0);
+    if (arguments.isSet("id"))
+        add(arguments, "id", id + arguments.text("id"), id.size());
+    for (const QString &part : arguments.text("channels").split(QLatin1Char(',')))
+        if (part.section(QStringLiteral(".."), 0, 0).trimmed() == QLatin1String("0"))
+            arguments.wrongValue("channels", QStringLiteral("has a channel 0; the first one is 1"));
+    if (arguments.isSet("channels"))
+        add(arguments, "channels", channel + arguments.text("channels"), channel.size());
     if (arguments.isSet("filter"))
         add(arguments, "filter", arguments.text("filter"), 0, signalSource);
 }
@@ -62,6 +71,12 @@ void FrameSelection::read(Arguments &arguments, const std::shared_ptr<const Sign
 bool FrameSelection::matches(const RawFrame &frame) const
 {
     return std::all_of(filters_.begin(), filters_.end(),
+                       [&](const FrameFilter &filter) { return filter.matches(frame); });
+}
+
+bool FrameSelection::matchesAnyTime(const RawFrame &frame) const
+{
+    return std::all_of(filters_.begin() + (timed_ ? 1 : 0), filters_.end(),
                        [&](const FrameFilter &filter) { return filter.matches(frame); });
 }
 

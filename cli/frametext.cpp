@@ -1,6 +1,7 @@
 #include "cli/frametext.h"
 
 #include "cli/databases.h"
+#include "cli/signaltext.h"
 #include "cli/valuetexts.h"
 #include "device/driver/identifiers.h"
 #include "traces/textput.h"
@@ -107,7 +108,7 @@ void FrameText::appendSignals(std::string *out, const KnownMessage &message) con
             appendText(out, *text);
             continue;
         }
-        appendNumber(out, value.physical);
+        appendSignalValue(out, signal, value);
         if (!signal.unit.isEmpty()) {
             out->push_back(' ');
             appendText(out, signal.unit);
@@ -152,9 +153,10 @@ void FrameText::appendJsonSignals(std::string *out, const KnownMessage &message)
         if (!first)
             out->push_back(',');
         first = false;
-        appendJsonText(out, message.definition->signalList[i].name);
+        const SignalDefinition &signal = message.definition->signalList[i];
+        appendJsonText(out, signal.name);
         out->push_back(':');
-        appendNumber(out, value.physical);
+        appendJsonSignalValue(out, signal, value);
     }
     out->push_back('}');
 }

@@ -81,6 +81,8 @@ void readData(Arguments &arguments, GeneratorSettings *frames)
     digits.remove(QLatin1Char(' '));
     if (frames->data.toHex().size() != digits.size())
         arguments.wrongValue("data", QStringLiteral("is no text of hexadecimal bytes"));
+    if (frames->data.size() > int(kRawDataBytes))
+        arguments.wrongValue("data", QStringLiteral("has more bytes than any frame"));
     frames->length = static_cast<std::uint8_t>(std::min(frames->data.size(), int(kRawDataBytes)));
 }
 
@@ -91,6 +93,8 @@ void readLength(Arguments &arguments, GeneratorSettings *frames)
     frames->lengthWay = wayOf(arguments.text("length"));
     if (frames->lengthWay == Way::Fixed)
         frames->length = static_cast<std::uint8_t>(arguments.integer("length", 0, kRawDataBytes).value_or(0));
+    if (frames->lengthWay == Way::Fixed && frames->data.size() > frames->length)
+        arguments.wrongValue("length", QStringLiteral("is less than --data has"));
 }
 
 void readPlan(Arguments &arguments, GeneratePlan *plan)
@@ -143,7 +147,7 @@ int runGenerate(const QStringList &words)
     GeneratePlan plan;
     readPlan(arguments, &plan);
     LiveSender sender;
-    sender.readOptions(arguments);
+    sender.readOptions(arguments, {});
     if (!arguments.fine())
         return arguments.exitCode();
     if (!sender.open(setup))

@@ -4,17 +4,36 @@
 #include "cli/platform.h"
 #include "traces/traceformats.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QThread>
 
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <thread>
 
 namespace
 {
 
 constexpr int kMostJobs = 256;
+
+bool isReadable(TraceFormat format)
+{
+    const auto &all = traceFormats();
+    return std::any_of(all.begin(), all.end(),
+                       [format](const TraceFormatEntry &entry) { return entry.format == format && entry.read; });
+}
+
+// standard: what "-" is, where the system has a name for it.
+std::filesystem::path nativePath(const QString &path, [[maybe_unused]] const char *standard)
+{
+#ifdef _WIN32
+    return path == QLatin1String("-") ? std::wstring() : path.toStdWString();
+#else
+    return path == QLatin1String("-") ? standard : QFile::encodeName(path).toStdString();
+#endif
+}
 
 } // namespace
 
@@ -45,13 +64,27 @@ std::optional<TraceFormat> formatOption(Arguments &arguments, const char *name)
 
 std::optional<TraceFormat> inputFormat(Arguments &arguments)
 {
-    return formatOption(arguments, "input-format");
+    const auto format = formatOption(arguments, "input-format");
+    if (format && !isReadable(*format))
+        arguments.wrongValue("input-format", QStringLiteral("can only be written"));
+    return format;
 }
 
 int jobCount(Arguments &arguments)
 {
     const auto given = arguments.integer("jobs", 1, kMostJobs);
     return given ? static_cast<int>(*given) : std::max(1, QThread::idealThreadCount());
+}
+
+void refuseInput(Arguments &arguments, const QString &output, const QStringList &read)
+{
+    std::error_code none;
+    const std::filesystem::path written = nativePath(output, "/dev/stdout");
+    if (!std::filesystem::is_regular_file(written, none))
+        return;
+    for (const QString &path : read)
+        if (std::filesystem::equivalent(written, nativePath(path, "/dev/stdin"), none))
+            arguments.wrong(output + QStringLiteral(" is read as well"));
 }
 
 std::uint64_t totalBytes(const QStringList &paths)

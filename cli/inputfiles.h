@@ -20,6 +20,9 @@ int jobCount(Arguments &arguments);
 // The names of all formats, for help texts.
 QByteArray formatNames();
 
+// A usage error when what is written to `output` would take the place of a file that is read.
+void refuseInput(Arguments &arguments, const QString &output, const QStringList &read);
+
 // Bytes of all inputs; 0 when one of them has no size.
 std::uint64_t totalBytes(const QStringList &paths);
 

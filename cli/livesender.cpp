@@ -1,6 +1,7 @@
 #include "cli/livesender.h"
 
 #include "cli/arguments.h"
+#include "cli/inputfiles.h"
 #include "cli/messages.h"
 #include "cli/platform.h"
 #include "cli/recordoptions.h"
@@ -12,7 +13,8 @@ namespace
 {
 
 constexpr std::chrono::milliseconds kPollEvery{10};
-constexpr double kDefaultLinger = 0.2; // seconds
+constexpr std::chrono::milliseconds kLastFrames{200}; // in which they reach the bus, after an interrupt, too
+constexpr double kDefaultLinger = 0.2;                // seconds
 constexpr double kLongestLinger = 86400;
 
 } // namespace
@@ -61,12 +63,14 @@ void LiveSender::addOptions(Arguments &arguments)
     arguments.add("linger", "Keep the channels open so long after the last frame; 0.2 when not given.", "SECONDS");
 }
 
-void LiveSender::readOptions(Arguments &arguments)
+void LiveSender::readOptions(Arguments &arguments, const QStringList &read)
 {
     const double linger = arguments.number("linger", 0, kLongestLinger).value_or(kDefaultLinger);
     linger_ = std::chrono::milliseconds(static_cast<std::int64_t>(linger * 1e3));
-    if (arguments.isSet("record"))
-        recordSettings_ = readRecordSettings(arguments, arguments.text("record"), "record-format");
+    if (!arguments.isSet("record"))
+        return;
+    recordSettings_ = readRecordSettings(arguments, arguments.text("record"), "record-format");
+    refuseInput(arguments, arguments.text("record"), read);
 }
 
 bool LiveSender::open(const AdapterSetup &setup)
@@ -109,9 +113,14 @@ void LiveSender::send(unsigned channel, const RawFrame &frame)
 
 bool LiveSender::close()
 {
-    const auto until = Clock::now() + linger_;
+    auto until = Clock::now() + linger_;
+    bool hurried = false;
     while (Clock::now() < until && !adapter_.gone()) {
         adapter_.poll();
+        if (interrupted() && !hurried) {
+            hurried = true;
+            until = std::min(until, Clock::now() + kLastFrames);
+        }
         std::this_thread::sleep_until(std::min(until, Clock::now() + kPollEvery));
     }
     adapter_.close();

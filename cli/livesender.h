@@ -24,7 +24,8 @@ public:
 
     // --record and --linger.
     static void addOptions(Arguments &arguments);
-    void readOptions(Arguments &arguments);
+    // read: files that the command reads, which --record must not overwrite.
+    void readOptions(Arguments &arguments, const QStringList &read);
 
     // false, and told, when the adapter or the recording does not come up.
     bool open(const AdapterSetup &setup);

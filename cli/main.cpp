@@ -9,8 +9,8 @@
 
 int main(int argc, char *argv[])
 {
-    QLocale::setDefault(QLocale::c()); // numbers are plain digits, whatever the system's habits are
     prepareStandardStreams();
+    QLocale::setDefault(QLocale::c()); // numbers are plain digits, whatever the system's habits are
     watchInterrupts();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("ostrel-cli"));

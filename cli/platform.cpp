@@ -14,6 +14,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -22,13 +23,30 @@
 namespace
 {
 
-std::atomic<bool> interruptSeen{false};
+std::atomic<int> interruptCount{0};
+std::atomic<int> allowedInterrupts{1}; // with the next one the program ends
+
+// false when this interrupt is one too many.
+bool takeInterrupt()
+{
+    return ++interruptCount <= allowedInterrupts.load(std::memory_order_relaxed);
+}
 
 } // namespace
 
 bool interrupted()
 {
-    return interruptSeen.load(std::memory_order_relaxed);
+    return interruptCount.load(std::memory_order_relaxed) > 0;
+}
+
+bool interruptedTwice()
+{
+    return interruptCount.load(std::memory_order_relaxed) > 1;
+}
+
+void allowSecondInterrupt()
+{
+    allowedInterrupts = 2;
 }
 
 #ifdef _WIN32
@@ -38,7 +56,7 @@ namespace
 
 BOOL WINAPI onControl(DWORD)
 {
-    return interruptSeen.exchange(true) ? FALSE : TRUE;
+    return takeInterrupt() ? TRUE : FALSE;
 }
 
 } // namespace
@@ -54,11 +72,11 @@ bool isTerminal(std::FILE *stream)
     return _isatty(_fileno(stream)) != 0;
 }
 
-long long readStandardInput(char *data, long long capacity)
+long long readPipe(int descriptor, char *data, long long capacity)
 {
     constexpr long long largest = 1 << 20;
-    const int got = _read(_fileno(stdin), data, static_cast<unsigned>(capacity < largest ? capacity : largest));
-    return got > 0 ? got : got == 0 ? (interrupted() ? 0 : -1) : -2;
+    const int got = _read(descriptor, data, static_cast<unsigned>(capacity < largest ? capacity : largest));
+    return got > 0 ? got : got == 0 ? -1 : -2;
 }
 
 void watchInterrupts()
@@ -73,11 +91,14 @@ namespace
 
 constexpr int kInputWaitMs = 200;
 
-static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it");
+static_assert(std::atomic<int>::is_always_lock_free, "a signal handler sets it");
 
-void onSignal(int)
+void onSignal(int number)
 {
-    interruptSeen.store(true, std::memory_order_relaxed);
+    if (takeInterrupt())
+        return;
+    std::signal(number, SIG_DFL);
+    std::raise(number);
 }
 
 } // namespace
@@ -85,6 +106,10 @@ void onSignal(int)
 void prepareStandardStreams()
 {
     std::signal(SIGPIPE, SIG_IGN);
+    // In the place of a closed stream stands one of the wrong direction.
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY) < 0)
+            return;
 }
 
 bool isTerminal(std::FILE *stream)
@@ -92,13 +117,13 @@ bool isTerminal(std::FILE *stream)
     return isatty(fileno(stream)) != 0;
 }
 
-long long readStandardInput(char *data, long long capacity)
+long long readPipe(int descriptor, char *data, long long capacity)
 {
-    pollfd waiting{STDIN_FILENO, POLLIN, 0};
+    pollfd waiting{descriptor, POLLIN, 0};
     const int ready = poll(&waiting, 1, kInputWaitMs);
     if (ready == 0 || (ready < 0 && errno == EINTR))
         return 0;
-    const ssize_t got = read(STDIN_FILENO, data, static_cast<size_t>(capacity));
+    const ssize_t got = read(descriptor, data, static_cast<size_t>(capacity));
     if (got > 0)
         return got;
     if (got == 0)
@@ -111,7 +136,7 @@ void watchInterrupts()
     struct sigaction action {
     };
     action.sa_handler = onSignal;
-    action.sa_flags = static_cast<int>(SA_RESETHAND); // waits are not resumed
+    action.sa_flags = 0; // waits are not resumed
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
 }

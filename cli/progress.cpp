@@ -31,9 +31,9 @@ Progress::~Progress()
     showProgressLine({});
 }
 
-void Progress::add(std::uint64_t bytes, std::uint64_t frames)
+void Progress::add(std::uint64_t done, std::uint64_t frames)
 {
-    bytes_ += bytes;
+    done_ += done;
     frames_ += frames;
     if (!progressIsShown() || timer_.elapsed() < nextShown_)
         return;
@@ -52,7 +52,7 @@ void Progress::show()
         showProgressLine(QStringLiteral("%1 frames, %2").arg(frames_.load()).arg(rate));
         return;
     }
-    const double share = std::min(1.0, static_cast<double>(bytes_) / static_cast<double>(total_));
+    const double share = std::min(1.0, static_cast<double>(done_) / static_cast<double>(total_));
     const int filled = static_cast<int>(share * kBarWidth);
     QString line = QLatin1Char('[') + QString(filled, QLatin1Char('#')) +
                    QString(kBarWidth - filled, QLatin1Char(' ')) +

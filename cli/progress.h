@@ -10,18 +10,18 @@
 class Progress
 {
 public:
-    // total: bytes of all inputs; 0: not known, then there is a rate but no bar.
+    // total: what is to be done, bytes of all inputs or another measure; 0: not known, then there is a rate but no bar.
     explicit Progress(std::uint64_t total);
     ~Progress(); // takes the bar away
 
     // So much more has been done. Any thread.
-    void add(std::uint64_t bytes, std::uint64_t frames);
+    void add(std::uint64_t done, std::uint64_t frames);
 
 private:
     void show();
 
     const std::uint64_t total_;
-    std::atomic<std::uint64_t> bytes_{0};
+    std::atomic<std::uint64_t> done_{0};
     std::atomic<std::uint64_t> frames_{0};
     QElapsedTimer timer_;
     std::atomic<std::int64_t> nextShown_;

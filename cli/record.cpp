@@ -2,17 +2,13 @@
 #include "cli/commands.h"
 #include "cli/databases.h"
 #include "cli/frameselection.h"
+#include "cli/inputfiles.h"
 #include "cli/livetap.h"
 #include "cli/progress.h"
 #include "cli/recordoptions.h"
 #include "cli/recordtarget.h"
 
 #include <algorithm>
-
-namespace
-{
-
-} // namespace
 
 int runRecord(const QStringList &words)
 {
@@ -37,6 +33,7 @@ int runRecord(const QStringList &words)
     settings.mostFrames = static_cast<std::uint64_t>(most.value_or(0));
     Databases databases;
     databases.load(arguments);
+    refuseInput(arguments, settings.path, databases.paths());
     FrameSelection selection;
     selection.read(arguments, databases.signalSource());
     if (!arguments.fine())

@@ -103,8 +103,8 @@ void addRecordOptions(Arguments &arguments)
     arguments.add("start-on",
                   "Record from a frame on: id:100..1FF, \"id:123 data:02??7F channel:1\", error, lost; "
                   "may be given several times.",
-                  "TRIGGER");
-    arguments.add("stop-on", "Stop with such a frame.", "TRIGGER");
+                  "TRIGGER", Repeated::Each);
+    arguments.add("stop-on", "Stop with such a frame.", "TRIGGER", Repeated::Each);
     arguments.add("pre-frames", "Keep so many frames from before the start.", "N");
     arguments.add("pre-time", "Keep so many seconds from before the start.", "SECONDS");
 }

@@ -9,6 +9,9 @@
 #include "cli/platform.h"
 #include "cli/progress.h"
 #include "cli/traceinput.h"
+#include "device/driver/timeunits.h"
+
+#include <algorithm>
 
 namespace
 {
@@ -16,6 +19,7 @@ namespace
 constexpr double kLongestIntervalMs = 86'400'000;
 constexpr qint64 kMostRepeats = 1'000'000'000;
 constexpr std::chrono::minutes kLongWait{1};
+constexpr std::uint64_t kMeasuredBytes = 16 << 20; // larger inputs would take long to measure
 
 struct ReplayPlan {
     QStringList inputs;
@@ -52,6 +56,52 @@ void readPlan(Arguments &arguments, const Databases &databases, ReplayPlan *plan
     plan->selection.read(arguments, databases.signalSource());
 }
 
+// How far the frames of a recording lead: in recorded time, or in frames that come at a fixed distance.
+class ReplayWay
+{
+public:
+    explicit ReplayWay(const ReplayPlan &plan) : counted_(plan.intervalMs.has_value()) {}
+    // What this frame adds.
+    std::uint64_t step(const RawFrame &frame)
+    {
+        const std::int64_t before = last_.value_or(frame.time);
+        last_ = std::max(before, frame.time);
+        return counted_ ? 1 : microseconds(*last_) - microseconds(before);
+    }
+
+private:
+    static std::uint64_t microseconds(std::int64_t time)
+    {
+        return static_cast<std::uint64_t>(time / kNanosecondsPerMicrosecond);
+    }
+
+    const bool counted_;
+    std::optional<std::int64_t> last_;
+};
+
+// The way through all inputs, once; 0 when it is not known: inputs that are no files, are large or cannot be opened.
+std::uint64_t measuredWay(const ReplayPlan &plan)
+{
+    std::uint64_t sum = 0;
+    const std::uint64_t bytes = totalBytes(plan.inputs);
+    if (bytes == 0 || bytes > kMeasuredBytes || !progressIsShown())
+        return 0;
+    for (const QString &path : plan.inputs) {
+        TraceInput input;
+        QString trouble;
+        if (!input.open(path, plan.inputFormat, &trouble))
+            return 0;
+        ReplayWay way(plan);
+        input.readThrough([&](RawFrame *frames, int count) {
+            const int kept = plan.selection.keep(frames, count);
+            for (int i = 0; i < kept; ++i)
+                sum += way.step(frames[i]);
+            return true;
+        });
+    }
+    return sum;
+}
+
 class Replay
 {
 public:
@@ -59,7 +109,8 @@ public:
         : plan_(plan),
           sender_(*sender),
           clock_(plan.speed, plan.intervalMs),
-          progress_(totalBytes(plan.inputs) * static_cast<std::uint64_t>(plan.repeats))
+          way_(measuredWay(plan)),
+          progress_((way_ > 0 ? way_ : totalBytes(plan.inputs)) * static_cast<std::uint64_t>(plan.repeats))
     {
     }
 
@@ -84,12 +135,15 @@ private:
         if (!input.open(path, plan_.inputFormat))
             return false;
         clock_.beginPass();
+        ReplayWay way(plan_);
         input.readThrough([&](RawFrame *frames, int count) {
             const int kept = plan_.selection.keep(frames, count);
             bool goesOn = true;
-            for (int i = 0; i < kept && goesOn; ++i)
+            for (int i = 0; i < kept && goesOn; ++i) {
                 goesOn = sendFrame(frames[i]);
-            progress_.add(input.newBytes(), static_cast<std::uint64_t>(kept));
+                progress_.add(way_ > 0 ? way.step(frames[i]) : 0, 1);
+            }
+            progress_.add(way_ > 0 ? 0 : input.newBytes(), 0);
             return goesOn && sender_.goesOn();
         });
         return input.tellTrouble();
@@ -112,6 +166,7 @@ private:
     const ReplayPlan &plan_;
     LiveSender &sender_;
     ReplayClock clock_;
+    const std::uint64_t way_; // through all inputs, once
     Progress progress_;
     bool sentInPass_ = false;
 };
@@ -126,7 +181,8 @@ int runReplay(const QStringList &words)
     arguments.add("speed", "Times as fast as recorded: 2, 0.5.", "FACTOR");
     arguments.add("interval", "A fixed distance between frames instead; 0: as fast as the bus takes them.", "MS");
     arguments.add("repeat", "Send everything so many times; 0: until Ctrl+C.", "N");
-    arguments.add("map", "The adapter's channel for a channel of the recording: 1=2,2=1.", "FROM=TO,...");
+    arguments.add("map", "The adapter's channel for a channel of the recording: 1=2,2=1.", "FROM=TO,...",
+                  Repeated::Joined);
     LiveSender::addOptions(arguments);
     addInputOptions(arguments, false);
     FrameSelection::addOptions(arguments);
@@ -140,7 +196,7 @@ int runReplay(const QStringList &words)
     ReplayPlan plan;
     readPlan(arguments, databases, &plan);
     LiveSender sender;
-    sender.readOptions(arguments);
+    sender.readOptions(arguments, plan.inputs + databases.paths());
     if (!arguments.fine())
         return arguments.exitCode();
     if (!sender.open(setup))

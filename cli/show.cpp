@@ -7,6 +7,7 @@
 #include "cli/livetap.h"
 #include "cli/messages.h"
 #include "cli/platform.h"
+#include "cli/progress.h"
 #include "cli/textoutput.h"
 #include "cli/traceinput.h"
 #include "traces/tracereader.h"
@@ -54,7 +55,7 @@ std::optional<ShownTime> shownTime(Arguments &arguments)
 }
 
 // false when the input was not read to its end or not without loss.
-bool showFile(const QString &path, std::optional<TraceFormat> format, Shower *shower)
+bool showFile(const QString &path, std::optional<TraceFormat> format, Shower *shower, Progress *progress)
 {
     TraceInput input;
     if (!input.open(path, format))
@@ -62,8 +63,10 @@ bool showFile(const QString &path, std::optional<TraceFormat> format, Shower *sh
     bool begun = false;
     const auto show = [&](RawFrame *frames, int count) {
         if (count > 0 && !begun)
-            shower->text.setStart(input.reader().startUtc());
+            shower->text.setStart(input.reader().startUtc().value_or(input.base()));
         begun = begun || count > 0;
+        if (progress)
+            progress->add(input.newBytes(), static_cast<std::uint64_t>(count));
         return shower->show(frames, count);
     };
     input.readThrough(show, [&] { return shower->output.flush(); });
@@ -117,10 +120,13 @@ int runShow(const QStringList &words)
         return arguments.exitCode();
 
     bool whole = true;
+    std::optional<Progress> progress;
+    if (!inputs.isEmpty() && standardOutputIsFile())
+        progress.emplace(totalBytes(inputs));
     if (inputs.isEmpty())
         whole = showLive(setup, seconds, &shower);
     for (const QString &input : inputs)
         if (!interrupted() && !shower.output.failed() && !(shower.left && *shower.left == 0))
-            whole = showFile(input, format, &shower) && whole;
+            whole = showFile(input, format, &shower, progress ? &*progress : nullptr) && whole;
     return shower.output.flush() && whole ? AllWell : SomethingLost;
 }

@@ -2,6 +2,7 @@
 
 #include "cli/arguments.h"
 #include "cli/databases.h"
+#include "cli/signaltext.h"
 #include "cli/valuetexts.h"
 
 #include <algorithm>
@@ -75,12 +76,13 @@ bool SignalTable::write(const RawFrame *frames, int count, std::int64_t start)
             continue;
         values_.resize(static_cast<std::size_t>(message->decoder.signalCount()));
         message->decoder.decode(*frame, values_.data());
-        appendRow(*frame, *cells, start);
+        appendRow(*frame, *message->definition, *cells, start);
     }
     return output_.drain();
 }
 
-void SignalTable::appendRow(const RawFrame &frame, const std::vector<SignalColumns::Cell> &cells, std::int64_t start)
+void SignalTable::appendRow(const RawFrame &frame, const MessageDefinition &message,
+                            const std::vector<SignalColumns::Cell> &cells, std::int64_t start)
 {
     const auto valid = [this](const SignalColumns::Cell &cell) {
         return values_[static_cast<std::size_t>(cell.signal)].state == SignalState::Valid;
@@ -96,7 +98,7 @@ void SignalTable::appendRow(const RawFrame &frame, const std::vector<SignalColum
         out->append(static_cast<std::size_t>(cell.column - column), ',');
         column = cell.column;
         if (valid(cell))
-            appendNumber(out, values_[static_cast<std::size_t>(cell.signal)].physical);
+            appendSignalValue(out, message.signalList[cell.signal], values_[static_cast<std::size_t>(cell.signal)]);
     }
     out->append(static_cast<std::size_t>(columns_.titles().size() - 1 - column), ',');
     out->push_back('\n');

@@ -56,7 +56,8 @@ public:
     std::uint64_t rows() const { return rows_; }
 
 private:
-    void appendRow(const RawFrame &frame, const std::vector<SignalColumns::Cell> &cells, std::int64_t start);
+    void appendRow(const RawFrame &frame, const MessageDefinition &message,
+                   const std::vector<SignalColumns::Cell> &cells, std::int64_t start);
 
     const SignalColumns &columns_;
     const Databases &databases_;

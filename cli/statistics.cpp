@@ -50,7 +50,7 @@ public:
                 result_.statistics.setRates(channel + 1, plan.rates[channel]);
         result_.checked = plan.baseline || plan.checkDatabases;
         if (result_.checked)
-            supervisor_.emplace(plan.baseline.value_or(Baseline()), plan.tolerance);
+            supervisor_.emplace(chosen(plan.baseline.value_or(Baseline())), plan.tolerance);
     }
 
     void add(RawFrame *frames, int count)
@@ -82,10 +82,27 @@ public:
     }
 
 private:
+    // Nothing is expected of messages whose frames are not chosen.
+    Baseline chosen(Baseline baseline) const
+    {
+        for (BaselineMessage &message : baseline.messages) {
+            RawFrame frame;
+            frame.id = message.key.id;
+            frame.channel = message.key.channel;
+            frame.direction = message.key.direction;
+            frame.extended = message.key.extended;
+            if (plan_.selection.matchesAnyTime(frame))
+                continue;
+            message.mean = 0;
+            message.optional = true;
+        }
+        return baseline;
+    }
+
     void expect(unsigned channel)
     {
         if (plan_.checkDatabases && expected_.insert(channel).second)
-            supervisor_->expect(databaseBaseline(plan_.databases.entries(), {channel}));
+            supervisor_->expect(chosen(databaseBaseline(plan_.databases.entries(), {channel})));
     }
 
     void supervise(const RawFrame &frame)
@@ -244,6 +261,8 @@ int runStatistics(const QStringList &words)
         plan.rates[channel] =
             inputs.isEmpty() && setup.used[channel] ? ratesOf(setup.channel[channel]) : givenRates(arguments, channel);
     plan.databases.load(arguments);
+    if (!plan.learn.isEmpty())
+        refuseInput(arguments, plan.learn, inputs + plan.databases.paths());
     readBaseline(arguments, &plan);
     plan.selection.read(arguments, plan.databases.signalSource());
     if (!arguments.fine())

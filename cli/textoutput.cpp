@@ -6,6 +6,12 @@
 
 #include <cerrno>
 
+bool standardOutputIsFile()
+{
+    QFile file;
+    return openStandardOutput(&file) && !file.isSequential();
+}
+
 QString TextOutput::name() const
 {
     return file_.fileName().isEmpty() ? QStringLiteral("standard output") : file_.fileName();

@@ -5,6 +5,9 @@
 
 #include <string>
 
+// Whether the standard output goes into a file: neither to a terminal nor through a pipe.
+bool standardOutputIsFile();
+
 class TextOutput
 {
 public:

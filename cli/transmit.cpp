@@ -96,7 +96,7 @@ int runTransmit(const QStringList &words)
     if (arguments.operands().size() != 1)
         arguments.wrong(QStringLiteral("give one list"));
     LiveSender sender;
-    sender.readOptions(arguments);
+    sender.readOptions(arguments, arguments.operands());
     if (!arguments.fine())
         return arguments.exitCode();
 

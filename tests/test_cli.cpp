@@ -162,10 +162,17 @@ void TestCli::endsWith_data()
         {"wrong filter", "show - --filter id", "", log, 2, "character 3"},
         {"wrong number", "generate --count many", "", "", 2, "many"},
         {"wrong rate", "record --rate fast x.blf", "", "", 2, "fast"},
+        {"option given twice", "show - --count 1 --count 2", "", log, 2, "--count is given more than once"},
+        {"ends before it begins", "show - --from 3 --to 2", "", log, 2, "--from"},
+        {"channel 0", "show - --channels 2,0", "", log, 2, "channel 0"},
+        {"format that is only written", "show - --input-format pcapng", "", log, 2, "written"},
+        {"data longer than the frame", "generate --data 112233 --length 2", "", "", 2, "--length"},
         {"wrong trigger", "record --start-on noon x.blf", "", "", 2, "noon"},
         {"no such device", "record --device 7 x.blf", "", "", 1, "\"7\""},
         {"no such file", "show none.asc", "", "", 1, "none.asc"},
         {"empty input", "show -", "", "", 1, "empty"},
+        {"log without frames", "show", folder_.write("empty.log", {}), "", 0, ""},
+        {"empty device", "show /dev/null", "", "", 1, "empty"},
         {"cut input", "show -", "", log + "(2.0) can0 12", 1, "line 2"},
         {"no recording", "show -", "", "hello\nworld\n", 1, "format"},
         {"lost in the format", "convert - - --format csv", "", "(1.0) can0 123##2AA\n", 1, "indicator"},
@@ -210,18 +217,21 @@ void TestCli::recordsToAPipe()
 
 void TestCli::interrupted_data()
 {
+    QTest::addColumn<QString>("command");
     QTest::addColumn<int>("signalNumber");
-    QTest::newRow("Ctrl+C") << SIGINT;
-    QTest::newRow("request to end") << SIGTERM;
+    QTest::newRow("Ctrl+C") << "record" << SIGINT;
+    QTest::newRow("request to end") << "record" << SIGTERM;
+    QTest::newRow("lingering") << "generate --count 300 --interval 0 --data random --linger 80000 --record" << SIGINT;
 }
 
 void TestCli::interrupted()
 {
+    QFETCH(QString, command);
     QFETCH(int, signalNumber);
     const QString file = folder_.path("interrupted.blf");
     QFile::remove(file);
     QProcess process;
-    start(&process, words("record") + kRates << file, "");
+    start(&process, command.split(' ') << file << kRates, "");
     QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(file).size() > 1000, kTimeoutMs); // brought to the disk each second
     ::kill(static_cast<pid_t>(process.processId()), signalNumber);
     const Ended ended = end(&process);

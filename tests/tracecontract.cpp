@@ -13,12 +13,12 @@ const std::vector<TraceLimits> &traceLimits()
     constexpr std::int64_t microsecond = 1000;
     constexpr std::int64_t millisecond = 1000 * microsecond;
     static const std::vector<TraceLimits> all = {
-        {TraceFormat::Candump, microsecond, true, true, {Loss::RemoteFd}},
+        {TraceFormat::Candump, microsecond, true, true, {Loss::ErrorFd, Loss::RemoteFd}},
         {TraceFormat::Asc, microsecond, true, true, {Loss::ErrorDetails, Loss::ErrorDirection}},
         {TraceFormat::Csv, millisecond, false, true, {Loss::ErrorFrame, Loss::ErrorStateIndicator, Loss::RawDlc}},
-        {TraceFormat::Trc, microsecond, true, true, {Loss::ErrorDetails, Loss::RemoteFd}},
+        {TraceFormat::Trc, microsecond, true, true, {Loss::ErrorDetails, Loss::ErrorFd, Loss::RemoteFd}},
         {TraceFormat::Blf, 1, true, false, {Loss::ErrorDirection}},
-        {TraceFormat::Pcapng, 1, true, false, {Loss::RemoteFd, Loss::RawDlc}},
+        {TraceFormat::Pcapng, 1, true, false, {Loss::ErrorFd, Loss::RemoteFd, Loss::RawDlc}},
     };
     return all;
 }
@@ -85,6 +85,11 @@ std::vector<RawFrame> everyKindOfFrame()
         frame.length = classes ? 8 : 0;
         add();
         add();
+        frame.fd = frame.bitRateSwitch = frame.errorStateIndicator = true;
+        frame.length = classes ? 64 : 0;
+        add();
+        frame.bitRateSwitch = frame.errorStateIndicator = false;
+        add();
     }
     identify(false, 0x321);
     frame.time -= 20ll * 1000 * 1000 * 1000; // merged recordings go back
@@ -93,7 +98,7 @@ std::vector<RawFrame> everyKindOfFrame()
 }
 
 // What a loss does to a frame that it befalls; *whole when nothing is left of it. false when it does not befall it.
-static bool lose(Loss loss, RawFrame *frame, bool *whole)
+static bool lose(TraceFormat format, Loss loss, RawFrame *frame, bool *whole)
 {
     const RawFrame before = *frame;
     switch (loss) {
@@ -103,11 +108,17 @@ static bool lose(Loss loss, RawFrame *frame, bool *whole)
         return *whole = frame->fd;
     case Loss::ErrorDetails:
         if (frame->error)
-            frame->id = frame->length = 0;
+            frame->id = frame->length = frame->bitRateSwitch = frame->errorStateIndicator = 0;
         break;
     case Loss::ErrorDirection:
-        if (frame->error && !frame->fd)
+        if (frame->error && (!frame->fd || format == TraceFormat::Blf))
             frame->direction = Direction::Received;
+        break;
+    case Loss::ErrorFd:
+        if (frame->error && frame->fd) {
+            frame->fd = frame->bitRateSwitch = frame->errorStateIndicator = false;
+            frame->length = std::min<std::uint8_t>(frame->length, 8);
+        }
         break;
     case Loss::Direction:
         frame->direction = Direction::Received;
@@ -146,7 +157,7 @@ std::vector<RawFrame> heldBy(const TraceLimits &limits, const std::vector<RawFra
     for (RawFrame frame : frames) {
         bool whole = false;
         for (const Loss loss : limits.lost)
-            if (!whole && lose(loss, &frame, &whole))
+            if (!whole && lose(limits.format, loss, &frame, &whole))
                 counts.add(loss);
         if (!whole)
             held.push_back(frame);

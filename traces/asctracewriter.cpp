@@ -112,7 +112,7 @@ char *writeBytes(char *out, const RawFrame &frame)
 
 char *AscWriter::writeError(char *out, const RawFrame &frame)
 {
-    if (frame.id != 0 || frame.length > 0)
+    if (frame.id != 0 || frame.length > 0 || frame.bitRateSwitch || frame.errorStateIndicator)
         losses_.add(Loss::ErrorDetails);
     if (frame.fd) {
         out = put::text(out, "CANFD ");

@@ -88,6 +88,7 @@ protected:
 
 private:
     char *writeLine(char *out, const RawFrame &frame);
+    char *writeError(char *out, const RawFrame &frame);
     char *writePayload(char *out, const RawFrame &frame);
 };
 
@@ -110,17 +111,30 @@ char *CandumpWriter::writeLine(char *out, const RawFrame &frame)
     out = put::text(out, ") can");
     out = put::decimal(out, std::max(1u, unsigned(frame.channel)) - 1);
     *out++ = ' ';
-    if (frame.error)
-        out = put::hex(out, (frame.id & kLargestExtendedId) | kErrorFlag, 8);
-    else
+    if (frame.error) {
+        out = writeError(out, frame);
+    } else {
         out = frame.extended ? put::hex(out, frame.id & kLargestExtendedId, 8)
                              : put::hex(out, frame.id & kLargestStandardId, 3);
-    *out++ = '#';
-    out = writePayload(out, frame);
+        *out++ = '#';
+        out = writePayload(out, frame);
+    }
     if (frame.direction == Direction::Sent)
         out = put::text(out, " T");
     *out++ = '\n';
     return out;
+}
+
+// The log knows none but those of classic CAN.
+char *CandumpWriter::writeError(char *out, const RawFrame &frame)
+{
+    RawFrame classic = frame;
+    classic.fd = classic.remote = false;
+    if (frame.fd)
+        losses_.add(Loss::ErrorFd);
+    out = put::hex(out, (frame.id & kLargestExtendedId) | kErrorFlag, 8);
+    *out++ = '#';
+    return writePayload(out, classic);
 }
 
 char *CandumpWriter::writePayload(char *out, const RawFrame &frame)

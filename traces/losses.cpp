@@ -9,6 +9,8 @@ QString lossText(Loss loss)
         return text3("错误帧的类别和数据", "錯誤幀的類別和資料", "class and data of an error frame");
     case Loss::ErrorDirection:
         return text3("错误帧的方向", "錯誤幀的方向", "direction of an error frame");
+    case Loss::ErrorFd:
+        return text3("错误帧的 FD 标志", "錯誤幀的 FD 旗標", "FD of an error frame");
     case Loss::Direction:
         return text3("方向", "方向", "direction");
     case Loss::Channel:

@@ -9,6 +9,7 @@ enum class Loss : std::uint8_t {
     ErrorFrame, // lost whole
     ErrorDetails,
     ErrorDirection,
+    ErrorFd,
     Direction,
     Channel,
     Fd, // lost whole

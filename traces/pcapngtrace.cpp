@@ -151,7 +151,7 @@ void PcapngWriter::append(const RawFrame &frame)
     if (frame.fd && frame.remote)
         losses_.add(Loss::RemoteFd);
     if (frame.error && (frame.fd || frame.length > kErrorBytes))
-        losses_.add(Loss::ErrorDetails);
+        losses_.add(Loss::ErrorFd);
     if (frame.rawDlc > kClassicBytes)
         losses_.add(Loss::RawDlc);
     const unsigned length = std::min<unsigned>(frame.length, fd ? kRawDataBytes : kClassicBytes);

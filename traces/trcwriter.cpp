@@ -92,8 +92,11 @@ char *TrcWriter::writeRow(const RawFrame &frame, char *at)
         at = put::hex(put::text(at, "     "), frame.id & kLargestStandardId, kStandardDigits);
     at = put::text(at, frame.direction == Direction::Sent ? " Tx -  " : " Rx -  ");
     if (frame.error) {
-        if (frame.id != 0 || frame.length != 0 || frame.fd || frame.extended)
+        const bool switched = frame.bitRateSwitch || frame.errorStateIndicator;
+        if (frame.id != 0 || frame.length != 0 || frame.extended || switched)
             losses_.add(Loss::ErrorDetails);
+        if (frame.fd)
+            losses_.add(Loss::ErrorFd);
         return put::text(put::text(at, kErrorData), "\r\n");
     }
     const bool fd = frame.fd && !frame.remote;

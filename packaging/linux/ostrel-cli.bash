@@ -3,6 +3,12 @@ _ostrel_cli() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} program=${COMP_WORDS[0]}
     local command=${COMP_WORDS[1]}
     COMPREPLY=()
+    # "--format=b" comes as three words.
+    if [ "$current" = "=" ]; then
+        current=
+    elif [ "$previous" = "=" ]; then
+        previous=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
     if [ "$COMP_CWORD" -eq 1 ]; then
         mapfile -t COMPREPLY < <(compgen -W "devices record replay generate transmit convert show statistics --help --version" \
             -- "$current")
