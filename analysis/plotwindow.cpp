@@ -2,8 +2,8 @@
 
 #include "analysis/plotview.h"
 #include "analysis/signalhub.h"
-#include "analysis/signaltreemodel.h"
 #include "device/language.h"
+#include "signals/valuetext.h"
 
 #include <QEvent>
 #include <QHBoxLayout>

@@ -196,8 +196,21 @@ private slots:
         const QStringList copied = QGuiApplication::clipboard()->text().split('\t');
         QCOMPARE(copied.value(SignalTreeModel::Name), QString("EngineSpeed"));
         QCOMPARE(copied.value(SignalTreeModel::Value), cell("EngineSpeed", SignalTreeModel::Value));
+        in<QPushButton>(signalsWindow, "resetButton")->click();
+        QCOMPARE(cell("Engine", SignalTreeModel::Value), frozen);
         in<QCheckBox>(signalsWindow, "freezeBox")->setChecked(false);
         QTRY_VERIFY_WITH_TIMEOUT(cell("Engine", SignalTreeModel::Value) != frozen, kLong);
+        // Rows that are not on the screen are copied with the values of now.
+        tree()->expandAll();
+        tree()->scrollToTop();
+        const auto copiedFrames = [&] {
+            tree()->selectAll();
+            signalsWindow->findChild<QAction *>("copyAction")->trigger();
+            const QStringList lines = QGuiApplication::clipboard()->text().split('\n');
+            return lines.value(lines.indexOf(QRegularExpression("Doors\t.*"))).section('\t', 1, 1).toInt();
+        };
+        const int first = copiedFrames();
+        QTRY_VERIFY_WITH_TIMEOUT(first > 0 && copiedFrames() > first, kLong);
 
         // A search leaves the found and their parents.
         in<QLineEdit>(signalsWindow, "searchEdit")->setText("vehiclespe");
