@@ -26,7 +26,7 @@ constexpr int kRefreshMs = 250;
 constexpr int kRowsBridged = 2;    // unchanged ones between two changed that are painted together
 constexpr int kMostExpanded = 400; // messages that a search opens
 // Widths in average characters.
-constexpr int kColumnChars[SignalTreeModel::ColumnCount] = {31, 13, 9, 17, 17, 12, 12, 18};
+constexpr int kColumnChars[SignalTreeModel::ColumnCount] = {29, 17, 8, 16, 17, 13, 13, 15};
 } // namespace
 
 SignalsWindow::SignalsWindow(SignalHub *hub, QWidget *parent)
