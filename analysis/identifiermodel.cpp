@@ -22,7 +22,8 @@ constexpr double kNever = -1; // before every number
 bool isText(int column)
 {
     return column == IdentifierModel::DirectionColumn || column == IdentifierModel::KindColumn ||
-           column == IdentifierModel::DataColumn || column == IdentifierModel::SupervisionColumn;
+           column == IdentifierModel::DataColumn || column == IdentifierModel::SupervisionColumn ||
+           column == IdentifierModel::MessageColumn;
 }
 
 int compareData(const IdentifierStatistics *a, const IdentifierStatistics *b)
@@ -67,7 +68,38 @@ void IdentifierModel::show(StatisticsSnapshot &snapshot)
     const bool anew = snapshot.generation != shown_.generation;
     // Rows must not be asked for between the two.
     std::swap(shown_, snapshot);
+    if (anew)
+        names_.clear();
+    findNames();
     rearrange(arranged(), anew);
+}
+
+void IdentifierModel::setLookup(std::shared_ptr<const MessageLookup> lookup)
+{
+    lookup_ = std::move(lookup);
+    names_.clear();
+    findNames();
+    rearrange(arranged(), !words_.isEmpty());
+}
+
+const QString &IdentifierModel::foundName(const IdentifierKey &key) const
+{
+    const KnownMessage *known = lookup_ && !key.error ? lookup_->find(key.channel, key.id, key.extended) : nullptr;
+    static const QString none;
+    return known ? known->definition->name : none;
+}
+
+// Of those that came since; the identifiers of one count are only ever appended to.
+void IdentifierModel::findNames()
+{
+    names_.reserve(shown_.identifiers.size());
+    while (names_.size() < shown_.identifiers.size())
+        names_.push_back(foundName(shown_.identifiers[names_.size()].key));
+}
+
+const QString &IdentifierModel::messageName(std::size_t place) const
+{
+    return place < names_.size() ? names_[place] : foundName(keyOf(place));
 }
 
 void IdentifierModel::setSearch(const QString &text)
@@ -126,9 +158,9 @@ double IdentifierModel::number(std::size_t place, int column) const
 QString IdentifierModel::searched(std::size_t place) const
 {
     const IdentifierKey &key = keyOf(place);
-    return QStringLiteral("CH%1 %2 %3 %4 %5")
+    return QStringLiteral("CH%1 %2 %3 %4 %5 %6")
         .arg(QString::number(key.channel), directionText(key.direction), idText(key), kindText(key),
-             supervisionText(place));
+             supervisionText(place), messageName(place));
 }
 
 std::vector<std::size_t> IdentifierModel::arranged() const
@@ -149,6 +181,11 @@ std::vector<std::size_t> IdentifierModel::arranged() const
     if (sortColumn_ == DataColumn)
         std::stable_sort(rows.begin(), rows.end(), [&](const auto &a, const auto &b) {
             const int order = compareData(entryAt(a.second), entryAt(b.second));
+            return down ? order > 0 : order < 0;
+        });
+    else if (sortColumn_ == MessageColumn)
+        std::stable_sort(rows.begin(), rows.end(), [&](const auto &a, const auto &b) {
+            const int order = messageName(a.second).compare(messageName(b.second), Qt::CaseInsensitive);
             return down ? order > 0 : order < 0;
         });
     else if (sortColumn_ >= 0)
@@ -250,6 +287,8 @@ QString IdentifierModel::text(int row, int column) const
         return entry ? dataText(entry->last) : QString();
     case SupervisionColumn:
         return supervisionText(place);
+    case MessageColumn:
+        return messageName(place);
     default:
         break;
     }
@@ -340,6 +379,8 @@ QVariant IdentifierModel::headerData(int section, Qt::Orientation orientation, i
         return text3("最近(s)", "最近(s)", "Last seen (s)");
     case SupervisionColumn:
         return text3("监视", "監視", "Supervision");
+    case MessageColumn:
+        return text3("报文", "訊息", "Message");
     default:
         return {};
     }

@@ -1,6 +1,7 @@
 // The identifiers of a bus as rows: what each does, how regularly, and what supervision finds of it.
 #pragma once
 
+#include "signals/messagelookup.h"
 #include "statistics/livestatistics.h"
 
 #include <QAbstractTableModel>
@@ -25,6 +26,7 @@ public:
         DeviationColumn,
         LastSeenColumn,
         SupervisionColumn,
+        MessageColumn,
         ColumnCount
     };
 
@@ -33,8 +35,11 @@ public:
     // Shows another moment; what was shown before is left in the snapshot, to be filled again.
     void show(StatisticsSnapshot &snapshot);
     const StatisticsSnapshot &shown() const { return shown_; }
-    // Only rows that have every word of the text in their channel, direction, identifier, kind or supervision.
+    // Only rows that have every word of the text in their channel, direction, identifier, kind, message's
+    // name or supervision.
     void setSearch(const QString &text);
+    // What the identifiers are called; null: nothing.
+    void setLookup(std::shared_ptr<const MessageLookup> lookup);
     void setTexts(); // in the current language
 
     // Null when the row's message was never seen.
@@ -57,6 +62,9 @@ private:
     const SupervisionMark *markOf(const IdentifierKey &key) const;
     QString searched(std::size_t place) const;
     QString supervisionText(std::size_t place) const;
+    const QString &foundName(const IdentifierKey &key) const;
+    const QString &messageName(std::size_t place) const;
+    void findNames();
     double number(std::size_t place, int column) const;
     std::vector<std::size_t> arranged() const;
     void rearrange(std::vector<std::size_t> next, bool anew);
@@ -64,6 +72,8 @@ private:
     QByteArray changes(int row) const;
 
     StatisticsSnapshot shown_;
+    std::shared_ptr<const MessageLookup> lookup_;
+    std::vector<QString> names_;      // of the identifiers' messages
     std::vector<std::size_t> order_;  // places in the identifiers, then in the absent ones, as shown
     std::vector<std::uint64_t> keys_; // of the rows, packed
     QStringList words_;

@@ -1,13 +1,32 @@
 #include "analysis/liverecording.h"
 
 #include "device/devicelayer.h"
+#include "device/driver/timeunits.h"
+#include "frames/adapterclock.h"
 
+#include <QDateTime>
+
+#include <chrono>
 #include <utility>
+
+namespace
+{
+
+// The recording's times are those of the device that is open now, else they count from now.
+RecorderSettings dated(RecorderSettings settings, std::int64_t *origin)
+{
+    const std::int64_t date = QDateTime::currentMSecsSinceEpoch() * kNanosecondsPerMillisecond;
+    const std::chrono::nanoseconds now = std::chrono::steady_clock::now().time_since_epoch();
+    *origin = isDeviceOpen() ? deviceOpenedAt() : now.count();
+    settings.options.startUtc = isDeviceOpen() ? date - adapterNow(0) : date;
+    return settings;
+}
+
+} // namespace
 
 LiveRecording::LiveRecording(const RecorderSettings &settings, FrameFilter filter)
     : filter_(std::move(filter)),
-      opening_(isDeviceOpen() ? deviceOpenedAt() : 0),
-      recorder_(settings, [this](const RecorderEvent &event) { events_.push_back(event); })
+      recorder_(dated(settings, &origin_), [this](const RecorderEvent &event) { events_.push_back(event); })
 {
     recorder_.begin();
     source_ = std::make_unique<LiveSource>(*this);
@@ -30,14 +49,12 @@ void LiveRecording::consume(const RawFrame *frames, std::size_t count)
     const std::lock_guard<std::mutex> guard(lock_);
     // The adapter's clock begins again with every opening of the device; the recording's does not.
     const std::int64_t opening = deviceOpenedAt();
-    if (opening_ == 0)
-        opening_ = opening;
     chosen_.clear();
     for (std::size_t i = 0; i < count; ++i) {
         if (!filter_.matches(frames[i]))
             continue;
         chosen_.push_back(frames[i]);
-        chosen_.back().time += opening - opening_;
+        chosen_.back().time += opening - origin_;
     }
     recorder_.write(chosen_.data(), static_cast<int>(chosen_.size()));
 }

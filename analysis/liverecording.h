@@ -10,7 +10,8 @@
 class LiveRecording : public FrameConsumer
 {
 public:
-    // Begins at once; frames that the filter does not let through are not recorded and trigger nothing.
+    // Begins at once; frames that the filter does not let through are not recorded and trigger nothing. The settings'
+    // start is made the moment from which the frames' times count.
     LiveRecording(const RecorderSettings &settings, FrameFilter filter);
     // Completes the file.
     ~LiveRecording() override;
@@ -32,7 +33,7 @@ public:
 private:
     mutable std::mutex lock_; // guards what follows, the source apart
     const FrameFilter filter_;
-    std::int64_t opening_;         // of the device, from which times count; 0: the first one to come
+    std::int64_t origin_ = 0;      // of the recording's times, on the clock of deviceOpenedAt()
     std::vector<RawFrame> chosen_; // of consume()
     std::vector<RecorderEvent> events_;
     std::uint64_t lost_ = 0;

@@ -1,7 +1,7 @@
 #include "analysis/plotlane.h"
 
 #include "analysis/plotcurves.h"
-#include "analysis/signaltreemodel.h"
+#include "signals/valuetext.h"
 
 #include <QCoreApplication>
 #include <QEvent>

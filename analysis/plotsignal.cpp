@@ -50,7 +50,8 @@ QString PlotSignal::name() const
 {
     const QString owner =
         message.isEmpty() ? QStringLiteral("0x") + QString::number(id.message, 16).toUpper() : message;
-    return owner + QLatin1Char('.') + id.signal;
+    const QString name = owner + QLatin1Char('.') + id.signal;
+    return tellsChannel ? QStringLiteral("CH%1 %2").arg(QString::number(id.channel), name) : name;
 }
 
 QString PlotSignal::title() const

@@ -26,12 +26,13 @@ struct PlotSignal {
     // From the database, as long as one knows the signal:
     QString message; // name; else empty
     QString unit;
+    bool tellsChannel = false; // another one of this name is on another channel
     ValueTexts texts;
     double factor = 1;
     double offset = 0;
 
     void describe(const MessageLookup &lookup);
-    QString name() const;  // "Message.Signal"
+    QString name() const;  // "Message.Signal", "CH1 Message.Signal"
     QString title() const; // and its unit
     // Whether its values are states, which have texts.
     bool isEnumeration() const { return !texts.isEmpty(); }

@@ -2,8 +2,8 @@
 
 #include "analysis/plotview.h"
 #include "analysis/signalhub.h"
-#include "analysis/signaltreemodel.h"
 #include "device/language.h"
+#include "signals/valuetext.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
@@ -126,8 +126,21 @@ void PlotWindow::databasesChanged()
     showCurves();
 }
 
+// Where names alone would not tell them apart.
+void PlotWindow::tellChannels()
+{
+    QStringList names;
+    for (const auto &signal : curves_) {
+        signal->tellsChannel = false;
+        names.append(signal->name());
+    }
+    for (const auto &signal : curves_)
+        signal->tellsChannel = names.count(signal->name()) > 1;
+}
+
 void PlotWindow::showCurves()
 {
+    tellChannels();
     const int row = list_->indexOfTopLevelItem(list_->currentItem());
     QVector<PlotSignal *> shown;
     {
@@ -159,6 +172,7 @@ void PlotWindow::itemChanged(QTreeWidgetItem *item)
     if (shown == signal.shown)
         return;
     signal.shown = shown;
+    keep();
     QVector<PlotSignal *> all;
     for (const auto &curve : curves_)
         all.append(curve.get());
@@ -330,9 +344,15 @@ void PlotWindow::keep() const
 {
     QSettings kept;
     QStringList texts;
-    for (const auto &signal : curves_)
+    QStringList hidden;
+    for (const auto &signal : curves_) {
         texts.append(signal->id.toText());
+        if (!signal->shown)
+            hidden.append(signal->id.toText());
+    }
     kept.setValue(key("signals"), texts);
+    kept.setValue(key("hidden"), hidden);
+    kept.setValue(key("splitter"), splitter_->saveState());
     for (int option = 0; option < OptionCount; ++option)
         if (option != Follow && option != Cursors) // of the moment
             kept.setValue(key(kOptionNames[option]), options_[option]->isChecked());
@@ -342,6 +362,8 @@ void PlotWindow::restore()
 {
     const QSettings kept;
     const QStringList texts = kept.value(key("signals")).toStringList();
+    const QStringList hidden = kept.value(key("hidden")).toStringList();
+    splitter_->restoreState(kept.value(key("splitter")).toByteArray());
     view_->setTimes(-kFirstSpan, 0);
     if (!hub_->isLive())
         showWhole();
@@ -361,6 +383,10 @@ void PlotWindow::restore()
             ids.append(id);
     }
     addSignals(ids);
+    for (const auto &signal : curves_)
+        signal->shown = !hidden.contains(signal->id.toText());
+    keep();
+    showCurves();
 }
 
 void PlotWindow::showEvent(QShowEvent *event)

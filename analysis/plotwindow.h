@@ -16,6 +16,7 @@ class PlotView;
 class QLabel;
 class QProgressBar;
 class QPushButton;
+class QSplitter;
 class QTreeWidget;
 class QTreeWidgetItem;
 class SignalHub;
@@ -63,6 +64,7 @@ private:
     void refresh();
     void databasesChanged();
     void showCurves();
+    void tellChannels();
     void showValues();
     void feed(const std::vector<PlotSignal *> &curves);
     void removeSelected();
@@ -92,6 +94,7 @@ private:
     QPushButton *signals_;
     QPushButton *new_;
     QTreeWidget *list_;
+    QSplitter *splitter_;
     QLabel *hint_;
     QLabel *times_;
     QProgressBar *progress_;

@@ -61,18 +61,18 @@ void PlotWindow::createWidgets()
     progress_->setObjectName(QStringLiteral("progressBar"));
     progress_->setRange(0, kProgressSteps);
     progress_->hide();
-    auto *splitter = new QSplitter(Qt::Vertical);
-    splitter->addWidget(view_);
-    splitter->addWidget(list_);
-    splitter->setStretchFactor(0, 1);
-    splitter->setStretchFactor(1, 0);
-    splitter->setChildrenCollapsible(false);
+    splitter_ = new QSplitter(Qt::Vertical);
+    splitter_->addWidget(view_);
+    splitter_->addWidget(list_);
+    splitter_->setStretchFactor(0, 1);
+    splitter_->setStretchFactor(1, 0);
+    splitter_->setChildrenCollapsible(false);
     const int listHeight = (kListRows + 1) * (list_->fontMetrics().height() * 3 / 2);
-    splitter->setSizes({designSize().height() - listHeight, listHeight});
+    splitter_->setSizes({designSize().height() - listHeight, listHeight});
     auto *all = new QVBoxLayout(this);
     all->addLayout(row);
     all->addWidget(hint_);
-    all->addWidget(splitter, 1);
+    all->addWidget(splitter_, 1);
     all->addWidget(times_);
     all->addWidget(progress_);
 }
@@ -105,6 +105,7 @@ void PlotWindow::connectAll()
         connect(view_, &PlotView::followWanted, this, [this] { options_[Follow]->setChecked(true); });
     connect(view_, &PlotView::cursorMoved, this, &PlotWindow::showValues);
     connect(view_, &PlotView::signalsDropped, this, &PlotWindow::addSignals);
+    connect(splitter_, &QSplitter::splitterMoved, this, &PlotWindow::keep);
     connect(list_, &QTreeWidget::itemChanged, this, &PlotWindow::itemChanged);
     connect(list_, &QTreeWidget::currentItemChanged, this, [this] { view_->select(selected()); });
     connect(&timer_, &QTimer::timeout, this, &PlotWindow::refresh);

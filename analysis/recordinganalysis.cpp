@@ -103,6 +103,10 @@ void RecordingWindow::analyse(Analysis analysis, bool selected)
     RecordingPart part{index_, 0, index_->rows()};
     if (selected)
         std::tie(part.first, part.end) = selectedRows();
+    else if (!index_->settled())
+        tell(text3("索引尚未完成：窗口只包含前%1帧", "索引尚未完成：視窗只包含前%1幀",
+                   "Indexing goes on: the window has only the first %1 frames")
+                 .arg(part.end));
     // Beside this window, which it may outlast.
     switch (analysis) {
     case Analysis::Statistics:

@@ -2,14 +2,12 @@
 
 #include "analysis/liverecording.h"
 #include "analysis/triggeredit.h"
-#include "device/devicelayer.h"
-#include "device/driver/timeunits.h"
 #include "device/language.h"
-#include "frames/adapterclock.h"
+#include "traces/recordernames.h"
 #include "traces/traceformats.h"
+#include "widgets/messages.h"
 
 #include <QComboBox>
-#include <QDateTime>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -19,10 +17,13 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSettings>
+#include <QSignalBlocker>
 #include <QSpinBox>
 #include <QStandardPaths>
 #include <QTimer>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace
 {
@@ -141,6 +142,7 @@ void RecordWindow::arrange()
 void RecordWindow::connectFields()
 {
     connect(browse_, &QPushButton::clicked, this, &RecordWindow::browse);
+    connect(path_, &QLineEdit::editingFinished, this, &RecordWindow::followName);
     connect(format_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &RecordWindow::followFormat);
     connect(begin_, &QPushButton::clicked, this, &RecordWindow::begin);
     connect(end_, &QPushButton::clicked, this, &RecordWindow::end);
@@ -231,13 +233,24 @@ void RecordWindow::restore()
 void RecordWindow::browse()
 {
     const QString path = QFileDialog::getSaveFileName(this, text3("记录到", "記錄到", "Record to"), path_->text());
-    if (!path.isEmpty()) {
-        path_->setText(path);
+    if (path.isEmpty())
+        return;
+    path_->setText(path);
+    followName();
+    if (!traceFormatOfName(path))
         followFormat();
-    }
+    agreed_ = path;
 }
 
-// The name's ending is the format's.
+void RecordWindow::followName()
+{
+    const std::optional<TraceFormat> named = traceFormatOfName(path_->text().trimmed());
+    const int format = named ? format_->findData(traceFormatEnding(*named)) : -1;
+    const QSignalBlocker blocker(format_); // the name is right as it is
+    if (format >= 0)
+        format_->setCurrentIndex(format);
+}
+
 void RecordWindow::followFormat()
 {
     const QFileInfo info(path_->text());
@@ -262,6 +275,7 @@ std::optional<RecorderSettings> RecordWindow::settings()
         hint_->show();
         return std::nullopt;
     }
+    followName();
     RecorderSettings settings;
     settings.path = QDir::fromNativeSeparators(path_->text().trimmed());
     const std::optional<TraceFormat> format =
@@ -280,9 +294,29 @@ std::optional<RecorderSettings> RecordWindow::settings()
     settings.stop = *stop;
     settings.preTriggerFrames = beforeFrames_->value();
     settings.preTriggerMilliseconds = beforeSeconds_->value() * kMsPerSecond;
-    const std::int64_t now = QDateTime::currentMSecsSinceEpoch() * kNanosecondsPerMillisecond;
-    settings.options.startUtc = isDeviceOpen() ? now - adapterNow(0) : now;
     return settings;
+}
+
+// Numbers go on behind the highest, so that files in a row replace none; the oldest make room where only some are kept.
+bool RecordWindow::mayReplace(const RecorderSettings &settings)
+{
+    const bool agreed = settings.path == std::exchange(agreed_, QString());
+    const bool many = settings.hasManyFiles();
+    const std::size_t ring = many && settings.keepFiles > 0 ? numberedFiles(settings.path).size() : 0;
+    if (ring > 0)
+        return isConfirmed(
+            this, tipTitle(),
+            text3("已有%1个较早的编号文件。只保留最新的%2个，更早的将被删除。继续？",
+                  "已有%1個較早的編號檔案。只保留最新的%2個，更早的將被刪除。繼續？",
+                  "There are %1 numbered files of earlier recordings. Only the newest %2 are kept, older "
+                  "ones are deleted. Go on?")
+                .arg(QString::number(ring), QString::number(settings.keepFiles)));
+    if (agreed || many || !QFileInfo::exists(settings.path))
+        return true;
+    return isConfirmed(
+        this, tipTitle(),
+        text3("文件已存在，是否覆盖？\n%1", "檔案已存在，是否覆寫？\n%1", "The file exists already. Replace it?\n%1")
+            .arg(QDir::toNativeSeparators(settings.path)));
 }
 
 // --- recording ----------------------------------------------------------------------------------------------------
@@ -299,7 +333,7 @@ void RecordWindow::begin()
         return;
     }
     const std::optional<RecorderSettings> chosen = settings();
-    if (!chosen)
+    if (!chosen || !mayReplace(*chosen) || isRunning())
         return;
     store();
     recording_ = std::make_unique<LiveRecording>(*chosen, *filter);

@@ -50,14 +50,17 @@ private:
     void end();
     void look(); // what the recording has to tell; the timer's work
     std::optional<RecorderSettings> settings();
+    bool mayReplace(const RecorderSettings &settings); // what an earlier recording may have left
     void tell(const RecorderEvent &event);
     void showState();
     void showFields();
     void refuse(QWidget *field, const QString &reason);
     void browse();
-    void followFormat();
+    void followFormat(); // the name's ending
+    void followName();   // the format, when the ending is that of another one
 
     std::unique_ptr<LiveRecording> recording_;
+    QString agreed_; // a file that the save dialog has asked about, for the next recording
     QFormLayout *form_;
     QWidget *fields_;
     QLabel *pathLabel_, *formatLabel_, *sizeLabel_, *timeLabel_, *keepLabel_, *filterLabel_, *startLabel_, *stopLabel_,

@@ -26,7 +26,7 @@ constexpr int kRefreshMs = 250;
 constexpr int kRowsBridged = 2;    // unchanged ones between two changed that are painted together
 constexpr int kMostExpanded = 400; // messages that a search opens
 // Widths in average characters.
-constexpr int kColumnChars[SignalTreeModel::ColumnCount] = {31, 13, 9, 17, 17, 12, 12, 18};
+constexpr int kColumnChars[SignalTreeModel::ColumnCount] = {29, 17, 8, 16, 17, 13, 13, 15};
 } // namespace
 
 SignalsWindow::SignalsWindow(SignalHub *hub, QWidget *parent)
@@ -109,7 +109,8 @@ void SignalsWindow::createActions()
     connect(freeze_, &QCheckBox::toggled, this, &SignalsWindow::setFrozen);
     connect(reset_, &QPushButton::clicked, this, [this] {
         hub_->store().resetRanges();
-        refreshAll();
+        if (!freeze_->isChecked())
+            refreshAll();
     });
     connect(plot_, &QPushButton::clicked, this, &SignalsWindow::plotSelected);
     connect(databases_, &QPushButton::clicked, this, [this] { DatabaseDialog(hub_->databases(), this).exec(); });
@@ -296,11 +297,19 @@ void SignalsWindow::copySelected()
     };
     std::sort(rows.begin(), rows.end(), depthFirst);
     QStringList lines;
+    QModelIndex refreshed;
     for (const QModelIndex &row : qAsConst(rows)) {
+        // Rows that were not on the screen show what was when they were.
+        const QModelIndex source = filter_->mapToSource(row);
+        const QModelIndex owner = source.parent().parent().isValid() ? source.parent() : source;
+        if (owner != refreshed && !freeze_->isChecked())
+            model_->refresh(owner);
+        refreshed = owner;
         QStringList texts;
         for (int column = 0; column < SignalTreeModel::ColumnCount; ++column)
             texts.append(row.sibling(row.row(), column).data().toString());
         lines.append(texts.join('\t'));
     }
+    tree_->viewport()->update();
     QGuiApplication::clipboard()->setText(lines.join('\n'));
 }

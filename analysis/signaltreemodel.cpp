@@ -2,6 +2,7 @@
 
 #include "device/driver/timeunits.h"
 #include "device/language.h"
+#include "signals/valuetext.h"
 #include "traces/frametexts.h"
 
 #include <QGuiApplication>
@@ -12,7 +13,6 @@
 
 namespace
 {
-constexpr int kValueDigits = 9;
 constexpr int kTimeDecimals = 3;
 
 // An index's internal id: 0 of a channel, else the channel and, of a signal, the message.
@@ -51,11 +51,6 @@ QString changeText(std::int64_t nanoseconds)
     return QString::number(double(nanoseconds) / kNanosecondsPerSecond, 'f', kTimeDecimals);
 }
 } // namespace
-
-QString valueText(double value)
-{
-    return QString::number(value, 'g', kValueDigits);
-}
 
 SignalTreeModel::SignalTreeModel(SignalHub *hub, QObject *parent) : QAbstractItemModel(parent), hub_(hub)
 {
@@ -219,7 +214,7 @@ QString SignalTreeModel::signalText(const Node &node, int signal, int column) co
         return {};
     switch (column) {
     case Value:
-        return valueText(record.value.physical);
+        return valueText(definition, record.value);
     case Text: {
         const QString *text = definition.valueText(record.value.raw);
         return text ? *text : QString();

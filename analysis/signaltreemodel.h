@@ -57,6 +57,3 @@ private:
     MessageRecord before_; // room for refresh()
     std::vector<unsigned> changed_;
 };
-
-// As the windows show values: never in the style of a locale.
-QString valueText(double value);

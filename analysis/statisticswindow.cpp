@@ -3,6 +3,7 @@
 #include "analysis/bitmap.h"
 #include "analysis/channelpanel.h"
 #include "analysis/identifiermodel.h"
+#include "analysis/signaldatabases.h"
 #include "analysis/supervision.h"
 #include "device/channelrates.h"
 #include "device/driver/driver.h"
@@ -13,6 +14,7 @@
 #include <QClipboard>
 #include <QDir>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QProgressBar>
@@ -42,6 +44,7 @@ StatisticsWindow::StatisticsWindow(std::optional<RecordingPart> part, QWidget *p
     : AnalysisWindow(part ? QStringLiteral("recordingStatistics") : QStringLiteral("statistics"), parent),
       part_(std::move(part)),
       live_(isLive()),
+      databases_(SignalDatabases::shared()),
       model_(new IdentifierModel(this)),
       supervision_(new Supervision(live_, this)),
       timer_(new QTimer(this))
@@ -54,6 +57,8 @@ StatisticsWindow::StatisticsWindow(std::optional<RecordingPart> part, QWidget *p
             lastLine_ = line;
             showStatus();
         });
+    connect(databases_.get(), &SignalDatabases::changed, this, &StatisticsWindow::databasesChanged);
+    databasesChanged();
     connect(supervision_, &Supervision::changed, this, &StatisticsWindow::baselineChanged);
     connect(timer_, &QTimer::timeout, this, &StatisticsWindow::refresh);
     timer_->setInterval(kRefreshMs);
@@ -65,6 +70,7 @@ StatisticsWindow::~StatisticsWindow() = default;
 void StatisticsWindow::showEvent(QShowEvent *event)
 {
     AnalysisWindow::showEvent(event);
+    databases_->start();
     if (!feed_)
         begin();
 }
@@ -87,6 +93,12 @@ void StatisticsWindow::baselineChanged()
         begin();
     else
         refresh();
+}
+
+void StatisticsWindow::databasesChanged()
+{
+    model_->setLookup(databases_->lookup());
+    view_->horizontalHeader()->setSectionHidden(IdentifierModel::MessageColumn, databases_->entries().empty());
 }
 
 void StatisticsWindow::closeEvent(QCloseEvent *event)

@@ -19,6 +19,7 @@ class QSpinBox;
 class QSplitter;
 class QTableView;
 class QTimer;
+class SignalDatabases;
 class Supervision;
 
 class StatisticsWindow : public AnalysisWindow
@@ -57,7 +58,8 @@ private:
     bool isLive() const { return !part_; }
     void begin();
     void baselineChanged();
-    void createWidgets(); // like what follows in statisticswindowlayout.cpp
+    void databasesChanged(); // the names of the messages
+    void createWidgets();    // like what follows in statisticswindowlayout.cpp
     QWidget *makePanelRow();
     void makePanels(unsigned channels);
     QWidget *makeBar();
@@ -79,6 +81,7 @@ private:
     std::unique_ptr<FrameFeed> feed_; // while the window is open
     StatisticsSnapshot spare_;        // refreshed turn about with what is shown
     std::vector<ChannelPanel *> panels_;
+    std::shared_ptr<SignalDatabases> databases_;
     IdentifierModel *model_;
     QTableView *view_;
     BitMap *bits_;

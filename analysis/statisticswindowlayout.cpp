@@ -31,12 +31,14 @@ namespace
 
 constexpr QSize kDesignSize(1120, 760);
 constexpr int kLargestTolerance = 500; // percent
-const QString kColumnsKey = QStringLiteral("analysis/statistics/columns");
+const QString kColumnsKey = QStringLiteral("analysis/statistics/columnsWithMessage");
+const QString kOldColumnsKey = QStringLiteral("analysis/statistics/columns"); // without the message's name
 const QString kSplitterKey = QStringLiteral("analysis/statistics/splitter");
 const QString kToleranceKey = QStringLiteral("analysis/statistics/tolerance");
 
 // Characters that each column is wide at first.
-constexpr int kColumnCharacters[IdentifierModel::ColumnCount] = {8, 9, 11, 10, 7, 10, 26, 12, 12, 12, 12, 13, 14, 30};
+constexpr int kColumnCharacters[IdentifierModel::ColumnCount] = {8,  9,  11, 10, 7,  10, 26, 12,
+                                                                 12, 12, 12, 13, 14, 30, 22};
 
 } // namespace
 
@@ -178,9 +180,14 @@ void StatisticsWindow::arrangeColumns()
     for (int column = 0; column < IdentifierModel::ColumnCount; ++column)
         header->resizeSection(column, kColumnCharacters[column] * character);
     header->setSectionsMovable(true);
-    header->restoreState(QSettings().value(kColumnsKey).toByteArray());
+    const QSettings settings;
+    const QByteArray old = settings.value(kOldColumnsKey).toByteArray();
+    header->restoreState(settings.value(kColumnsKey, old).toByteArray());
+    if (!settings.contains(kColumnsKey))
+        header->moveSection(header->visualIndex(IdentifierModel::MessageColumn),
+                            header->visualIndex(IdentifierModel::IdColumn) + 1);
     view_->setSortingEnabled(true);
-    if (QSettings().value(kColumnsKey).isNull())
+    if (!settings.contains(kColumnsKey) && old.isEmpty())
         view_->sortByColumn(-1, Qt::AscendingOrder); // as first seen
 }
 
@@ -206,8 +213,8 @@ void StatisticsWindow::retranslate()
 {
     setWindowTitle(title());
     searchLabel_->setText(text3("查找(&F)：", "尋找(&F)：", "&Find:"));
-    search_->setPlaceholderText(
-        text3("ID、通道、方向、类型", "ID、通道、方向、類型", "identifier, channel, direction, kind"));
+    search_->setPlaceholderText(text3("ID、通道、方向、类型、报文", "ID、通道、方向、類型、訊息",
+                                      "identifier, channel, direction, kind, message"));
     freeze_->setText(text3("冻结(&Z)", "凍結(&Z)", "Free&ze"));
     reset_->setText(isLive() ? text3("清零(&R)", "歸零(&R)", "&Reset")
                              : text3("重新读取(&R)", "重新讀取(&R)", "&Read again"));
@@ -223,7 +230,8 @@ void StatisticsWindow::retranslate()
         panel->setTexts();
     QHeaderView *header = view_->horizontalHeader();
     for (int column = 0; column < IdentifierModel::ColumnCount; ++column)
-        header->resizeSection(column, std::max(header->sectionSize(column), header->sectionSizeHint(column)));
+        if (!header->isSectionHidden(column))
+            header->resizeSection(column, std::max(header->sectionSize(column), header->sectionSizeHint(column)));
     showChannels();
     lastLine_.clear(); // of another language
     showStatus();

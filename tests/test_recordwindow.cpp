@@ -8,6 +8,7 @@
 
 #include <QComboBox>
 #include <QDir>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -108,7 +109,6 @@ private slots:
         scene.user->closeDevice();
     }
 
-    // From a start to a stop, with what was before, through a filter; the next start begins the next file.
     void whatAFormatCannotHoldIsTold()
     {
         SimulatorOptions options = quiet();
@@ -125,6 +125,7 @@ private slots:
         scene.user->closeDevice();
     }
 
+    // From a start to a stop, with what was before, through a filter; the next start begins the next file.
     void triggersBeginAndEndFiles()
     {
         Scene scene(quiet());
@@ -159,6 +160,62 @@ private slots:
         QCOMPARE(scene.window->findChild<QLineEdit *>("startIds")->text(), QString("200..2FF"));
         QCOMPARE(scene.window->findChild<QComboBox *>("startChannel")->currentIndex(), 2);
         QCOMPARE(scene.window->findChild<QLineEdit *>("filterEdit")->text(), QString("tx and not id 7FF"));
+    }
+
+    // A file that is there already is replaced only when the user says so; by the save dialog once, not for ever.
+    void whatIsThereIsAskedFor()
+    {
+        Scene scene(quiet());
+        RecordWindow *window = shown(scene, "drive.blf");
+        auto *path = window->findChild<QLineEdit *>("pathEdit");
+        auto *begin = window->findChild<QPushButton *>("beginBtn");
+        const auto begins = [&] {
+            begin->click();
+            const bool begun = window->isRunning();
+            window->findChild<QPushButton *>("endBtn")->click();
+            return begun;
+        };
+        scene.folder.write("drive.log", "old");
+        path->setText(scene.folder.path("drive.log")); // the format follows
+        ModalAnswer &answer = scene.user->modal();
+        QVERIFY(!begins());
+        QVERIFY(answer.takeMessages().value(0).contains("exists already"));
+        QCOMPARE(scene.folder.read("drive.log"), QByteArray("old"));
+        answer.on<QFileDialog>([&](QFileDialog *dialog) {
+            dialog->setOption(QFileDialog::DontConfirmOverwrite);
+            dialog->selectFile("drive.log");
+            static_cast<QDialog *>(dialog)->accept();
+        });
+        window->findChild<QPushButton *>("browseBtn")->click();
+        QVERIFY(begins());
+        QCOMPARE(answer.takeMessages(), QStringList());
+        QCOMPARE(scene.folder.read("drive.log"), QByteArray());
+        QVERIFY(!begins());
+        window->findChild<QSpinBox *>("sizeSpin")->setValue(1); // numbers: none is replaced
+        QVERIFY(begins() && begins());
+        QCOMPARE(answer.takeMessages().size(), 1);
+        window->findChild<QSpinBox *>("keepSpin")->setValue(2); // but some go
+        QVERIFY(!begins());
+        QVERIFY(answer.takeMessages().value(0).contains("2 numbered files"));
+    }
+
+    // The file's start is the moment of Begin, whenever the device is opened.
+    void timesCountFromTheBeginning()
+    {
+        Scene scene(quiet());
+        RecordWindow *window = shown(scene, "drive.blf");
+        window->findChild<QPushButton *>("beginBtn")->click();
+        const std::chrono::nanoseconds begun = std::chrono::steady_clock::now().time_since_epoch();
+        QTest::qWait(20);
+        QVERIFY(scene.user->openEverything());
+        RawFrame frame;
+        frame.time = 1'000'000;
+        publishToTap(&frame, 1);
+        window->findChild<QPushButton *>("endBtn")->click();
+        const std::vector<RawFrame> written = read(scene.folder.path("drive.blf"));
+        QCOMPARE(written.size(), std::size_t(1));
+        QVERIFY(written[0].time >= frame.time + deviceOpenedAt() - begun.count());
+        scene.user->closeDevice();
     }
 
     void whatCannotBeMeantIsRefused_data()

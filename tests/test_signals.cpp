@@ -2,6 +2,7 @@
 #include "signals/databaseset.h"
 #include "signals/databasewatcher.h"
 #include "signals/encoder.h"
+#include "signals/valuetext.h"
 
 #include <QFile>
 #include <QSaveFile>
@@ -143,6 +144,37 @@ private slots:
     }
 
     // Every place and length in both orders: what is written comes back, and nothing else has changed.
+    void wholeValuesAreShownExactly_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<double>("factor");
+        QTest::addColumn<double>("offset");
+        QTest::addColumn<qint64>("raw");
+        QTest::addColumn<QString>("text");
+        constexpr int isSigned = int(SignalType::Signed);
+        QTest::newRow("32 bits") << 0 << 1.0 << 0.0 << qint64(4294967295) << "4294967295";
+        QTest::newRow("unsigned") << 0 << 1.0 << 0.0 << qint64(-1) << "18446744073709551615";
+        QTest::newRow("signed") << isSigned << 1.0 << 0.0 << std::numeric_limits<qint64>::min()
+                                << "-9223372036854775808";
+        QTest::newRow("between doubles") << 0 << 3.0 << -2.0 << qint64(3002399751580331) << "9007199254740991";
+        QTest::newRow("beyond 64 bits") << isSigned << 4.0 << 0.0 << std::numeric_limits<qint64>::max()
+                                        << "3.68934881e+19";
+        QTest::newRow("fraction") << 0 << 0.5 << 0.0 << qint64(4294967295) << "2147483647.5";
+        QTest::newRow("whole by chance") << 0 << 0.5 << 0.0 << qint64(8589934590) << "4294967295";
+        QTest::newRow("rounded") << 0 << 0.01 << -40.0 << qint64(4001) << "0.01";
+    }
+    void wholeValuesAreShownExactly()
+    {
+        QFETCH(int, type);
+        QFETCH(double, factor);
+        QFETCH(double, offset);
+        QFETCH(qint64, raw);
+        SignalDefinition signal = layout(0, 64, ByteOrder::Intel, SignalType(type));
+        signal.factor = factor;
+        signal.offset = offset;
+        QTEST(valueText(signal, {physicalValue(signal, raw), raw, SignalState::Valid}), "text");
+    }
+
     void encodesAndDecodesEveryLayout()
     {
         std::mt19937_64 random(20);

@@ -196,8 +196,21 @@ private slots:
         const QStringList copied = QGuiApplication::clipboard()->text().split('\t');
         QCOMPARE(copied.value(SignalTreeModel::Name), QString("EngineSpeed"));
         QCOMPARE(copied.value(SignalTreeModel::Value), cell("EngineSpeed", SignalTreeModel::Value));
+        in<QPushButton>(signalsWindow, "resetButton")->click();
+        QCOMPARE(cell("Engine", SignalTreeModel::Value), frozen);
         in<QCheckBox>(signalsWindow, "freezeBox")->setChecked(false);
         QTRY_VERIFY_WITH_TIMEOUT(cell("Engine", SignalTreeModel::Value) != frozen, kLong);
+        // Rows that are not on the screen are copied with the values of now.
+        tree()->expandAll();
+        tree()->scrollToTop();
+        const auto copiedFrames = [&] {
+            tree()->selectAll();
+            signalsWindow->findChild<QAction *>("copyAction")->trigger();
+            const QStringList lines = QGuiApplication::clipboard()->text().split('\n');
+            return lines.value(lines.indexOf(QRegularExpression("Doors\t.*"))).section('\t', 1, 1).toInt();
+        };
+        const int first = copiedFrames();
+        QTRY_VERIFY_WITH_TIMEOUT(first > 0 && copiedFrames() > first, kLong);
 
         // A search leaves the found and their parents.
         in<QLineEdit>(signalsWindow, "searchEdit")->setText("vehiclespe");
@@ -223,6 +236,11 @@ private slots:
         QCoreApplication::sendEvent(view, &drop);
         QCOMPARE(list->topLevelItemCount(), 3);
         QCOMPARE(view->lanes().size(), 3);
+        plot->addSignals({{2, 209, false, "VehicleSpeed"}}); // the same of the other channel
+        QCOMPARE(list->topLevelItem(2)->text(0), QString("3  CH1 Speed.VehicleSpeed"));
+        list->setCurrentItem(list->topLevelItem(3));
+        in<QPushButton>(plot, "removeButton")->click();
+        QCOMPARE(list->topLevelItem(2)->text(0), QString("3  Speed.VehicleSpeed"));
         QTRY_VERIFY_WITH_TIMEOUT(!list->topLevelItem(2)->text(1).isEmpty(), kLong);
         QTRY_VERIFY(list->topLevelItem(1)->text(1).contains('('));
 
@@ -261,6 +279,8 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!(told += user_->modal().takeMessages()).isEmpty(), kLong);
         QCOMPARE(told.size(), 1);
 
+        list->topLevelItem(1)->setCheckState(0, Qt::Unchecked);
+
         // Windows close and open while frames come; databases go while curves are fed.
         in<QPushButton>(plot, "newPlotButton")->click();
         QCOMPARE(window_->findChildren<PlotWindow *>().size(), 2);
@@ -285,7 +305,9 @@ private slots:
         window_ = std::make_unique<MainWindow>();
         user_ = std::make_unique<WindowDriver>(*window_);
         user_->trigger("actionPlot");
-        QCOMPARE(in<QTreeWidget>(shown<PlotWindow>(), "curveList")->topLevelItemCount(), 3);
+        list = in<QTreeWidget>(shown<PlotWindow>(), "curveList");
+        QCOMPARE(list->topLevelItemCount(), 3);
+        QVERIFY(list->topLevelItem(0)->checkState(0) && !list->topLevelItem(1)->checkState(0));
         user_->trigger("actionSignals");
         QVERIFY(findRow(*tree()->model(), "VehicleSpeed").isValid());
     }

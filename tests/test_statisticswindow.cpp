@@ -1,6 +1,7 @@
 // The statistics window on the simulated adapter, as a user has it: beside the main window, with traffic.
 #include "analysis/bitmap.h"
 #include "analysis/identifiermodel.h"
+#include "analysis/signaldatabases.h"
 #include "analysis/statisticswindow.h"
 #include "analysis/supervision.h"
 #include "bench/trialscene.h"
@@ -10,6 +11,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -156,6 +158,40 @@ private slots:
         freeze->click();
         QTRY_COMPARE(counted(*model, "Rx"), 27u);
         window->findChild<QPushButton *>("resetBtn")->click();
+        QCOMPARE(model->rowCount(), 0);
+        scene.user->closeDevice();
+    }
+
+    // Names come and go with the databases, by channel, and are found, sorted and exported.
+    void messagesHaveTheNamesOfTheDatabases()
+    {
+        Scene scene(traffic(false));
+        scene.folder.write("one.dbc", "BO_ 768 Pump: 2 X\nBO_ 2566844158 Group: 8 X\n"
+                                      "BA_DEF_ BO_ \"VFrameFormat\" ENUM \"StandardCAN\",\"ExtendedCAN\",\"J1939PG\";\n"
+                                      "BA_ \"VFrameFormat\" BO_ 2566844158 2;\n");
+        StatisticsWindow *window = shown(scene);
+        QVERIFY(scene.user->openEverything());
+        auto *model = window->findChild<IdentifierModel *>();
+        const QHeaderView *header = window->findChild<QTableView *>("identifierTable")->horizontalHeader();
+        send(0x100, {1});
+        send(0x300, {1, 2});
+        RawFrame frame;
+        frame.id = 0x18FEEE55; // as in the database, but for the source
+        frame.extended = true;
+        QVERIFY(sendRaw(0, frame, TransmitType::Normal) == SendResult::Taken);
+        QTRY_COMPARE(model->rowCount(), 6);
+        QVERIFY(header->isSectionHidden(IdentifierModel::MessageColumn));
+        const auto databases = SignalDatabases::shared();
+        databases->add(scene.folder.path("one.dbc"), DatabaseChannels::First);
+        QVERIFY(!header->isSectionHidden(IdentifierModel::MessageColumn));
+        window->findChild<QLineEdit *>("searchEdit")->setText("CH1");
+        QCOMPARE(column(*model, IdentifierModel::MessageColumn), QStringList({"", "Pump", "Group"}));
+        model->sort(IdentifierModel::MessageColumn, Qt::DescendingOrder);
+        QCOMPARE(column(*model, IdentifierModel::MessageColumn), QStringList({"Pump", "Group", ""}));
+        window->findChild<QLineEdit *>("searchEdit")->setText("pump");
+        QCOMPARE(column(*model, IdentifierModel::IdColumn), QStringList("0x300")); // not on channel 2
+        QVERIFY(model->csv().contains("Supervision,Message\n") && model->csv().endsWith(",Pump\n"));
+        databases->remove(scene.folder.path("one.dbc"));
         QCOMPARE(model->rowCount(), 0);
         scene.user->closeDevice();
     }

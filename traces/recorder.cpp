@@ -45,7 +45,7 @@ void Recorder::begin()
 {
     if (state_ != State::Idle)
         return;
-    if (inRow()) {
+    if (settings_.hasManyFiles()) {
         const std::map<int, QString> before = numberedFiles(settings_.path);
         number_ = before.empty() ? 0 : before.rbegin()->first;
         for (const auto &file : before)
@@ -103,12 +103,6 @@ void Recorder::end()
     if (state_ == State::Recording)
         endFile();
     state_ = State::Done;
-}
-
-// Files get numbers when there can be more than one.
-bool Recorder::inRow() const
-{
-    return settings_.rotateBytes > 0 || settings_.rotateSeconds > 0 || !settings_.start.empty();
 }
 
 void Recorder::startRecording()
@@ -191,10 +185,10 @@ bool Recorder::openFile()
 {
     fileTime_.reset();
     lastFlush_ = clock_();
-    const QString path = inRow() ? numberedName(settings_.path, number_ + 1) : settings_.path;
-    if (!file_.open(path, !inRow(), settings_.format, settings_.options)) {
+    const QString path = settings_.hasManyFiles() ? numberedName(settings_.path, number_ + 1) : settings_.path;
+    if (!file_.open(path, !settings_.hasManyFiles(), settings_.format, settings_.options)) {
         // Somebody else has taken the number: the next one, the next time.
-        if (inRow() && QFile::exists(path))
+        if (settings_.hasManyFiles() && QFile::exists(path))
             ++number_;
         beginTrouble(path, file_.errorText(), 0);
         return false;

@@ -21,6 +21,9 @@ struct RecorderSettings {
     std::vector<RecorderTrigger> stop;  // any of them; the frame that stops is still recorded
     int preTriggerFrames = 0;           // kept from before a start, see PreTriggerBuffer
     int preTriggerMilliseconds = 0;
+
+    // They get numbers then, behind the highest that is there.
+    bool hasManyFiles() const { return rotateBytes > 0 || rotateSeconds > 0 || !start.empty(); }
 };
 
 struct RecorderEvent {
@@ -73,7 +76,6 @@ public:
 private:
     enum class State : std::uint8_t { Idle, Waiting, Recording, Done };
 
-    bool inRow() const;
     void startRecording();
     void stopRecording();
     void record(const RawFrame *frames, int count);

@@ -3,6 +3,7 @@
 #include "device/driver/numbertext.h"
 #include "device/language.h"
 #include "signals/encoder.h"
+#include "signals/valuetext.h"
 #include "transmit/framechecks.h"
 #include "transmit/transmitmodel.h"
 
@@ -13,16 +14,9 @@
 namespace
 {
 
-constexpr int kValueDigits = 9;
-
 bool isInteger(const SignalDefinition &signal)
 {
     return signal.type == SignalType::Signed || signal.type == SignalType::Unsigned;
-}
-
-QString numberText(double value)
-{
-    return QString::number(value, 'g', kValueDigits);
 }
 
 QString rawText(const SignalDefinition &signal, std::int64_t raw)
@@ -32,10 +26,10 @@ QString rawText(const SignalDefinition &signal, std::int64_t raw)
     return signal.type == SignalType::Signed ? QString::number(raw) : QString::number(static_cast<quint64>(raw));
 }
 
-QString valueText(const SignalDefinition &signal, const SignalValue &value)
+QString fieldText(const SignalDefinition &signal, const SignalValue &value)
 {
     const QString *text = isInteger(signal) ? signal.valueText(value.raw) : nullptr;
-    return text ? *text : numberText(value.physical);
+    return text ? *text : valueText(signal, value);
 }
 
 QString bitsText(const SignalDefinition &signal)
@@ -46,7 +40,7 @@ QString bitsText(const SignalDefinition &signal)
 
 QString rangeText(const SignalDefinition &signal)
 {
-    return signal.hasLimits() ? numberText(signal.minimum) + QStringLiteral("..") + numberText(signal.maximum)
+    return signal.hasLimits() ? valueText(signal.minimum) + QStringLiteral("..") + valueText(signal.maximum)
                               : QString();
 }
 
@@ -161,7 +155,7 @@ QString SignalFields::cellText(int row, int column) const
     case FieldNameColumn:
         return signal.name;
     case FieldValueColumn:
-        return value.state == SignalState::Valid ? valueText(signal, value) : QString();
+        return value.state == SignalState::Valid ? fieldText(signal, value) : QString();
     case FieldUnitColumn:
         return signal.unit;
     case FieldRawColumn:
@@ -212,6 +206,10 @@ bool SignalFields::setData(const QModelIndex &index, const QVariant &value, int 
     if (role != Qt::EditRole || !(flags(index) & Qt::ItemIsEditable))
         return false;
     const SignalDefinition &signal = message_->definition->signalList.at(index.row());
+    if (value.toString() == cellText(index.row(), index.column())) {
+        emit told({}); // rounded, as it may be, it stands for what is there
+        return true;
+    }
     const bool raw = index.column() == FieldRawColumn;
     const auto input =
         raw ? rawInput(signal, index.row(), value.toString()) : physicalInput(signal, index.row(), value.toString());
@@ -231,7 +229,7 @@ bool SignalFields::setData(const QModelIndex &index, const QVariant &value, int 
     }
     emit told(
         result.outcome == EncodeOutcome::Clamped
-            ? text3("%1 限制为 %2", "%1 限制為 %2", "%1 is limited to %2").arg(signal.name, numberText(result.physical))
+            ? text3("%1 限制为 %2", "%1 限制為 %2", "%1 is limited to %2").arg(signal.name, valueText(result.physical))
             : QString());
     emit edited(changed);
     return true;

@@ -5,11 +5,14 @@
 namespace
 {
 
-void showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title, const QString &text)
+int showBox(QMessageBox::Icon icon, QWidget *parent, const QString &title, const QString &text,
+            QMessageBox::StandardButtons buttons = QMessageBox::Ok)
 {
-    QMessageBox box(icon, title, text, QMessageBox::Ok, parent);
+    QMessageBox box(icon, title, text, buttons, parent);
     box.setTextFormat(Qt::PlainText);
-    box.exec();
+    if (buttons.testFlag(QMessageBox::No))
+        box.setDefaultButton(QMessageBox::No);
+    return box.exec();
 }
 
 } // namespace
@@ -27,4 +30,10 @@ void showCritical(QWidget *parent, const QString &title, const QString &text)
 void showInformation(QWidget *parent, const QString &title, const QString &text)
 {
     showBox(QMessageBox::Information, parent, title, text);
+}
+
+bool isConfirmed(QWidget *parent, const QString &title, const QString &question)
+{
+    return showBox(QMessageBox::Question, parent, title, question, QMessageBox::Yes | QMessageBox::No) ==
+           QMessageBox::Yes;
 }
