@@ -31,13 +31,13 @@ QString expectedLine(const RawFrame &frame, TraceFormat format)
     fields << (frame.error ? QString() : QString::number(frame.id)) << (frame.error ? QString() : data);
     if (format == TraceFormat::Blf)
         return fields.join(QLatin1Char('\t'));
+    const bool fd = frame.fd && !frame.error; // error frames are classic ones
     const auto flag = [](bool value) { return QString::number(value ? 1 : 0); };
     fields << QStringLiteral("can%1").arg(frame.channel - 1)
            << QString(frame.direction == Direction::Sent ? "0x00000002" : "0x00000001")
            << (frame.error ? QString() : flag(frame.extended))
-           << (frame.fd || frame.error ? QString() : flag(frame.remote))
-           << (frame.fd ? flag(frame.bitRateSwitch) : QString())
-           << (frame.fd ? flag(frame.errorStateIndicator) : QString());
+           << (frame.fd || frame.error ? QString() : flag(frame.remote)) << (fd ? flag(frame.bitRateSwitch) : QString())
+           << (fd ? flag(frame.errorStateIndicator) : QString());
     return fields.join(QLatin1Char('\t'));
 }
 

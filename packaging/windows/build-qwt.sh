@@ -37,7 +37,7 @@ cd ..
 mkdir -p "$prefix"/{bin,lib,include/qwt}
 # The import library names the DLL, so both keep the names that Debian's patches give them.
 cp "$(find . -name qwt-qt5.dll | head -1)" "$prefix/bin/"
-cp "$(find . -name libqwt-qt5.dll.a | head -1)" "$prefix/lib/"
+cp "$(find . -name 'libqwt-qt5*.a' | head -1)" "$prefix/lib/libqwt-qt5.dll.a"
 cp src/qwt*.h "$prefix/include/qwt/"
 cp COPYING "$prefix/"
 debian_source_version "$work" qwt >"$prefix/debian-source"
