@@ -44,15 +44,13 @@ void NumberGlyphs::setFont(const QFont &font)
     const QVector<QPointF> advances = raw_.advancesForGlyphIndexes(glyphs);
     if (glyphs.size() != characters.size() || advances.size() != characters.size())
         return;
-    qreal width = 0;
-    for (const QPointF &advance : advances)
-        width += advance.x();
-    if (qAbs(width - QFontMetricsF(font).horizontalAdvance(characters)) > kWidthTolerance)
-        return; // stretched, spaced, kerned
     for (int i = 0; i < characters.size(); ++i) {
         glyphs_[characters[i].unicode() - kFirst] = glyphs[i];
         advances_[characters[i].unicode() - kFirst] = advances[i].x();
     }
+    const QString sample = QLatin1String(kSample);
+    if (!shape(sample) || qAbs(width_ - QFontMetricsF(font).horizontalAdvance(sample)) > kWidthTolerance)
+        std::fill(std::begin(glyphs_), std::end(glyphs_), 0); // stretched, spaced, kerned
 }
 
 bool NumberGlyphs::shape(const QString &text)

@@ -38,9 +38,10 @@ public:
     void draw(QPainter *painter, QPointF baseline) const;
 
 private:
-    static constexpr char kCharacters[] = "0123456789.+-exABCDEF";
-    static constexpr int kFirst = '+'; // the least of them
-    static constexpr int kCount = 'x' - kFirst + 1;
+    static constexpr char kCharacters[] = "0123456789.+-e";   // no other letters: they are kerned
+    static constexpr char kSample[] = "0123456789-0.0e+0e-0"; // as they stand beside each other
+    static constexpr int kFirst = '+';                        // the least of them
+    static constexpr int kCount = 'e' - kFirst + 1;
 
     QFont font_;
     QRawFont raw_;

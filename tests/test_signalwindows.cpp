@@ -5,6 +5,7 @@
 #include "analysis/signalhub.h"
 #include "analysis/signalstore.h"
 #include "analysis/signalswindow.h"
+#include "analysis/signaltree.h"
 #include "analysis/signaltreemodel.h"
 #include "analysis/signalwindows.h"
 #include "app/mainwindow.h"
@@ -427,6 +428,23 @@ private slots:
         folder_.write("broken.dbc", file("After"));
         QTRY_VERIFY_WITH_TIMEOUT(findRow(*tree()->model(), "After").isValid(), kLong);
         QVERIFY(!findRow(*tree()->model(), "Before").isValid());
+    }
+
+    // In the program's own font, or every cell is shaped anew; and a font that stretches them is left to the style.
+    void numbersKeepTheirGlyphs()
+    {
+        NumberGlyphs glyphs;
+        const QFont font = QApplication::font();
+        glyphs.setFont(font);
+        for (const char *number : {"0", "-12.5", "4294967295", "1.5e+20", "2e-7"}) {
+            QVERIFY2(glyphs.shape(number), number);
+            QVERIFY2(std::abs(glyphs.width() - QFontMetricsF(font).horizontalAdvance(number)) < 0.5, number);
+        }
+        QVERIFY(!glyphs.shape("0xAB"));
+        QFont spaced = font;
+        spaced.setLetterSpacing(QFont::AbsoluteSpacing, 3);
+        glyphs.setFont(spaced);
+        QVERIFY(!glyphs.shape("12"));
     }
 };
 
