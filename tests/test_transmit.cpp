@@ -2,6 +2,7 @@
 #include "fakedriver.h"
 #include "frames/csvrow.h"
 #include "frames/framebuilder.h"
+#include "frames/framesender.h"
 #include "frames/pendingframes.h"
 #include "frames/tap.h"
 #include "testfolder.h"
@@ -14,6 +15,8 @@
 
 #include <QMutex>
 #include <QtTest>
+
+#include <optional>
 
 using namespace std::chrono_literals;
 
@@ -271,11 +274,19 @@ private slots:
         bench.engine->start();
         QTest::qWait(1300);
         QVERIFY(bench.engine->counts().size() == 1);
+        QVERIFY(!SendersHalted());                // nobody else has the driver meanwhile
         bench.engine->setEntries(TransmitList()); // while a frame of it is on its way
         auto again = entry(2, TransmitMode::Periodic, 5);
         bench.engine->setEntries({again});
         free = true;
         QTRY_VERIFY(bench.count(0).sent > 0);
+        {
+            std::optional<SendersHalted> halted;
+            QTRY_VERIFY((halted.emplace(), *halted));
+            const std::size_t before = bench.sent().size();
+            QTest::qWait(30);
+            QCOMPARE(bench.sent().size(), before);
+        }
         // What is over by more than a second is missed rather than sent in a rush; the grid stays.
         free = false;
         QTest::qWait(1300);
