@@ -109,6 +109,7 @@ PlotLane::PlotLane(const LaneLook *look, const QVector<const PlotSignal *> &curv
     setCanvasBackground(Qt::white);
     surface->setFrameStyle(QFrame::Box | QFrame::Plain);
     surface->setLineWidth(1);
+    surface->setPaintAttribute(QwtPlotCanvas::BackingStore, false); // nothing is laid over it but what a replot draws
     surface->setFocusPolicy(Qt::NoFocus);
     surface->setCursor(Qt::ArrowCursor);
     setAxisScaleDraw(yLeft, new ValueScaleDraw(this));
