@@ -46,16 +46,24 @@ void PlainCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
         painter->fillRect(cell, background.value<QColor>());
     const QRect room = cell.adjusted(kMargin, 0, -kMargin, 0);
     const QString text = index.data(Qt::DisplayRole).toString();
-    const int width = option.fontMetrics.horizontalAdvance(text);
+    glyphs_.setFont(option.font);
+    const bool plain = glyphs_.shape(text);
+    const int width = plain ? qRound(glyphs_.width()) : option.fontMetrics.horizontalAdvance(text);
     const QByteArray marks = index.data(kMarksRole).toByteArray();
     if (!marks.isEmpty())
         drawMarks(*painter, room, marks, width);
     if (text.isEmpty())
         return;
     painter->setPen(option.palette.color(group, selected ? QPalette::HighlightedText : QPalette::Text));
-    const int alignment = index.data(Qt::TextAlignmentRole).toInt();
-    painter->drawText(room, alignment | Qt::TextSingleLine,
-                      width <= room.width() ? text : option.fontMetrics.elidedText(text, Qt::ElideRight, room.width()));
+    const bool fits = width <= room.width();
+    const Qt::Alignment alignment(index.data(Qt::TextAlignmentRole).toInt());
+    const QRect place = QStyle::alignedRect(option.direction, alignment,
+                                            {fits ? width : room.width(), option.fontMetrics.height()}, room);
+    const QPointF baseline(place.left(), place.top() + option.fontMetrics.ascent());
+    if (plain && fits)
+        glyphs_.draw(painter, baseline);
+    else
+        painter->drawText(baseline, fits ? text : option.fontMetrics.elidedText(text, Qt::ElideRight, room.width()));
     if ((option.state & QStyle::State_HasFocus) != 0) {
         painter->setPen(QPen(option.palette.color(group, QPalette::Text), 1, Qt::DotLine));
         painter->drawRect(cell.adjusted(0, 0, -1, -1));

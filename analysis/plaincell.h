@@ -1,6 +1,7 @@
 // Cells of tables that change several times a second, drawn at the cost of their text: fixed-width, in the view's font.
 #pragma once
 
+#include "analysis/plainglyphs.h"
 #include "widgets/lightgrid.h"
 
 class PlainCellDelegate : public LightGridDelegate
@@ -14,6 +15,9 @@ public:
     using LightGridDelegate::LightGridDelegate;
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+
+private:
+    mutable PlainGlyphs glyphs_ = PlainGlyphs::printable(); // of the view's font
 };
 
 // The system's fixed-width face in the size of the program's texts.

@@ -1,11 +1,11 @@
 // Signals and plots in the real windows, on the simulated adapter's vehicle.
 #include "analysis/databasedialog.h"
+#include "analysis/plaincell.h"
 #include "analysis/plotview.h"
 #include "analysis/plotwindow.h"
 #include "analysis/signalhub.h"
 #include "analysis/signalstore.h"
 #include "analysis/signalswindow.h"
-#include "analysis/signaltree.h"
 #include "analysis/signaltreemodel.h"
 #include "analysis/signalwindows.h"
 #include "app/mainwindow.h"
@@ -22,6 +22,7 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
@@ -430,21 +431,33 @@ private slots:
         QVERIFY(!findRow(*tree()->model(), "Before").isValid());
     }
 
-    // In the program's own font, or every cell is shaped anew; and a font that stretches them is left to the style.
-    void numbersKeepTheirGlyphs()
+    // In the program's own fonts, or every cell is shaped anew; and a font that stretches them is left to others.
+    void charactersKeepTheirGlyphs()
     {
-        NumberGlyphs glyphs;
-        const QFont font = QApplication::font();
-        glyphs.setFont(font);
-        for (const char *number : {"0", "-12.5", "4294967295", "1.5e+20", "2e-7"}) {
-            QVERIFY2(glyphs.shape(number), number);
-            QVERIFY2(std::abs(glyphs.width() - QFontMetricsF(font).horizontalAdvance(number)) < 0.5, number);
+        const auto picture = [](const std::function<void(QPainter &)> &draw) {
+            QImage image(400, 40, QImage::Format_RGB32);
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            draw(painter);
+            return image;
+        };
+        const QPointF place(3, 30);
+        const QStringList numbers{"0", "-12.5", "4294967295", "1.5e+20", "2e-7"};
+        for (bool fixed : {false, true}) {
+            PlainGlyphs glyphs = fixed ? PlainGlyphs::printable() : PlainGlyphs::numbers();
+            QFont font = fixed ? fixedFont() : QApplication::font();
+            glyphs.setFont(font);
+            for (const QString &text : fixed ? numbers + QStringList{"AVATAR fi ~", "x| 00 FF"} : numbers) {
+                QVERIFY2(glyphs.shape(text), qPrintable(text));
+                QVERIFY(std::abs(glyphs.width() - QFontMetricsF(font).horizontalAdvance(text)) < 0.5);
+                QCOMPARE(picture([&](QPainter &painter) { glyphs.draw(&painter, place); }),
+                         picture([&](QPainter &painter) { painter.setFont(font), painter.drawText(place, text); }));
+            }
+            QVERIFY(!glyphs.shape(fixed ? "帧" : "0xAB"));
+            font.setLetterSpacing(QFont::AbsoluteSpacing, 3);
+            glyphs.setFont(font);
+            QVERIFY(!glyphs.shape("12"));
         }
-        QVERIFY(!glyphs.shape("0xAB"));
-        QFont spaced = font;
-        spaced.setLetterSpacing(QFont::AbsoluteSpacing, 3);
-        glyphs.setFont(spaced);
-        QVERIFY(!glyphs.shape("12"));
     }
 };
 

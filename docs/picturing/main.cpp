@@ -138,8 +138,9 @@ int main(int argc, char *argv[])
     runtime.copyCatalogues();
     setDriver(makeDriver("simulated"));
     bool done = true;
+    // The dialogs first: the database that is opened there names the statistics' messages.
     for (const PictureLanguage &language : kLanguages)
-        done = done && takeWindow(folder, language) && takeRecording(folder, language) && takeDialogs(folder, language);
+        done = done && takeDialogs(folder, language) && takeRecording(folder, language) && takeWindow(folder, language);
     setDriver(nullptr);
     return done ? 0 : 1;
 }
