@@ -1,8 +1,8 @@
 #include "analysis/plaincell.h"
 
+#include "widgets/columnmeasures.h"
+
 #include <QApplication>
-#include <QFontDatabase>
-#include <QFontInfo>
 #include <QHeaderView>
 #include <QPainter>
 
@@ -46,9 +46,9 @@ void PlainCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
         painter->fillRect(cell, background.value<QColor>());
     const QRect room = cell.adjusted(kMargin, 0, -kMargin, 0);
     const QString text = index.data(Qt::DisplayRole).toString();
-    glyphs_.setFont(option.font);
-    const bool plain = glyphs_.shape(text);
-    const int width = plain ? qRound(glyphs_.width()) : option.fontMetrics.horizontalAdvance(text);
+    ascii_.setFont(option.font);
+    const bool plain = ascii_.take(text);
+    const int width = plain ? qRound(ascii_.width()) : option.fontMetrics.horizontalAdvance(text);
     const QByteArray marks = index.data(kMarksRole).toByteArray();
     if (!marks.isEmpty())
         drawMarks(*painter, room, marks, width);
@@ -61,7 +61,7 @@ void PlainCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
                                             {fits ? width : room.width(), option.fontMetrics.height()}, room);
     const QPointF baseline(place.left(), place.top() + option.fontMetrics.ascent());
     if (plain && fits)
-        glyphs_.draw(painter, baseline);
+        ascii_.draw(painter, baseline);
     else
         painter->drawText(baseline, fits ? text : option.fontMetrics.elidedText(text, Qt::ElideRight, room.width()));
     if ((option.state & QStyle::State_HasFocus) != 0) {
@@ -70,25 +70,10 @@ void PlainCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
     }
 }
 
-QFont fixedFont()
-{
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    if (!QFontInfo(font).fixedPitch()) {
-        font = QFont(QStringLiteral("monospace"));
-        font.setStyleHint(QFont::Monospace);
-    }
-    const QFont texts = QApplication::font();
-    if (texts.pixelSize() > 0)
-        font.setPixelSize(texts.pixelSize());
-    else
-        font.setPointSizeF(texts.pointSizeF());
-    return font;
-}
-
 void makePlain(QTableView &view)
 {
     view.setItemDelegate(new PlainCellDelegate(&view));
-    view.setFont(fixedFont());
+    view.setFont(columnmeasures::fixedWidthFont(QApplication::font()));
     view.horizontalHeader()->setFont(QApplication::font());
     view.verticalHeader()->setFont(QApplication::font());
     view.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);

@@ -1,7 +1,7 @@
 // Cells of tables that change several times a second, drawn at the cost of their text: fixed-width, in the view's font.
 #pragma once
 
-#include "analysis/plainglyphs.h"
+#include "widgets/asciitext.h"
 #include "widgets/lightgrid.h"
 
 class PlainCellDelegate : public LightGridDelegate
@@ -17,10 +17,8 @@ public:
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 
 private:
-    mutable PlainGlyphs glyphs_ = PlainGlyphs::printable(); // of the view's font
+    mutable AsciiText ascii_; // of the view's font
 };
 
-// The system's fixed-width face in the size of the program's texts.
-QFont fixedFont();
 // Prepares a table of such cells: font, row height, selection by rows, no row numbers.
 void makePlain(QTableView &view);

@@ -32,7 +32,7 @@ void SignalCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
     const int margin = tree_->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, &option, tree_) + 1;
     const QRect room = option.rect.adjusted(margin, 0, -margin, 0);
     numbers_.setFont(option.font);
-    const bool number = numbers_.shape(text);
+    const bool number = numbers_.take(text);
     const qreal width = number ? numbers_.width() : QFontMetricsF(option.font).horizontalAdvance(text);
     if ((option.state & kMarked) || width > room.width() || text.contains('\n') ||
         option.direction != Qt::LeftToRight) {

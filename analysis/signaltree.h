@@ -2,7 +2,7 @@
 // cell its text.
 #pragma once
 
-#include "analysis/plainglyphs.h"
+#include "widgets/asciitext.h"
 
 #include <QRegion>
 #include <QStyledItemDelegate>
@@ -38,5 +38,5 @@ public:
 
 private:
     const SignalTree *tree_;
-    mutable PlainGlyphs numbers_ = PlainGlyphs::numbers(); // of the view's font
+    mutable AsciiText numbers_{AsciiText::Of::Numbers}; // of the view's font
 };

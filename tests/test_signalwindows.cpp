@@ -1,6 +1,5 @@
 // Signals and plots in the real windows, on the simulated adapter's vehicle.
 #include "analysis/databasedialog.h"
-#include "analysis/plaincell.h"
 #include "analysis/plotview.h"
 #include "analysis/plotwindow.h"
 #include "analysis/signalhub.h"
@@ -13,6 +12,8 @@
 #include "device/driver/driverfactory.h"
 #include "device/language.h"
 #include "testfolder.h"
+#include "widgets/asciitext.h"
+#include "widgets/columnmeasures.h"
 #include "windowdriver.h"
 
 #include <QAction>
@@ -444,19 +445,19 @@ private slots:
         const QPointF place(3, 30);
         const QStringList numbers{"0", "-12.5", "4294967295", "1.5e+20", "2e-7"};
         for (bool fixed : {false, true}) {
-            PlainGlyphs glyphs = fixed ? PlainGlyphs::printable() : PlainGlyphs::numbers();
-            QFont font = fixed ? fixedFont() : QApplication::font();
-            glyphs.setFont(font);
+            AsciiText ascii(fixed ? AsciiText::Of::Everything : AsciiText::Of::Numbers);
+            QFont font = fixed ? columnmeasures::fixedWidthFont(QApplication::font()) : QApplication::font();
+            ascii.setFont(font);
             for (const QString &text : fixed ? numbers + QStringList{"AVATAR fi ~", "x| 00 FF"} : numbers) {
-                QVERIFY2(glyphs.shape(text), qPrintable(text));
-                QVERIFY(std::abs(glyphs.width() - QFontMetricsF(font).horizontalAdvance(text)) < 0.5);
-                QCOMPARE(picture([&](QPainter &painter) { glyphs.draw(&painter, place); }),
+                QVERIFY2(ascii.take(text), qPrintable(text));
+                QVERIFY(std::abs(ascii.width() - QFontMetricsF(font).horizontalAdvance(text)) < 0.5);
+                QCOMPARE(picture([&](QPainter &painter) { ascii.draw(&painter, place); }),
                          picture([&](QPainter &painter) { painter.setFont(font), painter.drawText(place, text); }));
             }
-            QVERIFY(!glyphs.shape(fixed ? "帧" : "0xAB"));
+            QVERIFY(!ascii.take(fixed ? "帧" : "0xAB"));
             font.setLetterSpacing(QFont::AbsoluteSpacing, 3);
-            glyphs.setFont(font);
-            QVERIFY(!glyphs.shape("12"));
+            ascii.setFont(font);
+            QCOMPARE(ascii.take("12"), fixed);
         }
     }
 };

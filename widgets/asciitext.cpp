@@ -1,12 +1,21 @@
 #include "widgets/asciitext.h"
 
+#include <QFontMetricsF>
 #include <QGlyphRun>
 #include <QPainter>
 
+namespace
+{
+constexpr char kNumbers[] = "0123456789.+-e"; // no other letters: they are kerned
+constexpr char kNumberSample[] = "0123456789-0.0e+0e-0";
+constexpr qreal kWidthTolerance = 0.25; // pixels
+} // namespace
+
 void AsciiText::setFont(const QFont &font)
 {
-    if (rawFont_.isValid() && font == font_)
+    if (fontKnown_ && font == font_)
         return;
+    fontKnown_ = true;
     font_ = font;
     rawFont_ = QRawFont::fromFont(font);
     QString characters;
@@ -22,6 +31,19 @@ void AsciiText::setFont(const QFont &font)
         glyphOf_[static_cast<std::size_t>(i)] = glyphs.at(i);
         advanceOf_[static_cast<std::size_t>(i)] = advances.at(i).x();
     }
+    if (of_ == Of::Numbers)
+        keepNumbers();
+}
+
+void AsciiText::keepNumbers()
+{
+    const QLatin1String numbers(kNumbers);
+    for (int c = kFirst; c <= kLast; ++c)
+        if (!numbers.contains(QLatin1Char(static_cast<char>(c))))
+            glyphOf_[static_cast<std::size_t>(c - kFirst)] = 0;
+    const QString sample = QLatin1String(kNumberSample);
+    if (!take(sample) || qAbs(width_ - QFontMetricsF(font_).horizontalAdvance(sample)) > kWidthTolerance)
+        rawFont_ = QRawFont(); // stretched, spaced, kerned
 }
 
 bool AsciiText::take(const QString &text)
@@ -36,7 +58,7 @@ bool AsciiText::take(const QString &text)
         if (character < kFirst || character > kLast)
             return false;
         const auto entry = static_cast<std::size_t>(character - kFirst);
-        if (glyphOf_[entry] == 0) // the font lacks it
+        if (glyphOf_[entry] == 0) // the font lacks it, or it is no number's
             return false;
         glyphs_[i] = glyphOf_[entry];
         positions_[i] = QPointF(width_, 0);
@@ -45,7 +67,7 @@ bool AsciiText::take(const QString &text)
     return true;
 }
 
-void AsciiText::draw(QPainter *painter, const QPointF &baseLine)
+void AsciiText::draw(QPainter *painter, const QPointF &baseLine) const
 {
     QGlyphRun run;
     run.setRawFont(rawFont_);
