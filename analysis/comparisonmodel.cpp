@@ -13,13 +13,13 @@ QString findingText(ComparisonModel::Finding finding)
 {
     switch (finding) {
     case ComparisonModel::Finding::Same:
-        return text3("数据相同", "資料相同", "same data");
+        return text3("数据相同", "數據相同", "same data");
     case ComparisonModel::Finding::OnlyLeft:
         return text3("仅左侧有", "僅左側有", "only left");
     case ComparisonModel::Finding::OnlyRight:
         return text3("仅右侧有", "僅右側有", "only right");
     case ComparisonModel::Finding::DataDiffer:
-        return text3("数据不同", "資料不同", "data differ");
+        return text3("数据不同", "數據不同", "data differ");
     }
     return {};
 }
@@ -208,7 +208,7 @@ QVariant ComparisonModel::headerData(int section, Qt::Orientation orientation, i
                                 text3("左侧周期 ms", "左側週期 ms", "Left period ms"),
                                 text3("右侧周期 ms", "右側週期 ms", "Right period ms"),
                                 text3("首个差异", "首個差異", "First difference"),
-                                text3("左侧数据", "左側資料", "Left data"),
-                                text3("右侧数据", "右側資料", "Right data")};
+                                text3("左侧数据", "左側數據", "Left data"),
+                                text3("右侧数据", "右側數據", "Right data")};
     return titles.value(section);
 }

@@ -229,7 +229,7 @@ void ComparisonWindow::showStatus()
     for (const ComparedIdentifier &identifier : model_->all())
         ++counts[static_cast<int>(ComparisonModel::findingOf(identifier))];
     QString text = text3("共 %1 个 ID：仅左侧 %2，仅右侧 %3，数据不同 %4，数据相同 %5",
-                         "共 %1 個 ID：僅左側 %2，僅右側 %3，資料不同 %4，資料相同 %5",
+                         "共 %1 個 ID：僅左側 %2，僅右側 %3，數據不同 %4，數據相同 %5",
                          "%1 identifiers: %2 only left, %3 only right, %4 with different data, %5 with the same data")
                        .arg(model_->all().size())
                        .arg(counts[static_cast<int>(ComparisonModel::Finding::OnlyLeft)])
@@ -263,7 +263,7 @@ void ComparisonWindow::retranslate()
     shownLabel_->setText(text3("显示(&S)：", "顯示(&S)：", "&Show:"));
     const QStringList choices = {text3("全部", "全部", "Everything"),
                                  text3("仅一侧有的", "僅一側有的", "Only in one recording"),
-                                 text3("数据不同的", "資料不同的", "Different data")};
+                                 text3("数据不同的", "數據不同的", "Different data")};
     for (int i = 0; i < choices.size(); ++i)
         shown_->setItemText(i, choices.at(i));
     cancel_->setText(text3("取消", "取消", "Cancel"));

@@ -364,7 +364,7 @@ QVariant IdentifierModel::headerData(int section, Qt::Orientation orientation, i
     case CountColumn:
         return text3("帧数", "幀數", "Count");
     case DataColumn:
-        return text3("数据", "資料", "Data");
+        return text3("数据", "數據", "Data");
     case PeriodColumn:
         return text3("周期(ms)", "週期(ms)", "Period (ms)");
     case MeanColumn:

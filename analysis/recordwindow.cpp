@@ -387,7 +387,7 @@ void RecordWindow::tell(const RecorderEvent &event)
                          .arg(loss.what, QString::number(loss.count)));
         break;
     case RecorderEvent::Kind::Trouble:
-        emit log(text3("记录受阻：%1（%2），数据可能丢失", "記錄受阻：%1（%2），資料可能遺失",
+        emit log(text3("记录受阻：%1（%2），数据可能丢失", "記錄受阻：%1（%2），數據可能遺失",
                        "Recording is in trouble: %1: %2; frames are being lost")
                      .arg(path, event.reason));
         break;

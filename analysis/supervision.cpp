@@ -131,7 +131,7 @@ void Supervision::useDatabases()
     Baseline baseline = databaseBaseline(databases->entries(), channels);
     if (baseline.messages.empty()) {
         emit log(text3("监视：没有报文可用——请先加载信号数据库（分析 → 信号），且通道上要有数据",
-                       "監視：沒有訊息可用——請先載入訊號資料庫（分析 → 訊號），且通道上要有資料",
+                       "監視：沒有訊息可用——請先載入訊號資料庫（分析 → 訊號），且通道上要有數據",
                        "Supervision: no messages - load a signal database first (Analysis → Signals); a channel must "
                        "have frames"));
         return;

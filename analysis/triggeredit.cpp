@@ -64,7 +64,7 @@ void TriggerEdit::setTexts(const QString &nothing)
 {
     kind_->setItemText(None, nothing);
     kind_->setItemText(Identifiers, text3("ID范围", "ID範圍", "Identifiers"));
-    kind_->setItemText(Data, text3("ID和数据", "ID和資料", "Identifiers and data"));
+    kind_->setItemText(Data, text3("ID和数据", "ID和數據", "Identifiers and data"));
     kind_->setItemText(ErrorFrame, text3("错误帧", "錯誤幀", "Error frame"));
     kind_->setItemText(LostFrames, text3("丢帧", "遺失幀", "Lost frames"));
     channel_->setItemText(0, text3("任一通道", "任一通道", "Any channel"));
@@ -76,7 +76,7 @@ void TriggerEdit::setTexts(const QString &nothing)
     mask_->setPlaceholderText(text3("02 ?? 7F（?为任意）", "02 ?? 7F（?為任意）", "02 ?? 7F (? any digit)"));
     tellName(channel_, text3("通道", "通道", "Channel"));
     tellName(ids_, text3("ID范围", "ID範圍", "Range of identifiers"));
-    tellName(mask_, text3("数据", "資料", "Data"));
+    tellName(mask_, text3("数据", "數據", "Data"));
 }
 
 bool TriggerEdit::refuse(QLineEdit *field, const QString &reason)
@@ -116,7 +116,7 @@ bool TriggerEdit::readMask(RecorderTrigger &trigger)
     QString digits = mask_->text();
     digits.remove(QLatin1Char(' '));
     if (!pattern.match(digits).hasMatch() || digits.size() > 2 * kMostBytes)
-        return refuse(mask_, text3("数据应如02 ?? 7F", "資料應如02 ?? 7F", "Data look like 02 ?? 7F"));
+        return refuse(mask_, text3("数据应如02 ?? 7F", "數據應如02 ?? 7F", "Data look like 02 ?? 7F"));
     QString mask = digits;
     for (QChar &digit : mask)
         digit = digit == QLatin1Char('?') ? QLatin1Char('0') : QLatin1Char('F');

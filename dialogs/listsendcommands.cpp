@@ -67,7 +67,7 @@ void listSendDlg::addCommands()
                &listSendDlg::switchEntries);
     addCommand(edit, "actionFill", Qt::CTRL + Qt::Key_R, {"应用到所选行", "套用到所選列", "Same in all selected"},
                &listSendDlg::fillCells);
-    addCommand(edit, "actionBytes", Qt::CTRL + Qt::Key_B, {"编辑数据...", "編輯資料...", "Edit bytes..."},
+    addCommand(edit, "actionBytes", Qt::CTRL + Qt::Key_B, {"编辑数据...", "編輯數據...", "Edit bytes..."},
                &listSendDlg::editBytes);
     addCommand(edit, "actionSignals", Qt::CTRL + Qt::Key_E, {"编辑信号", "編輯訊號", "Edit signals"},
                &listSendDlg::editSignals);

@@ -129,7 +129,7 @@ QString refusalText(EncodeRefusal refusal)
     case EncodeRefusal::NotFinite:
         return text3("不是有限数值", "不是有限數值", "not a finite number");
     case EncodeRefusal::BeyondPayload:
-        return text3("数据长度不足以容纳该信号", "資料長度不足以容納該訊號", "the data are too short for the signal");
+        return text3("数据长度不足以容纳该信号", "數據長度不足以容納該訊號", "the data are too short for the signal");
     case EncodeRefusal::ConflictingSelectors:
         return text3("与其他信号要求的复用器值冲突", "與其他訊號要求的多工器值衝突",
                      "another value needs another value of the multiplexer");

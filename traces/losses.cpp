@@ -6,7 +6,7 @@ QString lossText(Loss loss)
     case Loss::ErrorFrame:
         return text3("错误帧", "錯誤幀", "error frame");
     case Loss::ErrorDetails:
-        return text3("错误帧的类别和数据", "錯誤幀的類別和資料", "class and data of an error frame");
+        return text3("错误帧的类别和数据", "錯誤幀的類別和數據", "class and data of an error frame");
     case Loss::ErrorDirection:
         return text3("错误帧的方向", "錯誤幀的方向", "direction of an error frame");
     case Loss::ErrorFd:

@@ -80,10 +80,10 @@ QString transmitProblem(const TransmitEntry &entry)
     if (frame.id > largestId(frame.extended))
         return identifierRangeText(frame.extended, entry.channel);
     if (!isSendable(frame))
-        return text3("没有这样的帧：长度、类型与协议不相配", "沒有這樣的幀：長度、類型與協定不相配",
+        return text3("没有这样的帧：长度、类型与协议不相配", "沒有這樣的幀：長度、類型與協議不相配",
                      "There is no such frame: length, type and protocol do not go together");
     if (!changesFit(entry.changes, frame.remote ? 0 : frame.length))
-        return text3("变化超出了帧的数据", "變化超出了幀的資料", "A change lies beyond the frame's data");
+        return text3("变化超出了帧的数据", "變化超出了幀的數據", "A change lies beyond the frame's data");
     if (entry.interval > kLongestInterval || (entry.interval == 0 && entry.mode != TransmitMode::Response))
         return text3("间隔为1~999999999 ms", "間隔為1~999999999 ms", "The interval is 1 to 999999999 ms");
     if (entry.count == 0 || entry.count > kHighestCount)

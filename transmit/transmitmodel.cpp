@@ -280,13 +280,13 @@ QVariant TransmitModel::headerData(int section, Qt::Orientation orientation, int
     case EntryTypeColumn:
         return text3("帧类型", "幀類型", "Type");
     case EntryProtocolColumn:
-        return text3("协议", "協定", "Protocol");
+        return text3("协议", "協議", "Protocol");
     case SendTypeColumn:
         return text3("发送方式", "發送方式", "Send type");
     case LengthColumn:
         return text3("长度", "長度", "Length");
     case EntryDataColumn:
-        return text3("数据(0x)", "資料(0x)", "Data(0x)");
+        return text3("数据(0x)", "數據(0x)", "Data(0x)");
     case ModeColumn:
         return text3("模式", "模式", "Mode");
     case IntervalColumn:
@@ -298,7 +298,7 @@ QVariant TransmitModel::headerData(int section, Qt::Orientation orientation, int
     case KeyColumn:
         return text3("按键", "按鍵", "Key");
     case ChangesColumn:
-        return text3("数据变化", "資料變化", "Changes");
+        return text3("数据变化", "數據變化", "Changes");
     case ResumesColumn:
         return text3("通道重开后继续", "通道重開後繼續", "Resumes");
     case SentColumn:
