@@ -23,7 +23,9 @@ QString timeText(std::int64_t time)
 // A frame as the fields that tshark prints of it; what its BLF reader does not tell is left out there.
 QString expectedLine(const RawFrame &frame, TraceFormat format)
 {
-    QStringList fields{timeText(kStart + frame.time), QString::number(frame.length)};
+    const bool byCode = format == TraceFormat::Blf && frame.fd; // whose bytes it tells as they are
+    const unsigned length = byCode ? lengthOfDlc(dlcOfLength(frame.length), true) : frame.length;
+    QStringList fields{timeText(kStart + frame.time), QString::number(length)};
     const QString data = QString::fromLatin1(
         QByteArray(reinterpret_cast<const char *>(frame.data), frame.remote ? 0 : frame.length).toHex());
     if (frame.error)

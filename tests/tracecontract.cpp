@@ -13,10 +13,14 @@ const std::vector<TraceLimits> &traceLimits()
     constexpr std::int64_t microsecond = 1000;
     constexpr std::int64_t millisecond = 1000 * microsecond;
     static const std::vector<TraceLimits> all = {
-        {TraceFormat::Candump, microsecond, true, true, {Loss::ErrorFd, Loss::RemoteFd}},
+        {TraceFormat::Candump, microsecond, true, true, {Loss::ErrorFd, Loss::RemoteFd, Loss::FdLength}},
         {TraceFormat::Asc, microsecond, true, true, {Loss::ErrorDetails, Loss::ErrorDirection}},
         {TraceFormat::Csv, millisecond, false, true, {Loss::ErrorFrame, Loss::ErrorStateIndicator, Loss::RawDlc}},
-        {TraceFormat::Trc, microsecond, true, true, {Loss::ErrorDetails, Loss::ErrorFd, Loss::RemoteFd}},
+        {TraceFormat::Trc,
+         microsecond,
+         true,
+         true,
+         {Loss::ErrorDetails, Loss::ErrorFd, Loss::RemoteFd, Loss::FdLength}},
         {TraceFormat::Blf, 1, true, false, {Loss::ErrorDirection}},
         {TraceFormat::Pcapng, 1, true, false, {Loss::ErrorFd, Loss::RemoteFd, Loss::RawDlc}},
     };
@@ -34,7 +38,7 @@ const TraceLimits &limitsOf(TraceFormat format)
 
 std::vector<RawFrame> everyKindOfFrame()
 {
-    constexpr std::uint8_t fdLengths[] = {0, 1, 8, 12, 16, 20, 24, 32, 48, 64};
+    constexpr std::uint8_t fdLengths[] = {0, 1, 8, 9, 12, 16, 20, 24, 32, 48, 64}; // no bus has 9
     std::vector<RawFrame> frames;
     RawFrame frame;
     const auto add = [&] {
@@ -141,6 +145,12 @@ static bool lose(TraceFormat format, Loss loss, RawFrame *frame, bool *whole)
         break;
     case Loss::RawDlc:
         frame->rawDlc = 0;
+        break;
+    case Loss::FdLength:
+        if (frame->fd && !frame->error) {
+            std::fill(frame->data + frame->length, std::end(frame->data), std::uint8_t(0));
+            frame->length = lengthOfDlc(dlcOfLength(frame->length), true);
+        }
         break;
     case Loss::TimeBeforeStart:
     case Loss::Count:

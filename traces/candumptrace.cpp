@@ -151,9 +151,13 @@ char *CandumpWriter::writePayload(char *out, const RawFrame &frame)
             *out++ = put::kHexDigits[(frame.bitRateSwitch ? kCandumpBitRateSwitch : 0) |
                                      (frame.errorStateIndicator ? kCandumpErrorState : 0)];
         }
+        // A length that FD does not have is filled up, as those do who read the log.
         const unsigned length = lengthOnFile(frame);
-        for (unsigned i = 0; i < length; ++i)
-            out = put::hexByte(out, frame.data[i]);
+        const unsigned written = frame.fd ? lengthOfDlc(dlcOfLength(length), true) : length;
+        if (written != length)
+            losses_.add(Loss::FdLength);
+        for (unsigned i = 0; i < written; ++i)
+            out = put::hexByte(out, i < length ? frame.data[i] : 0);
     }
     if (frame.rawDlc > kClassicBytes && frame.rawDlc < 16 && !frame.fd && frame.length == kClassicBytes) {
         *out++ = '_';

@@ -27,6 +27,8 @@ QString lossText(Loss loss)
         return text3("远程帧的长度", "遠程幀的長度", "length of a remote frame");
     case Loss::RawDlc:
         return text3("经典帧大于 8 的 DLC", "傳統幀大於 8 的 DLC", "DLC above 8 of a classic frame");
+    case Loss::FdLength:
+        return text3("FD 没有的长度", "FD 沒有的長度", "length that FD does not have");
     case Loss::TimeBeforeStart:
         return text3("早于记录开始的时间", "早於記錄開始的時間", "time before the recording's start");
     case Loss::Count:

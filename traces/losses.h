@@ -18,6 +18,7 @@ enum class Loss : std::uint8_t {
     RemoteFd,
     RemoteLength,
     RawDlc,
+    FdLength, // filled up
     TimeBeforeStart,
     Count
 };

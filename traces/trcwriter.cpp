@@ -105,11 +105,12 @@ char *TrcWriter::writeRow(const RawFrame &frame, char *at)
     const unsigned length = std::min<unsigned>(frame.length, fd ? kRawDataBytes : kClassicBytes);
     const bool oddCode = !fd && length == kClassicBytes && frame.rawDlc > kClassicBytes;
     const unsigned code = oddCode ? frame.rawDlc : dlcOfLength(length);
+    const unsigned written = lengthOfDlc(code, fd); // a length that FD does not have is filled up to the next one
+    if (written != length)
+        losses_.add(Loss::FdLength);
     at = put::decimal(at, code);
     if (!frame.remote && code > 0) {
         at = put::text(at, code < 10 ? "  " : " ");
-        // A length that FD does not have is filled up to the next one.
-        const unsigned written = lengthOfDlc(code, fd);
         for (unsigned byte = 0; byte < written; ++byte) {
             *at++ = ' ';
             at = put::hexByte(at, byte < length ? frame.data[byte] : 0);
