@@ -31,7 +31,7 @@ sed -i '/QT *+= *concurrent/d' src/src.pri
 sed -i '/#include <qtconcurrentrun.h>/d' src/*.cpp # QT_NO_QFUTURE leaves out what would need it
 cd src
 "$qmake" CONFIG+=release CONFIG-=debug_and_release DEFINES+=QT_NO_QFUTURE src.pro
-make -s -j"$jobs"
+make -s -j"$jobs" release # the project has both
 cd ..
 
 mkdir -p "$prefix"/{bin,lib,include/qwt}
